@@ -1,0 +1,25 @@
+# The public header is the one list of exported names: every declaration that
+# carries ORNEX_API on its first line names one exported symbol.
+
+function(ornex_exported_names header out_var)
+  file(STRINGS ${header} lines REGEX "^ORNEX_API ")
+  set(names "")
+  foreach(line IN LISTS lines)
+    if(line MATCHES "([A-Za-z_][A-Za-z0-9_]*)[ ]*[(;]")
+      list(APPEND names ${CMAKE_MATCH_1})
+    else()
+      message(FATAL_ERROR "cannot find the exported name in: ${line}")
+    endif()
+  endforeach()
+  list(SORT names)
+  set(${out_var} ${names} PARENT_SCOPE)
+endfunction()
+
+function(ornex_write_version_script path names)
+  set(text "{\n  global:\n")
+  foreach(name IN LISTS names)
+    string(APPEND text "    ${name};\n")
+  endforeach()
+  string(APPEND text "  local:\n    *;\n};\n")
+  file(CONFIGURE OUTPUT ${path} CONTENT "${text}" @ONLY)
+endfunction()

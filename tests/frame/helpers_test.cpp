@@ -1,0 +1,126 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdint>
+#include <limits>
+
+#include "frame/element_traits.hpp"
+#include "frame/rounding.hpp"
+#include "frame/wrap_arithmetic.hpp"
+
+namespace {
+
+using namespace ornex;
+
+TEST(Rounding, HalvesGoAwayFromZero)
+{
+    EXPECT_EQ(roundHalfAway(2.5), 3);
+    EXPECT_EQ(roundHalfAway(-2.5), -3);
+    EXPECT_EQ(roundHalfAway(0.49999), 0);
+    EXPECT_EQ(roundHalfAway(-0.5), -1);
+    EXPECT_EQ(roundHalfAway(0.0), 0);
+    EXPECT_EQ(roundHalfAway(-0.0), 0);
+    EXPECT_EQ(roundHalfAway(-0.49999), 0);
+    EXPECT_EQ(roundHalfAway(1.4999), 1);
+    EXPECT_EQ(roundHalfAway(2.5f), 3);
+    EXPECT_EQ(roundHalfAway(-2.5f), -3);
+    EXPECT_EQ(roundHalfAway(-7.75f), -8);
+}
+
+TEST(Rounding, HalfIsAddedInTheValuesOwnPrecision)
+{
+    // The largest single below one half: 0.5f - 2^-25 plus 0.5f rounds to 1.0f
+    // in single precision, while in double the sum stays below one.
+    const float justBelowHalf = std::nextafter(0.5f, 0.0f);
+    EXPECT_EQ(roundHalfAway(justBelowHalf), 1);
+    EXPECT_EQ(roundHalfAway(static_cast<double>(justBelowHalf)), 0);
+}
+
+TEST(Rounding, FloorOfValuePlusHalfSendsHalvesUp)
+{
+    EXPECT_EQ(roundHalfUp(2.5), 3);
+    EXPECT_EQ(roundHalfUp(-2.5), -2);
+    EXPECT_EQ(roundHalfUp(-2.51), -3);
+    EXPECT_EQ(roundHalfUp(-0.5), 0);
+    EXPECT_EQ(roundHalfUp(0.49999), 0);
+    EXPECT_EQ(roundHalfUp(-3.5f), -3);
+}
+
+TEST(Rounding, TruncationGoesTowardZeroAndOutOfRangeGivesIntMin)
+{
+    EXPECT_EQ(truncateToInt32(2.99), 2);
+    EXPECT_EQ(truncateToInt32(-2.99), -2);
+    EXPECT_EQ(truncateToInt32(2147483647.0), INT32_MAX);
+    EXPECT_EQ(truncateToInt32(-2147483648.0), INT32_MIN);
+    EXPECT_EQ(truncateToInt32(-2147483648.9), INT32_MIN);
+    EXPECT_EQ(truncateToInt32(2147483648.0), INT32_MIN);
+    EXPECT_EQ(truncateToInt32(1e300), INT32_MIN);
+    EXPECT_EQ(truncateToInt32(std::numeric_limits<double>::quiet_NaN()), INT32_MIN);
+    EXPECT_EQ(truncateToInt32(std::numeric_limits<float>::infinity()), INT32_MIN);
+    EXPECT_EQ(roundHalfAway(2147483647.4), INT32_MAX);
+    EXPECT_EQ(roundHalfAway(2147483647.5), INT32_MIN);
+}
+
+TEST(WrapArithmetic, WrapsModulo2To32)
+{
+    EXPECT_EQ(wrapAdd(INT32_MAX, 1), INT32_MIN);
+    EXPECT_EQ(wrapAdd(-1, -1), -2);
+    EXPECT_EQ(wrapSub(INT32_MIN, 1), INT32_MAX);
+    EXPECT_EQ(wrapSub(3, 5), -2);
+    EXPECT_EQ(wrapMul(65536, 65536), 0);
+    EXPECT_EQ(wrapMul(65536, 32768), INT32_MIN);
+    EXPECT_EQ(wrapMul(-7, 6), -42);
+    EXPECT_EQ(wrapMul(46341, 46341), -2147479015); // 2147488281 - 2^32
+    EXPECT_EQ(wrapNeg(INT32_MIN), INT32_MIN);
+    EXPECT_EQ(wrapNeg(5), -5);
+}
+
+TEST(ElementTraits, LimitsOfTheFloatingTypes)
+{
+    EXPECT_EQ(ElementTraits<double>::largest, 1.7976931348623157e308);
+    EXPECT_EQ(ElementTraits<float>::largest, 3.40282347e38f);
+    EXPECT_EQ(ElementTraits<double>::epsilon, std::ldexp(1.0, -52));
+    EXPECT_EQ(ElementTraits<float>::epsilon, std::ldexp(1.0f, -23));
+    EXPECT_FALSE(ElementTraits<double>::isInteger);
+    EXPECT_TRUE(ElementTraits<int16_t>::isInteger);
+}
+
+TEST(ElementTraits, TypeCodesNameTheNineTypes)
+{
+    EXPECT_EQ(ElementTraits<double>::typeCode, 0);
+    EXPECT_EQ(ElementTraits<float>::typeCode, 1);
+    EXPECT_EQ(ElementTraits<int8_t>::typeCode, 2);
+    EXPECT_EQ(ElementTraits<uint8_t>::typeCode, 3);
+    EXPECT_EQ(ElementTraits<int16_t>::typeCode, 4);
+    EXPECT_EQ(ElementTraits<uint16_t>::typeCode, 5);
+    EXPECT_EQ(ElementTraits<int32_t>::typeCode, 6);
+    EXPECT_EQ(ElementTraits<uint32_t>::typeCode, 7);
+    EXPECT_EQ(ElementTraits<LogicalByte>::typeCode, 8);
+    EXPECT_EQ(sizeof(LogicalByte), 1u);
+}
+
+TEST(ElementTraits, Q10ShiftIsLogicalForUnsignedNarrowTypes)
+{
+    // -1024 is 0xFFFFFC00: arithmetic shift gives -1, logical 0x003FFFFF.
+    EXPECT_EQ(ElementTraits<int8_t>::shiftOutQ10(-1024), -1);
+    EXPECT_EQ(ElementTraits<int16_t>::shiftOutQ10(-1024), -1);
+    EXPECT_EQ(ElementTraits<LogicalByte>::shiftOutQ10(-1024), -1);
+    EXPECT_EQ(ElementTraits<uint8_t>::shiftOutQ10(-1024), 0x003FFFFF);
+    EXPECT_EQ(ElementTraits<uint16_t>::shiftOutQ10(-1024), 0x003FFFFF);
+    EXPECT_EQ(ElementTraits<uint8_t>::shiftOutQ10(200 * 1024 + 1023), 200);
+}
+
+TEST(ElementTraits, StoreTruncatesWithoutSaturation)
+{
+    EXPECT_EQ(ElementTraits<uint8_t>::storeTruncated(256 + 7), 7);
+    EXPECT_EQ(ElementTraits<uint8_t>::storeTruncated(-1), 255);
+    EXPECT_EQ(ElementTraits<int8_t>::storeTruncated(128), -128);
+    EXPECT_EQ(ElementTraits<int16_t>::storeTruncated(70000), 70000 - 65536);
+    EXPECT_EQ(ElementTraits<uint16_t>::storeTruncated(-2), 65534);
+    EXPECT_EQ(static_cast<uint8_t>(ElementTraits<LogicalByte>::storeTruncated(0x1FF)), 0xFF);
+    EXPECT_EQ(ElementTraits<uint32_t>::toInt32(0xFFFFFFFFu), -1);
+    EXPECT_EQ(ElementTraits<uint8_t>::toInt32(250), 250);
+    EXPECT_EQ(ElementTraits<int8_t>::toInt32(-6), -6);
+}
+
+} // namespace
