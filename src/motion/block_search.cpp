@@ -3,27 +3,30 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <cstring>
 
 #include "frame/element_traits.hpp"
+#include "frame/packed.hpp"
 
 namespace ornex {
 namespace {
 
-// Cost terms. Each term and each partial sum is formed in T, so the single
-// members round after every operation.
+// Cost terms, for single elements and for packs of them. Each term and each
+// partial sum is formed in the element type, so the single members round
+// after every operation.
 struct AbsoluteDifference {
-    template <class T>
-    static T term(T regionValue, T blockValue)
+    template <class V>
+    static V term(V regionValue, V blockValue)
     {
-        return std::fabs(regionValue - blockValue);
+        return absoluteValue(regionValue - blockValue);
     }
 };
 
 struct SquaredDifference {
-    template <class T>
-    static T term(T regionValue, T blockValue)
+    template <class V>
+    static V term(V regionValue, V blockValue)
     {
-        T difference = regionValue - blockValue;
+        V difference = regionValue - blockValue;
         return difference * difference;
     }
 };
@@ -57,6 +60,98 @@ const T *candidateAt(const T *region, const BlockGeometry &geometry, int32_t row
     return region + row + col * geometry.regionStride;
 }
 
+// Costs of the nine candidates of a three-step grid computed side by side,
+// each lane keeping its own sum in exactly the order of candidateCost.
+template <class Cost, class T>
+void gridCosts(const T *block, const T *const grid[9], const BlockGeometry &geometry, T costs[9])
+{
+    T sums[9] = {};
+    for (int32_t col = 0; col < geometry.blockCols; ++col) {
+        const T *blockColumn = block + col * geometry.blockStride;
+        const ptrdiff_t columnOffset = col * geometry.regionStride;
+        for (int32_t row = 0; row < geometry.blockRows; ++row) {
+            const T blockValue = blockColumn[row];
+            for (int k = 0; k < 9; ++k) {
+                sums[k] = sums[k] + Cost::term(grid[k][columnOffset + row], blockValue);
+            }
+        }
+    }
+    std::memcpy(costs, sums, sizeof sums);
+}
+
+// Costs of a run of candidates one below the other, `packs` packs of them:
+// lane k holds the candidate k rows below runTop, with its own sum in
+// exactly the order of candidateCost.
+template <class Cost, int packs, class T>
+void runCosts(const T *block, const T *runTop, const BlockGeometry &geometry, T *costs)
+{
+    using P = Pack<T>;
+    P sums[packs];
+    for (P &sum : sums) {
+        sum = P::broadcast(T(0));
+    }
+    for (int32_t col = 0; col < geometry.blockCols; ++col) {
+        const T *blockColumn = block + col * geometry.blockStride;
+        const T *regionColumn = runTop + col * geometry.regionStride;
+        for (int32_t row = 0; row < geometry.blockRows; ++row) {
+            const P blockValue = P::broadcast(blockColumn[row]);
+#pragma GCC unroll 8
+            for (int k = 0; k < packs; ++k) {
+                sums[k] = sums[k] + Cost::term(P::load(regionColumn + row + k * P::width), blockValue);
+            }
+        }
+    }
+    for (int k = 0; k < packs; ++k) {
+        sums[k].store(costs + k * P::width);
+    }
+}
+
+template <class T>
+struct BestCandidate {
+    T cost = ElementTraits<T>::largest;
+    int32_t *col;
+    int32_t *row;
+
+    void offer(T candidateCost, int32_t candidateCol, int32_t candidateRow)
+    {
+        if (candidateCost < cost) {
+            cost = candidateCost;
+            *col = candidateCol;
+            *row = candidateRow;
+        }
+    }
+};
+
+// All candidates of one column offset, top to bottom, in runs of `packs`
+// packs. The last run is moved up to end at the last candidate; candidates it
+// shares with the previous run are computed again but offered only once.
+// Columns too short for one pack are scanned one candidate at a time.
+template <class Cost, int packs, class T>
+void scanCandidateColumn(const T *block, const T *region, const BlockGeometry &geometry, int32_t col,
+                         int32_t candidateRows, BestCandidate<T> &best)
+{
+    constexpr int32_t runLength = packs * Pack<T>::width;
+    if constexpr (packs > 1) {
+        if (candidateRows < runLength) {
+            scanCandidateColumn<Cost, packs / 2>(block, region, geometry, col, candidateRows, best);
+            return;
+        }
+    } else if (candidateRows < runLength) {
+        for (int32_t row = 0; row < candidateRows; ++row) {
+            best.offer(candidateCost<Cost>(block, candidateAt(region, geometry, row, col), geometry), col, row);
+        }
+        return;
+    }
+    T costs[runLength];
+    for (int32_t first = 0; first < candidateRows; first += runLength) {
+        const int32_t runStart = std::min(first, candidateRows - runLength);
+        runCosts<Cost, packs>(block, candidateAt(region, geometry, runStart, col), geometry, costs);
+        for (int32_t row = first; row < runStart + runLength; ++row) {
+            best.offer(costs[row - runStart], col, row);
+        }
+    }
+}
+
 template <class Cost, class T>
 void fullSearch(const T *block, const T *region, const BlockGeometry &geometry, int32_t regionCols,
                 int32_t regionRows, int32_t *bestCol, int32_t *bestRow)
@@ -68,16 +163,9 @@ void fullSearch(const T *block, const T *region, const BlockGeometry &geometry, 
     if (candidateCols < 1) {
         return;
     }
-    T bestCost = ElementTraits<T>::largest;
+    BestCandidate<T> best{ElementTraits<T>::largest, bestCol, bestRow};
     for (int32_t col = 0; col < candidateCols; ++col) {
-        for (int32_t row = 0; row < candidateRows; ++row) {
-            T cost = candidateCost<Cost>(block, candidateAt(region, geometry, row, col), geometry);
-            if (cost < bestCost) {
-                bestCost = cost;
-                *bestCol = col;
-                *bestRow = row;
-            }
-        }
+        scanCandidateColumn<Cost, 4>(block, region, geometry, col, candidateRows, best);
     }
 }
 
@@ -113,15 +201,19 @@ void threeStepSearch(const T *block, const T *region, const BlockGeometry &geome
     for (; step >= 1; --step) {
         const GridAxis cols(centreCol, step, candidateCols);
         const GridAxis rows(centreRow, step, candidateRows);
-        for (int32_t col : cols.offsets) {
-            for (int32_t row : rows.offsets) {
-                T cost = candidateCost<Cost>(block, candidateAt(region, geometry, row, col), geometry);
-                if (!scored || cost < bestCost) {
-                    scored = true;
-                    bestCost = cost;
-                    *bestCol = col;
-                    *bestRow = row;
-                }
+        // Columns outer, rows inner: the order ties are settled in.
+        const T *grid[9];
+        for (int k = 0; k < 9; ++k) {
+            grid[k] = candidateAt(region, geometry, rows.offsets[k % 3], cols.offsets[k / 3]);
+        }
+        T costs[9];
+        gridCosts<Cost>(block, grid, geometry, costs);
+        for (int k = 0; k < 9; ++k) {
+            if (!scored || costs[k] < bestCost) {
+                scored = true;
+                bestCost = costs[k];
+                *bestCol = cols.offsets[k / 3];
+                *bestRow = rows.offsets[k % 3];
             }
         }
         centreRow = *bestRow;
