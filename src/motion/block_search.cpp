@@ -79,30 +79,39 @@ void gridCosts(const T *block, const T *const grid[9], const BlockGeometry &geom
     std::memcpy(costs, sums, sizeof sums);
 }
 
-// Costs of a run of candidates one below the other, `packs` packs of them:
-// lane k holds the candidate k rows below runTop, with its own sum in
-// exactly the order of candidateCost.
-template <class Cost, int packs, class T>
-void runCosts(const T *block, const T *runTop, const BlockGeometry &geometry, T *costs)
+// Costs of a tile of candidates: `tileCols` neighbouring candidate columns,
+// each with a run of `packs` packs of candidates one below the other. The
+// lane for candidate (row r, column c) of the tile keeps its own sum in
+// exactly the order of candidateCost. costs[c * costStride + r] receives it.
+template <class Cost, int tileCols, int packs, class T>
+void tileCosts(const T *block, const T *tileTop, const BlockGeometry &geometry, T *costs, ptrdiff_t costStride)
 {
     using P = Pack<T>;
-    P sums[packs];
-    for (P &sum : sums) {
-        sum = P::broadcast(T(0));
+    P sums[tileCols][packs];
+    for (auto &column : sums) {
+        for (P &sum : column) {
+            sum = P::broadcast(T(0));
+        }
     }
     for (int32_t col = 0; col < geometry.blockCols; ++col) {
         const T *blockColumn = block + col * geometry.blockStride;
-        const T *regionColumn = runTop + col * geometry.regionStride;
+        const T *regionColumn = tileTop + col * geometry.regionStride;
         for (int32_t row = 0; row < geometry.blockRows; ++row) {
             const P blockValue = P::broadcast(blockColumn[row]);
 #pragma GCC unroll 8
-            for (int k = 0; k < packs; ++k) {
-                sums[k] = sums[k] + Cost::term(P::load(regionColumn + row + k * P::width), blockValue);
+            for (int c = 0; c < tileCols; ++c) {
+#pragma GCC unroll 8
+                for (int k = 0; k < packs; ++k) {
+                    const T *values = regionColumn + c * geometry.regionStride + row + k * P::width;
+                    sums[c][k] = sums[c][k] + Cost::term(P::load(values), blockValue);
+                }
             }
         }
     }
-    for (int k = 0; k < packs; ++k) {
-        sums[k].store(costs + k * P::width);
+    for (int c = 0; c < tileCols; ++c) {
+        for (int k = 0; k < packs; ++k) {
+            sums[c][k].store(costs + c * costStride + k * P::width);
+        }
     }
 }
 
@@ -122,30 +131,59 @@ struct BestCandidate {
     }
 };
 
-// All candidates of one column offset, top to bottom, in runs of `packs`
-// packs. The last run is moved up to end at the last candidate; candidates it
-// shares with the previous run are computed again but offered only once.
-// Columns too short for one pack are scanned one candidate at a time.
-template <class Cost, int packs, class T>
-void scanCandidateColumn(const T *block, const T *region, const BlockGeometry &geometry, int32_t col,
-                         int32_t candidateRows, BestCandidate<T> &best)
+// Runs of candidates are `packs` packs long; a column of candidates is
+// covered by consecutive runs, the last one moved up to end at the last
+// candidate (its overlap is simply computed twice). Tiles span `tileCols`
+// candidate columns; their costs are kept for up to tileRows candidate rows
+// and offered column by column once the whole tile is scored.
+constexpr int32_t tileRows = 128;
+constexpr int tileCols = 4;
+constexpr int widestRunPacks = 2;
+
+template <class Cost, int tileWidth, int packs, class T>
+void scanColumnTile(const T *block, const T *region, const BlockGeometry &geometry, int32_t firstCol,
+                    int32_t candidateRows, BestCandidate<T> &best)
 {
     constexpr int32_t runLength = packs * Pack<T>::width;
     if constexpr (packs > 1) {
         if (candidateRows < runLength) {
-            scanCandidateColumn<Cost, packs / 2>(block, region, geometry, col, candidateRows, best);
+            scanColumnTile<Cost, tileWidth, packs / 2>(block, region, geometry, firstCol, candidateRows, best);
             return;
         }
-    } else if (candidateRows < runLength) {
-        for (int32_t row = 0; row < candidateRows; ++row) {
-            best.offer(candidateCost<Cost>(block, candidateAt(region, geometry, row, col), geometry), col, row);
-        }
-        return;
     }
+    T costs[tileWidth][tileRows];
+    if (candidateRows < runLength) {
+        for (int c = 0; c < tileWidth; ++c) {
+            for (int32_t row = 0; row < candidateRows; ++row) {
+                costs[c][row] = candidateCost<Cost>(block, candidateAt(region, geometry, row, firstCol + c), geometry);
+            }
+        }
+    } else {
+        for (int32_t first = 0; first < candidateRows; first += runLength) {
+            const int32_t runStart = std::min(first, candidateRows - runLength);
+            tileCosts<Cost, tileWidth, packs>(block, candidateAt(region, geometry, runStart, firstCol), geometry,
+                                              &costs[0][runStart], tileRows);
+        }
+    }
+    for (int c = 0; c < tileWidth; ++c) {
+        for (int32_t row = 0; row < candidateRows; ++row) {
+            best.offer(costs[c][row], firstCol + c, row);
+        }
+    }
+}
+
+// Columns taller than a tile: one column at a time, each run offered as soon
+// as it is scored.
+template <class Cost, class T>
+void scanTallCandidateColumn(const T *block, const T *region, const BlockGeometry &geometry, int32_t col,
+                             int32_t candidateRows, BestCandidate<T> &best)
+{
+    constexpr int32_t runLength = widestRunPacks * Pack<T>::width;
     T costs[runLength];
     for (int32_t first = 0; first < candidateRows; first += runLength) {
         const int32_t runStart = std::min(first, candidateRows - runLength);
-        runCosts<Cost, packs>(block, candidateAt(region, geometry, runStart, col), geometry, costs);
+        tileCosts<Cost, 1, widestRunPacks>(block, candidateAt(region, geometry, runStart, col), geometry, costs,
+                                           runLength);
         for (int32_t row = first; row < runStart + runLength; ++row) {
             best.offer(costs[row - runStart], col, row);
         }
@@ -160,12 +198,22 @@ void fullSearch(const T *block, const T *region, const BlockGeometry &geometry, 
     *bestRow = 0;
     const int32_t candidateRows = regionRows - geometry.blockRows + 1;
     const int32_t candidateCols = regionCols - geometry.blockCols + 1;
-    if (candidateCols < 1) {
+    if (candidateCols < 1 || candidateRows < 1) {
         return;
     }
     BestCandidate<T> best{ElementTraits<T>::largest, bestCol, bestRow};
-    for (int32_t col = 0; col < candidateCols; ++col) {
-        scanCandidateColumn<Cost, 4>(block, region, geometry, col, candidateRows, best);
+    int32_t col = 0;
+    if (candidateRows <= tileRows) {
+        for (; col + tileCols <= candidateCols; col += tileCols) {
+            scanColumnTile<Cost, tileCols, widestRunPacks>(block, region, geometry, col, candidateRows, best);
+        }
+        for (; col < candidateCols; ++col) {
+            scanColumnTile<Cost, 1, widestRunPacks>(block, region, geometry, col, candidateRows, best);
+        }
+    } else {
+        for (; col < candidateCols; ++col) {
+            scanTallCandidateColumn<Cost>(block, region, geometry, col, candidateRows, best);
+        }
     }
 }
 
