@@ -7,6 +7,7 @@ packages=(
   cmake g++ make pkg-config binutils
   googletest libgtest-dev libbenchmark-dev
   gcc-multilib g++-multilib
+  g++-mingw-w64-i686-win32
 )
 
 missing=()

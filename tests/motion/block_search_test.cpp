@@ -223,7 +223,7 @@ TYPED_TEST(FullSearch, RecoversAPlantedBlockThroughStrides)
 {
     using T = typename TypeParam::T;
     std::mt19937 random(99);
-    Plane<T> image(48, 40);
+    Plane<T> image(50, 50);
     fillRandom(image, random, false);
     // The block is the image window at (17, 21); the region starts at
     // (12, 12), so the match lies at row 5, column 9 of the region.
@@ -353,7 +353,7 @@ TYPED_TEST(ThreeStepSearch, FindsShiftsOnTheFirstGrid)
     // every later candidate, which can only tie it. With 15x15 candidates
     // the grid is rows and columns 3, 7, 11; 7 is no motion.
     std::mt19937 random(99);
-    Plane<T> image(48, 40);
+    Plane<T> image(50, 50);
     fillRandom(image, random, false);
     for (int32_t row : {3, 7, 11}) {
         for (int32_t col : {3, 7, 11}) {
