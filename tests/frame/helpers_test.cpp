@@ -81,22 +81,6 @@ TEST(ElementTraits, LimitsOfTheFloatingTypes)
     EXPECT_EQ(ElementTraits<float>::largest, 3.40282347e38f);
     EXPECT_EQ(ElementTraits<double>::epsilon, std::ldexp(1.0, -52));
     EXPECT_EQ(ElementTraits<float>::epsilon, std::ldexp(1.0f, -23));
-    EXPECT_FALSE(ElementTraits<double>::isInteger);
-    EXPECT_TRUE(ElementTraits<int16_t>::isInteger);
-}
-
-TEST(ElementTraits, TypeCodesNameTheNineTypes)
-{
-    EXPECT_EQ(ElementTraits<double>::typeCode, 0);
-    EXPECT_EQ(ElementTraits<float>::typeCode, 1);
-    EXPECT_EQ(ElementTraits<int8_t>::typeCode, 2);
-    EXPECT_EQ(ElementTraits<uint8_t>::typeCode, 3);
-    EXPECT_EQ(ElementTraits<int16_t>::typeCode, 4);
-    EXPECT_EQ(ElementTraits<uint16_t>::typeCode, 5);
-    EXPECT_EQ(ElementTraits<int32_t>::typeCode, 6);
-    EXPECT_EQ(ElementTraits<uint32_t>::typeCode, 7);
-    EXPECT_EQ(ElementTraits<LogicalByte>::typeCode, 8);
-    EXPECT_EQ(sizeof(LogicalByte), 1u);
 }
 
 TEST(ElementTraits, Q10ShiftIsLogicalForUnsignedNarrowTypes)

@@ -219,19 +219,6 @@ TYPED_TEST(FullSearch, WritesZerosWhenNothingFits)
     EXPECT_EQ(runSearch<TypeParam>(block, {0, 0, 4, 4}, region, {1, 1, 4, 4}), (Offset{0, 0}));
 }
 
-TYPED_TEST(FullSearch, RecoversAPlantedBlockThroughStrides)
-{
-    using T = typename TypeParam::T;
-    std::mt19937 random(99);
-    Plane<T> image(50, 50);
-    fillRandom(image, random, false);
-    // The block is the image window at (17, 21); the region starts at
-    // (12, 12), so the match lies at row 5, column 9 of the region.
-    const Window block{17, 21, 16, 16};
-    const Window region{12, 12, 30, 30};
-    EXPECT_EQ(runSearch<TypeParam>(image, block, image, region), (Offset{9, 5}));
-}
-
 // The running sum is rounded to the member's precision after every addition.
 // Candidate 0 covers rows 0..2 of a one-column region, candidate 1 rows 1..3,
 // against a zero block; in single precision 2^24 + 1 + 1 stays at 2^24, so
