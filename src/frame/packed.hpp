@@ -8,63 +8,82 @@
 namespace ornex {
 
 namespace packed_detail {
-typedef float FloatLanes __attribute__((vector_size(16)));
-typedef double DoubleLanes __attribute__((vector_size(16)));
-typedef uint32_t Bits32Lanes __attribute__((vector_size(16)));
-typedef uint64_t Bits64Lanes __attribute__((vector_size(16)));
+typedef float Float16Bytes __attribute__((vector_size(16)));
+typedef double Double16Bytes __attribute__((vector_size(16)));
+typedef uint32_t Bits32In16Bytes __attribute__((vector_size(16)));
+typedef uint64_t Bits64In16Bytes __attribute__((vector_size(16)));
+typedef float Float32Bytes __attribute__((vector_size(32)));
+typedef double Double32Bytes __attribute__((vector_size(32)));
+typedef uint32_t Bits32In32Bytes __attribute__((vector_size(32)));
+typedef uint64_t Bits64In32Bytes __attribute__((vector_size(32)));
 
-template <class T>
+template <class T, int bytes>
 struct LaneTypes;
 template <>
-struct LaneTypes<float> {
-    using Native = FloatLanes;
-    using Bits = Bits32Lanes;
+struct LaneTypes<float, 16> {
+    using Native = Float16Bytes;
+    using Bits = Bits32In16Bytes;
     using Bit = uint32_t;
 };
 template <>
-struct LaneTypes<double> {
-    using Native = DoubleLanes;
-    using Bits = Bits64Lanes;
+struct LaneTypes<double, 16> {
+    using Native = Double16Bytes;
+    using Bits = Bits64In16Bytes;
+    using Bit = uint64_t;
+};
+template <>
+struct LaneTypes<float, 32> {
+    using Native = Float32Bytes;
+    using Bits = Bits32In32Bytes;
+    using Bit = uint32_t;
+};
+template <>
+struct LaneTypes<double, 32> {
+    using Native = Double32Bytes;
+    using Bits = Bits64In32Bytes;
     using Bit = uint64_t;
 };
 } // namespace packed_detail
 
-// Sixteen bytes of elements handled side by side. Every operation is the
+// `bytes` bytes of elements handled side by side. Every operation is the
 // scalar operation applied to each lane on its own, so a loop that keeps one
 // independent result per lane gives the scalar results bit for bit.
-template <class T>
+// The members are always inlined: a translation unit built for a wider
+// instruction set must not leave out-of-line copies that another unit could
+// end up calling.
+template <class T, int bytes>
 struct Pack {
-    static constexpr int width = 16 / sizeof(T);
-    using Native = typename packed_detail::LaneTypes<T>::Native;
-    using Bits = typename packed_detail::LaneTypes<T>::Bits;
-    using Bit = typename packed_detail::LaneTypes<T>::Bit;
+    static constexpr int width = bytes / sizeof(T);
+    using Native = typename packed_detail::LaneTypes<T, bytes>::Native;
+    using Bits = typename packed_detail::LaneTypes<T, bytes>::Bits;
+    using Bit = typename packed_detail::LaneTypes<T, bytes>::Bit;
 
     Native lanes;
 
-    static Pack load(const T *source)
+    [[gnu::always_inline]] static Pack load(const T *source)
     {
         Pack result;
         std::memcpy(&result.lanes, source, sizeof result.lanes);
         return result;
     }
 
-    static Pack broadcast(T value) { return {Native{} + value}; }
+    [[gnu::always_inline]] static Pack broadcast(T value) { return {Native{} + value}; }
 
-    void store(T *destination) const { std::memcpy(destination, &lanes, sizeof lanes); }
+    [[gnu::always_inline]] void store(T *destination) const { std::memcpy(destination, &lanes, sizeof lanes); }
 
-    friend Pack operator+(Pack a, Pack b) { return {a.lanes + b.lanes}; }
-    friend Pack operator-(Pack a, Pack b) { return {a.lanes - b.lanes}; }
-    friend Pack operator*(Pack a, Pack b) { return {a.lanes * b.lanes}; }
+    [[gnu::always_inline]] friend Pack operator+(Pack a, Pack b) { return {a.lanes + b.lanes}; }
+    [[gnu::always_inline]] friend Pack operator-(Pack a, Pack b) { return {a.lanes - b.lanes}; }
+    [[gnu::always_inline]] friend Pack operator*(Pack a, Pack b) { return {a.lanes * b.lanes}; }
 
     // Clears the sign bit, as fabs does.
-    friend Pack absoluteValue(Pack a)
+    [[gnu::always_inline]] friend Pack absoluteValue(Pack a)
     {
         const Bits magnitudeMask = Bits{} + (~Bit(0) >> 1);
         return {std::bit_cast<Native>(std::bit_cast<Bits>(a.lanes) & magnitudeMask)};
     }
 };
 
-inline float absoluteValue(float x) { return std::fabs(x); }
-inline double absoluteValue(double x) { return std::fabs(x); }
+[[gnu::always_inline]] inline float absoluteValue(float x) { return std::fabs(x); }
+[[gnu::always_inline]] inline double absoluteValue(double x) { return std::fabs(x); }
 
 } // namespace ornex

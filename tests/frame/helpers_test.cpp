@@ -6,6 +6,7 @@
 
 #include "frame/element_traits.hpp"
 #include "frame/rounding.hpp"
+#include "frame/simd_level.hpp"
 #include "frame/wrap_arithmetic.hpp"
 
 namespace {
@@ -105,6 +106,16 @@ TEST(ElementTraits, StoreTruncatesWithoutSaturation)
     EXPECT_EQ(ElementTraits<uint32_t>::toInt32(0xFFFFFFFFu), -1);
     EXPECT_EQ(ElementTraits<uint8_t>::toInt32(250), 250);
     EXPECT_EQ(ElementTraits<int8_t>::toInt32(-6), -6);
+}
+
+TEST(SimdLevel, EnvironmentOnlyLowersTheLevel)
+{
+    EXPECT_EQ(chooseSimdLevel(nullptr, true), SimdLevel::avx2);
+    EXPECT_EQ(chooseSimdLevel(nullptr, false), SimdLevel::packed);
+    EXPECT_EQ(chooseSimdLevel("none", true), SimdLevel::scalar);
+    EXPECT_EQ(chooseSimdLevel("sse2", true), SimdLevel::packed);
+    EXPECT_EQ(chooseSimdLevel("avx2", false), SimdLevel::packed);
+    EXPECT_EQ(chooseSimdLevel("fastest please", true), SimdLevel::avx2);
 }
 
 } // namespace
