@@ -82,6 +82,53 @@ ORNEX_API void ORNEX_SearchMethod_3Step_MAD_R(const float *block, const float *r
 ORNEX_API void ORNEX_SearchMethod_3Step_MSE_D(const double *block, const double *region, int32_t blockStride, int32_t regionStride, int32_t blockCols, int32_t blockRows, int32_t regionCols, int32_t regionRows, int32_t *bestCol, int32_t *bestRow);
 ORNEX_API void ORNEX_SearchMethod_3Step_MSE_R(const float *block, const float *region, int32_t blockStride, int32_t regionStride, int32_t blockCols, int32_t blockRows, int32_t regionCols, int32_t regionRows, int32_t *bestCol, int32_t *bestRow);
 
+/* ------------------------------------------------------------------------
+ * Motion estimation: block matching
+ *
+ * Motion between two numRows x numCols images, one result per block of the
+ * first image. blockSize, overlap and maxDisplacement are (rows, columns)
+ * pairs: blocks bR x bC, overlap oR x oC (steps bR - oR, bC - oC; the
+ * overlap must stay below the block size), displacements up to dR, dC.
+ *
+ * Working images, sized by the caller:
+ * - padded1 (padded1Rows x padded1Cols): cleared, then image1 copied in at
+ *   (oR/2, oC/2). Pass padded1 == image1 to use the image itself, neither
+ *   cleared nor copied; padded1Rows is then its row count.
+ * - padded2 (padded2Rows x padded2Cols): cleared, then image2 copied in at
+ *   (dR + oR/2, dC + oC/2). The natural size is the image plus that margin on
+ *   every side: (numRows + 2*(dR + oR/2)) x (numCols + 2*(dC + oC/2)).
+ *
+ * Blocks: with r0 = dR + oR/2 and c0 = dC + oC/2, block positions c = c0,
+ * c0 + sC, ... while c < padded2Cols - c0 - sC + 1, and r likewise down the
+ * rows; blocks that do not fit whole at the right and bottom edges are not
+ * searched. Results are stored in column-major order of the block grid (a
+ * block column top to bottom, then the next). A grid with no block writes
+ * nothing to motion (the working images are still filled).
+ *
+ * Each block is searched with the matching ORNEX_SearchMethod kernel over
+ * its own position widened by dR rows and dC columns on every side; the
+ * displacement is u = column offset - dC, v = row offset - dR. Results:
+ * _D, _R: u*u + v*v (double, float) from double, float images;
+ * _C, _Z: the complex u + v*i (float pairs from float images, double pairs
+ * from double images).
+ * ---------------------------------------------------------------------- */
+ORNEX_API void ORNEX_BlockMatching_Full_MAD_D(const double *image1, const double *image2, double *padded1, double *padded2, double *motion, const int32_t *blockSize, const int32_t *overlap, const int32_t *maxDisplacement, int32_t numRows, int32_t numCols, int32_t padded1Rows, int32_t padded1Cols, int32_t padded2Rows, int32_t padded2Cols);
+ORNEX_API void ORNEX_BlockMatching_Full_MAD_R(const float *image1, const float *image2, float *padded1, float *padded2, float *motion, const int32_t *blockSize, const int32_t *overlap, const int32_t *maxDisplacement, int32_t numRows, int32_t numCols, int32_t padded1Rows, int32_t padded1Cols, int32_t padded2Rows, int32_t padded2Cols);
+ORNEX_API void ORNEX_BlockMatching_Full_MAD_C(const float *image1, const float *image2, float *padded1, float *padded2, float *motion, const int32_t *blockSize, const int32_t *overlap, const int32_t *maxDisplacement, int32_t numRows, int32_t numCols, int32_t padded1Rows, int32_t padded1Cols, int32_t padded2Rows, int32_t padded2Cols);
+ORNEX_API void ORNEX_BlockMatching_Full_MAD_Z(const double *image1, const double *image2, double *padded1, double *padded2, double *motion, const int32_t *blockSize, const int32_t *overlap, const int32_t *maxDisplacement, int32_t numRows, int32_t numCols, int32_t padded1Rows, int32_t padded1Cols, int32_t padded2Rows, int32_t padded2Cols);
+ORNEX_API void ORNEX_BlockMatching_Full_MSE_D(const double *image1, const double *image2, double *padded1, double *padded2, double *motion, const int32_t *blockSize, const int32_t *overlap, const int32_t *maxDisplacement, int32_t numRows, int32_t numCols, int32_t padded1Rows, int32_t padded1Cols, int32_t padded2Rows, int32_t padded2Cols);
+ORNEX_API void ORNEX_BlockMatching_Full_MSE_R(const float *image1, const float *image2, float *padded1, float *padded2, float *motion, const int32_t *blockSize, const int32_t *overlap, const int32_t *maxDisplacement, int32_t numRows, int32_t numCols, int32_t padded1Rows, int32_t padded1Cols, int32_t padded2Rows, int32_t padded2Cols);
+ORNEX_API void ORNEX_BlockMatching_Full_MSE_C(const float *image1, const float *image2, float *padded1, float *padded2, float *motion, const int32_t *blockSize, const int32_t *overlap, const int32_t *maxDisplacement, int32_t numRows, int32_t numCols, int32_t padded1Rows, int32_t padded1Cols, int32_t padded2Rows, int32_t padded2Cols);
+ORNEX_API void ORNEX_BlockMatching_Full_MSE_Z(const double *image1, const double *image2, double *padded1, double *padded2, double *motion, const int32_t *blockSize, const int32_t *overlap, const int32_t *maxDisplacement, int32_t numRows, int32_t numCols, int32_t padded1Rows, int32_t padded1Cols, int32_t padded2Rows, int32_t padded2Cols);
+ORNEX_API void ORNEX_BlockMatching_3Step_MAD_D(const double *image1, const double *image2, double *padded1, double *padded2, double *motion, const int32_t *blockSize, const int32_t *overlap, const int32_t *maxDisplacement, int32_t numRows, int32_t numCols, int32_t padded1Rows, int32_t padded1Cols, int32_t padded2Rows, int32_t padded2Cols);
+ORNEX_API void ORNEX_BlockMatching_3Step_MAD_R(const float *image1, const float *image2, float *padded1, float *padded2, float *motion, const int32_t *blockSize, const int32_t *overlap, const int32_t *maxDisplacement, int32_t numRows, int32_t numCols, int32_t padded1Rows, int32_t padded1Cols, int32_t padded2Rows, int32_t padded2Cols);
+ORNEX_API void ORNEX_BlockMatching_3Step_MAD_C(const float *image1, const float *image2, float *padded1, float *padded2, float *motion, const int32_t *blockSize, const int32_t *overlap, const int32_t *maxDisplacement, int32_t numRows, int32_t numCols, int32_t padded1Rows, int32_t padded1Cols, int32_t padded2Rows, int32_t padded2Cols);
+ORNEX_API void ORNEX_BlockMatching_3Step_MAD_Z(const double *image1, const double *image2, double *padded1, double *padded2, double *motion, const int32_t *blockSize, const int32_t *overlap, const int32_t *maxDisplacement, int32_t numRows, int32_t numCols, int32_t padded1Rows, int32_t padded1Cols, int32_t padded2Rows, int32_t padded2Cols);
+ORNEX_API void ORNEX_BlockMatching_3Step_MSE_D(const double *image1, const double *image2, double *padded1, double *padded2, double *motion, const int32_t *blockSize, const int32_t *overlap, const int32_t *maxDisplacement, int32_t numRows, int32_t numCols, int32_t padded1Rows, int32_t padded1Cols, int32_t padded2Rows, int32_t padded2Cols);
+ORNEX_API void ORNEX_BlockMatching_3Step_MSE_R(const float *image1, const float *image2, float *padded1, float *padded2, float *motion, const int32_t *blockSize, const int32_t *overlap, const int32_t *maxDisplacement, int32_t numRows, int32_t numCols, int32_t padded1Rows, int32_t padded1Cols, int32_t padded2Rows, int32_t padded2Cols);
+ORNEX_API void ORNEX_BlockMatching_3Step_MSE_C(const float *image1, const float *image2, float *padded1, float *padded2, float *motion, const int32_t *blockSize, const int32_t *overlap, const int32_t *maxDisplacement, int32_t numRows, int32_t numCols, int32_t padded1Rows, int32_t padded1Cols, int32_t padded2Rows, int32_t padded2Cols);
+ORNEX_API void ORNEX_BlockMatching_3Step_MSE_Z(const double *image1, const double *image2, double *padded1, double *padded2, double *motion, const int32_t *blockSize, const int32_t *overlap, const int32_t *maxDisplacement, int32_t numRows, int32_t numCols, int32_t padded1Rows, int32_t padded1Cols, int32_t padded2Rows, int32_t padded2Cols);
+
 #ifdef __cplusplus
 }
 #endif

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that building and testing ornex_rt needs,
-# skipping those already present. Safe to run again.
+# skipping those already present. Safe to run again. Extra package names
+# given as arguments are installed too (the benchmark yardsticks use this).
 set -euo pipefail
 
 packages=(
@@ -8,6 +9,7 @@ packages=(
   googletest libgtest-dev libbenchmark-dev
   gcc-multilib g++-multilib
   g++-mingw-w64-i686-win32
+  "$@"
 )
 
 missing=()

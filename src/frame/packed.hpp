@@ -67,7 +67,12 @@ struct Pack {
         return result;
     }
 
-    [[gnu::always_inline]] static Pack broadcast(T value) { return {Native{} + value}; }
+    // Copies the bit pattern into every lane (an arithmetic splat such as
+    // 0 + value would turn -0 into +0).
+    [[gnu::always_inline]] static Pack broadcast(T value)
+    {
+        return {std::bit_cast<Native>(Bits{} + std::bit_cast<Bit>(value))};
+    }
 
     [[gnu::always_inline]] void store(T *destination) const { std::memcpy(destination, &lanes, sizeof lanes); }
 

@@ -129,9 +129,10 @@ TYPED_TEST(FullSearch, AgreesWithSlowScanOverManySizes)
     for (bool smallIntegers : {true, false}) {
         for (int32_t blockRows = 1; blockRows <= 4; ++blockRows) {
             for (int32_t blockCols = 1; blockCols <= 3; ++blockCols) {
-                // Candidate rows from 1 to 35 cover every remainder of the
-                // vector widths and the scalar finish.
-                for (int32_t candidateRows = 1; candidateRows <= 35; candidateRows += (candidateRows < 20 ? 1 : 5)) {
+                // Every remainder of the pack widths, and columns taller
+                // than the kernels keep costs for at once.
+                for (int32_t candidateRows : {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18, 19,
+                                              20, 25, 31, 33, 64, 129, 150}) {
                     const int32_t candidateCols = 1 + (candidateRows + blockCols) % 4;
                     const Window block{2, 1, blockRows, blockCols};
                     const Window region{3, 2, blockRows + candidateRows - 1, blockCols + candidateCols - 1};

@@ -1,0 +1,292 @@
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <random>
+#include <vector>
+
+#include "ornex_rt.h"
+
+namespace {
+
+template <class T, class R>
+using MatchingFunction = void (*)(const T *, const T *, T *, T *, R *, const int32_t *, const int32_t *,
+                                  const int32_t *, int32_t, int32_t, int32_t, int32_t, int32_t, int32_t);
+
+template <class Image, bool isComplex, MatchingFunction<Image, Image> function>
+struct Member {
+    using T = Image;
+    static constexpr bool complexResult = isComplex;
+    static constexpr MatchingFunction<Image, Image> match = function;
+};
+
+using Members = ::testing::Types<
+    Member<double, false, ORNEX_BlockMatching_Full_MAD_D>, Member<float, false, ORNEX_BlockMatching_Full_MAD_R>,
+    Member<float, true, ORNEX_BlockMatching_Full_MAD_C>, Member<double, true, ORNEX_BlockMatching_Full_MAD_Z>,
+    Member<double, false, ORNEX_BlockMatching_Full_MSE_D>, Member<float, false, ORNEX_BlockMatching_Full_MSE_R>,
+    Member<float, true, ORNEX_BlockMatching_Full_MSE_C>, Member<double, true, ORNEX_BlockMatching_Full_MSE_Z>,
+    Member<double, false, ORNEX_BlockMatching_3Step_MAD_D>, Member<float, false, ORNEX_BlockMatching_3Step_MAD_R>,
+    Member<float, true, ORNEX_BlockMatching_3Step_MAD_C>, Member<double, true, ORNEX_BlockMatching_3Step_MAD_Z>,
+    Member<double, false, ORNEX_BlockMatching_3Step_MSE_D>, Member<float, false, ORNEX_BlockMatching_3Step_MSE_R>,
+    Member<float, true, ORNEX_BlockMatching_3Step_MSE_C>, Member<double, true, ORNEX_BlockMatching_3Step_MSE_Z>>;
+
+// Only the members whose search is exhaustive.
+template <class M>
+bool isExhaustive()
+{
+    const auto match = M::match;
+    for (auto full : {ORNEX_BlockMatching_Full_MAD_D, ORNEX_BlockMatching_Full_MSE_D, ORNEX_BlockMatching_Full_MAD_Z,
+                      ORNEX_BlockMatching_Full_MSE_Z}) {
+        if (reinterpret_cast<void *>(match) == reinterpret_cast<void *>(full)) {
+            return true;
+        }
+    }
+    for (auto full : {ORNEX_BlockMatching_Full_MAD_R, ORNEX_BlockMatching_Full_MSE_R, ORNEX_BlockMatching_Full_MAD_C,
+                      ORNEX_BlockMatching_Full_MSE_C}) {
+        if (reinterpret_cast<void *>(match) == reinterpret_cast<void *>(full)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+struct Displacement {
+    int32_t u; // across columns
+    int32_t v; // down rows
+};
+
+template <class T>
+struct Image {
+    int32_t rows;
+    int32_t cols;
+    std::vector<T> values;
+
+    Image(int32_t rowCount, int32_t colCount, T fill = T(0))
+        : rows(rowCount), cols(colCount), values(static_cast<size_t>(rowCount) * colCount, fill)
+    {
+    }
+    T &at(int32_t r, int32_t c) { return values[r + static_cast<size_t>(c) * rows]; }
+};
+
+template <class T>
+Image<T> randomImage(int32_t rows, int32_t cols, uint32_t seed)
+{
+    std::mt19937 random(seed);
+    std::uniform_real_distribution<double> value(0.0, 255.0);
+    Image<T> image(rows, cols);
+    for (T &v : image.values) {
+        v = T(value(random));
+    }
+    return image;
+}
+
+// image2(r, c) = image1(r - v, c - u): the content moves v rows down and u
+// columns right; uncovered pixels get fresh noise.
+template <class T>
+Image<T> shifted(const Image<T> &image1, Displacement shift, uint32_t seed)
+{
+    Image<T> image2 = randomImage<T>(image1.rows, image1.cols, seed);
+    for (int32_t c = 0; c < image1.cols; ++c) {
+        for (int32_t r = 0; r < image1.rows; ++r) {
+            const int32_t sourceRow = r - shift.v, sourceCol = c - shift.u;
+            if (sourceRow >= 0 && sourceRow < image1.rows && sourceCol >= 0 && sourceCol < image1.cols) {
+                image2.at(r, c) = image1.values[sourceRow + static_cast<size_t>(sourceCol) * image1.rows];
+            }
+        }
+    }
+    return image2;
+}
+
+struct Settings {
+    int32_t blockSize[2];
+    int32_t overlap[2];
+    int32_t maxDisplacement[2];
+};
+
+constexpr double sentinel = -12345.0;
+
+// Runs a member with working images of the natural size and returns the
+// result buffer, `room` results long (plus their imaginary parts) and
+// filled with sentinels first.
+template <class M>
+std::vector<typename M::T> match(const Image<typename M::T> &image1, const Image<typename M::T> &image2,
+                                 const Settings &settings, size_t room)
+{
+    using T = typename M::T;
+    const int32_t marginRows1 = settings.overlap[0] / 2, marginCols1 = settings.overlap[1] / 2;
+    const int32_t marginRows2 = settings.maxDisplacement[0] + marginRows1;
+    const int32_t marginCols2 = settings.maxDisplacement[1] + marginCols1;
+    Image<T> padded1(image1.rows + 2 * marginRows1, image1.cols + 2 * marginCols1, T(77));
+    Image<T> padded2(image1.rows + 2 * marginRows2, image1.cols + 2 * marginCols2, T(77));
+    std::vector<T> motion(room * (M::complexResult ? 2 : 1), T(sentinel));
+    M::match(image1.values.data(), image2.values.data(), padded1.values.data(), padded2.values.data(), motion.data(),
+             settings.blockSize, settings.overlap, settings.maxDisplacement, image1.rows, image1.cols, padded1.rows,
+             padded1.cols, padded2.rows, padded2.cols);
+    return motion;
+}
+
+// Result k as the member stores it, from a displacement.
+template <class M>
+void expectResult(const std::vector<typename M::T> &motion, size_t k, Displacement d, const char *what)
+{
+    using T = typename M::T;
+    if (M::complexResult) {
+        EXPECT_EQ(motion[2 * k], T(d.u)) << what << ", block " << k << ", real part";
+        EXPECT_EQ(motion[2 * k + 1], T(d.v)) << what << ", block " << k << ", imaginary part";
+    } else {
+        EXPECT_EQ(motion[k], T(d.u * d.u + d.v * d.v)) << what << ", block " << k;
+    }
+}
+
+template <class M>
+class BlockMatching : public ::testing::Test {};
+TYPED_TEST_SUITE(BlockMatching, Members);
+
+TYPED_TEST(BlockMatching, ResultsFollowTheBlockGridColumnByColumn)
+{
+    using T = typename TypeParam::T;
+    // A 20x20 image in 8x8 blocks: two block rows and two block columns
+    // (rows 16..19 and columns 16..19 hold no whole block). Each block's
+    // content is pasted into the second image at its own displacement, all
+    // on the three-step search's first grid (offsets -3, 0, 3) and with
+    // pastes that do not overlap.
+    const Image<T> image1 = randomImage<T>(20, 20, 1);
+    Image<T> image2 = randomImage<T>(20, 20, 2);
+    const struct {
+        int32_t top, left;
+        Displacement shift;
+    } blocks[4] = {{0, 0, {0, 0}}, {8, 0, {0, 3}}, {0, 8, {3, 0}}, {8, 8, {3, 3}}};
+    for (const auto &block : blocks) {
+        for (int32_t c = 0; c < 8; ++c) {
+            for (int32_t r = 0; r < 8; ++r) {
+                image2.at(block.top + r + block.shift.v, block.left + c + block.shift.u) =
+                    image1.values[(block.top + r) + static_cast<size_t>(block.left + c) * 20];
+            }
+        }
+    }
+    const auto motion = match<TypeParam>(image1, image2, {{8, 8}, {0, 0}, {4, 4}}, 5);
+    for (size_t k = 0; k < 4; ++k) {
+        expectResult<TypeParam>(motion, k, blocks[k].shift, "pasted blocks");
+    }
+    EXPECT_EQ(motion.back(), T(sentinel)) << "a fifth result was written";
+}
+
+TYPED_TEST(BlockMatching, IdenticalImagesGiveNoMotion)
+{
+    using T = typename TypeParam::T;
+    // 16x16 in 8x8 blocks with displacements up to 4: exactly four results.
+    const Image<T> image = randomImage<T>(16, 16, 3);
+    const auto motion = match<TypeParam>(image, image, {{8, 8}, {0, 0}, {4, 4}}, 5);
+    for (size_t k = 0; k < 4; ++k) {
+        expectResult<TypeParam>(motion, k, {0, 0}, "identical images");
+    }
+    EXPECT_EQ(motion.back(), T(sentinel));
+}
+
+TYPED_TEST(BlockMatching, FlatImagesKeepTheFirstCandidateScored)
+{
+    using T = typename TypeParam::T;
+    // Interior blocks of a flat image see equal costs everywhere. The
+    // exhaustive search keeps its first candidate, offset (0, 0), so the
+    // displacement is (-dC, -dR). The three-step search keeps the top-left of
+    // its first grid: 2*dR + 1 = 11 candidate rows give centre 5 and step
+    // min(5, 4)/2 + 1 = 3, so row offset 2 (v = -3); 9 candidate columns give
+    // centre 4, column offset 1 (u = -3).
+    const Image<T> flat(48, 48, T(5));
+    const auto motion = match<TypeParam>(flat, flat, {{8, 8}, {0, 0}, {5, 4}}, 36);
+    const Displacement expected = isExhaustive<TypeParam>() ? Displacement{-4, -5} : Displacement{-3, -3};
+    // 6x6 blocks; the outer ring's regions reach the zero margin.
+    for (size_t blockCol = 1; blockCol < 5; ++blockCol) {
+        for (size_t blockRow = 1; blockRow < 5; ++blockRow) {
+            expectResult<TypeParam>(motion, blockRow + 6 * blockCol, expected, "flat image");
+        }
+    }
+}
+
+TYPED_TEST(BlockMatching, RecoversAShiftInInteriorBlocks)
+{
+    using T = typename TypeParam::T;
+    const Image<T> image1 = randomImage<T>(48, 56, 4);
+    // Three rows down and three columns left: on the three-step search's
+    // first grid, which then finds it exactly; any shift for the exhaustive
+    // one.
+    const Displacement shift = isExhaustive<TypeParam>() ? Displacement{2, -1} : Displacement{-3, 3};
+    const Image<T> image2 = shifted(image1, shift, 5);
+    const auto motion = match<TypeParam>(image1, image2, {{8, 8}, {0, 0}, {4, 4}}, 42);
+    // 6 block rows by 7 block columns; edge blocks see uncovered noise.
+    for (size_t blockCol = 1; blockCol < 6; ++blockCol) {
+        for (size_t blockRow = 1; blockRow < 5; ++blockRow) {
+            expectResult<TypeParam>(motion, blockRow + 6 * blockCol, shift, "shifted image");
+        }
+    }
+}
+
+TYPED_TEST(BlockMatching, OverlappingBlocksStepByBlockMinusOverlap)
+{
+    using T = typename TypeParam::T;
+    // 8x8 blocks overlapping by 4 rows and 2 columns step 4 down and 6
+    // across, starting half the overlap (2 rows, 1 column) into the zero
+    // margin. 32 rows: blocks at image rows -2, 2, ..., 26, eight of them;
+    // 32 columns: at image columns -1, 5, ..., 23, five of them.
+    const Image<T> image1 = randomImage<T>(32, 32, 6);
+    const Displacement shift = isExhaustive<TypeParam>() ? Displacement{1, 2} : Displacement{3, 0};
+    const Image<T> image2 = shifted(image1, shift, 7);
+    const auto motion = match<TypeParam>(image1, image2, {{8, 8}, {4, 2}, {4, 4}}, 41);
+    for (size_t blockCol = 1; blockCol < 4; ++blockCol) {
+        for (size_t blockRow = 1; blockRow < 7; ++blockRow) {
+            expectResult<TypeParam>(motion, blockRow + 8 * blockCol, shift, "overlapping blocks");
+        }
+    }
+    EXPECT_NE(motion[(TypeParam::complexResult ? 2 : 1) * 39], T(sentinel)) << "the fortieth result is missing";
+    EXPECT_EQ(motion.back(), T(sentinel)) << "more than forty results";
+}
+
+TYPED_TEST(BlockMatching, FirstImageCanBeItsOwnWorkingImage)
+{
+    using T = typename TypeParam::T;
+    const Image<T> original = randomImage<T>(40, 40, 8);
+    Image<T> image1 = original;
+    const Displacement shift = isExhaustive<TypeParam>() ? Displacement{-2, 1} : Displacement{0, -3};
+    const Image<T> image2 = shifted(original, shift, 9);
+    const int32_t blockSize[2] = {8, 8}, overlap[2] = {0, 0}, maxDisplacement[2] = {4, 4};
+    Image<T> padded2(48, 48);
+    std::vector<T> motion(25 * (TypeParam::complexResult ? 2 : 1), T(sentinel));
+    TypeParam::match(image1.values.data(), image2.values.data(), image1.values.data(), padded2.values.data(),
+                     motion.data(), blockSize, overlap, maxDisplacement, 40, 40, 40, 40, 48, 48);
+    EXPECT_EQ(image1.values, original.values) << "the first image was cleared or written";
+    for (size_t blockCol = 1; blockCol < 4; ++blockCol) {
+        for (size_t blockRow = 1; blockRow < 4; ++blockRow) {
+            expectResult<TypeParam>(motion, blockRow + 5 * blockCol, shift, "padded1 == image1");
+        }
+    }
+}
+
+TYPED_TEST(BlockMatching, GridWithoutBlocksFillsWorkingImagesOnly)
+{
+    using T = typename TypeParam::T;
+    // padded2 only as wide as the image plus its left margin: the column
+    // limit 9 - 4 - 2 + 1 = 4 does not exceed the first block column 4, so
+    // nothing is searched, but both working images are cleared and filled.
+    const Image<T> image1 = randomImage<T>(6, 5, 10);
+    const Image<T> image2 = randomImage<T>(6, 5, 11);
+    const int32_t blockSize[2] = {4, 4}, overlap[2] = {2, 2}, maxDisplacement[2] = {2, 3};
+    Image<T> padded1(8, 7, T(77)), padded2(12, 9, T(77));
+    std::vector<T> motion(4, T(sentinel));
+    TypeParam::match(image1.values.data(), image2.values.data(), padded1.values.data(), padded2.values.data(),
+                     motion.data(), blockSize, overlap, maxDisplacement, 6, 5, 8, 7, 12, 9);
+    EXPECT_EQ(motion, std::vector<T>(4, T(sentinel)));
+    // Image 1 at (1, 1) of padded1, image 2 at (3, 4) of padded2, zero around.
+    for (int32_t c = 0; c < 7; ++c) {
+        for (int32_t r = 0; r < 8; ++r) {
+            const bool inside = r >= 1 && r < 7 && c >= 1 && c < 6;
+            EXPECT_EQ(padded1.at(r, c), inside ? image1.values[(r - 1) + (c - 1) * 6] : T(0)) << r << "," << c;
+        }
+    }
+    for (int32_t c = 0; c < 9; ++c) {
+        for (int32_t r = 0; r < 12; ++r) {
+            const bool inside = r >= 3 && r < 9 && c >= 4 && c < 9;
+            EXPECT_EQ(padded2.at(r, c), inside ? image2.values[(r - 3) + (c - 4) * 6] : T(0)) << r << "," << c;
+        }
+    }
+}
+
+} // namespace
