@@ -129,6 +129,64 @@ ORNEX_API void ORNEX_BlockMatching_3Step_MSE_R(const float *image1, const float 
 ORNEX_API void ORNEX_BlockMatching_3Step_MSE_C(const float *image1, const float *image2, float *padded1, float *padded2, float *motion, const int32_t *blockSize, const int32_t *overlap, const int32_t *maxDisplacement, int32_t numRows, int32_t numCols, int32_t padded1Rows, int32_t padded1Cols, int32_t padded2Rows, int32_t padded2Cols);
 ORNEX_API void ORNEX_BlockMatching_3Step_MSE_Z(const double *image1, const double *image2, double *padded1, double *padded2, double *motion, const int32_t *blockSize, const int32_t *overlap, const int32_t *maxDisplacement, int32_t numRows, int32_t numCols, int32_t padded1Rows, int32_t padded1Cols, int32_t padded2Rows, int32_t padded2Cols);
 
+/* ------------------------------------------------------------------------
+ * Line drawing: clipping and plain lines
+ *
+ * Points are (row, column) pairs; a clip rectangle is rowMin, rowMax,
+ * colMin, colMax, all inclusive.
+ *
+ * ORNEX_ClipLine cuts the segment p1-p2 to the rectangle rect[4] in 32-bit
+ * integer arithmetic (Cohen-Sutherland, every intersection taken from the
+ * end-point as given, n/d rounded halves away from zero). Returns 1 and
+ * leaves both end-points inside when part of the segment remains; returns 0
+ * when it misses, the end-points then holding whatever clipping gave them.
+ *
+ * ORNEX_Line_Bresenham, ORNEX_Line_Bresenham_RGB draw the clipped digital
+ * line, both end-points included, by copying elemSize bytes per pixel and
+ * plane (any element type; no conversion, blending or saturation). The
+ * intensity form writes numPlanes planes planeStride elements apart, plane k
+ * taking the bytes at value + k*elemSize; the RGB form takes three separate
+ * planes and three consecutive values. A clipped line restarts its walk at
+ * the clipped start point.
+ * ---------------------------------------------------------------------- */
+ORNEX_API int32_t ORNEX_ClipLine(int32_t *p1, int32_t *p2, const int32_t *rect);
+ORNEX_API void ORNEX_Line_Bresenham(int32_t r1, int32_t c1, int32_t r2, int32_t c2, void *dst, int32_t numRows, const void *value, int32_t elemSize, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_Line_Bresenham_RGB(int32_t r1, int32_t c1, int32_t r2, int32_t c2, void *planeR, void *planeG, void *planeB, int32_t numRows, const void *value, int32_t elemSize, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax);
+
+/* ------------------------------------------------------------------------
+ * Line drawing: anti-aliased lines
+ *
+ * A one-pixel line blended by a three-pixel brush across its minor axis,
+ * after clipping to the rectangle. The caller's weight table holds rows of 25
+ * entries, entry d standing for a perpendicular distance of d/16 pixel: row 0
+ * the factor kept of the old pixel, row level + k the term added for plane k
+ * (colour times coverage and opacity). A pixel at distance index d becomes
+ * row0[d] * old + rowk[d]; integer members compute ((row0[d] * old) >> 10) +
+ * rowk[d] in 32-bit arithmetic and store the low bits (no saturation).
+ * Tables: double for _D, float for _R, uint16 for _UI16, int16 otherwise.
+ *
+ * Horizontal lines and single points blend the centre with index 0 and the
+ * rows above and below with index 16 (inside the rectangle only); vertical
+ * lines likewise across columns, but a vertical line given bottom-up
+ * (r1 > r2) draws nothing. Other lines walk the major axis and blend the
+ * centre and its two minor-axis neighbours by their distances from the
+ * ideal line; a pixel reached twice is blended twice.
+ * The intensity form writes numPlanes planes planeStride elements apart; the
+ * RGB form three separate planes with rows level, level+1, level+2.
+ * ---------------------------------------------------------------------- */
+ORNEX_API void ORNEX_Draw_AA_Line_I_D(int32_t r1, int32_t c1, int32_t r2, int32_t c2, double *dst, int32_t numRows, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, const double *table, int32_t level, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_Draw_AA_Line_RGB_D(int32_t r1, int32_t c1, int32_t r2, int32_t c2, double *planeR, double *planeG, double *planeB, int32_t numRows, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, const double *table, int32_t level);
+ORNEX_API void ORNEX_Draw_AA_Line_I_R(int32_t r1, int32_t c1, int32_t r2, int32_t c2, float *dst, int32_t numRows, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, const float *table, int32_t level, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_Draw_AA_Line_RGB_R(int32_t r1, int32_t c1, int32_t r2, int32_t c2, float *planeR, float *planeG, float *planeB, int32_t numRows, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, const float *table, int32_t level);
+ORNEX_API void ORNEX_Draw_AA_Line_I_UI8(int32_t r1, int32_t c1, int32_t r2, int32_t c2, uint8_t *dst, int32_t numRows, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, const int16_t *table, int32_t level, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_Draw_AA_Line_RGB_UI8(int32_t r1, int32_t c1, int32_t r2, int32_t c2, uint8_t *planeR, uint8_t *planeG, uint8_t *planeB, int32_t numRows, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, const int16_t *table, int32_t level);
+ORNEX_API void ORNEX_Draw_AA_Line_I_I8(int32_t r1, int32_t c1, int32_t r2, int32_t c2, int8_t *dst, int32_t numRows, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, const int16_t *table, int32_t level, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_Draw_AA_Line_RGB_I8(int32_t r1, int32_t c1, int32_t r2, int32_t c2, int8_t *planeR, int8_t *planeG, int8_t *planeB, int32_t numRows, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, const int16_t *table, int32_t level);
+ORNEX_API void ORNEX_Draw_AA_Line_I_UI16(int32_t r1, int32_t c1, int32_t r2, int32_t c2, uint16_t *dst, int32_t numRows, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, const uint16_t *table, int32_t level, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_Draw_AA_Line_RGB_UI16(int32_t r1, int32_t c1, int32_t r2, int32_t c2, uint16_t *planeR, uint16_t *planeG, uint16_t *planeB, int32_t numRows, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, const uint16_t *table, int32_t level);
+ORNEX_API void ORNEX_Draw_AA_Line_I_I16(int32_t r1, int32_t c1, int32_t r2, int32_t c2, int16_t *dst, int32_t numRows, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, const int16_t *table, int32_t level, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_Draw_AA_Line_RGB_I16(int32_t r1, int32_t c1, int32_t r2, int32_t c2, int16_t *planeR, int16_t *planeG, int16_t *planeB, int32_t numRows, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, const int16_t *table, int32_t level);
+
 #ifdef __cplusplus
 }
 #endif

@@ -27,4 +27,17 @@ inline int32_t wrapNeg(int32_t a)
     return static_cast<int32_t>(0u - static_cast<uint32_t>(a));
 }
 
+// |a|, with |INT32_MIN| wrapping to INT32_MIN.
+inline int32_t wrapAbs(int32_t a)
+{
+    return a < 0 ? wrapNeg(a) : a;
+}
+
+// Division truncating toward zero; INT32_MIN / -1 wraps to INT32_MIN instead
+// of trapping. The divisor must not be zero.
+inline int32_t wrapDiv(int32_t n, int32_t d)
+{
+    return d == -1 ? wrapNeg(n) : n / d;
+}
+
 } // namespace ornex
