@@ -187,6 +187,85 @@ ORNEX_API void ORNEX_Draw_AA_Line_RGB_UI16(int32_t r1, int32_t c1, int32_t r2, i
 ORNEX_API void ORNEX_Draw_AA_Line_I_I16(int32_t r1, int32_t c1, int32_t r2, int32_t c2, int16_t *dst, int32_t numRows, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, const int16_t *table, int32_t level, int32_t numPlanes, int32_t planeStride);
 ORNEX_API void ORNEX_Draw_AA_Line_RGB_I16(int32_t r1, int32_t c1, int32_t r2, int32_t c2, int16_t *planeR, int16_t *planeG, int16_t *planeB, int32_t numRows, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, const int16_t *table, int32_t level);
 
+/* ------------------------------------------------------------------------
+ * Optical flow: Horn-Schunck
+ *
+ * Velocity u (across columns) and v (down rows) between two numRows x
+ * numCols images, all arithmetic in the image type.
+ *
+ * ORNEX_SobelDerivative_HS_*: Ix = (S(c-1) - S(c+1))/8 with S the column
+ * smoothing I(r-1) + 2I(r) + I(r+1), Iy likewise across rows, both of image1
+ * with edges replicated and the previous-minus-next sign; It = image2 -
+ * image1. Writes Ix, Iy and the products Ix^2, IxIy, Iy^2, IxIt, IyIt and
+ * 1/(Ix^2 + smoothness + Iy^2). colSmooth1/2 are M-element working buffers;
+ * rowSmooth1/2 (N elements) are accepted but not used.
+ *
+ * ORNEX_OpticalFlow_HS_*: derivatives, then Jacobi sweeps from zero velocity:
+ * each pixel moves to the mean of its four neighbours (edge pixels count
+ * themselves for missing ones) corrected by the brightness constraint.
+ * Stops after *maxIterations sweeps (useMaxIterations) or when the largest
+ * change of a sweep falls below *threshold (useThreshold); with no working
+ * stop rule it never returns. Working memory: the six product arrays
+ * (M x N) and four M-element columns. Results: _D/_R write u^2 + v^2 to
+ * velocityOut and leave v in velocityY; _C/_Z write u + v*i to velocity
+ * (M x N complex, also used as the u and v planes while iterating) and
+ * leave u in gradXX and v in gradYY.
+ * ---------------------------------------------------------------------- */
+ORNEX_API void ORNEX_SobelDerivative_HS_D(const double *image1, const double *image2, double *gradX, double *gradY, double *colSmooth1, double *colSmooth2, double *rowSmooth1, double *rowSmooth2, double *gradXX, double *gradXY, double *gradYY, double *gradXT, double *gradYT, double *invDenom, const double *smoothness, int32_t numRows, int32_t numCols);
+ORNEX_API void ORNEX_SobelDerivative_HS_R(const float *image1, const float *image2, float *gradX, float *gradY, float *colSmooth1, float *colSmooth2, float *rowSmooth1, float *rowSmooth2, float *gradXX, float *gradXY, float *gradYY, float *gradXT, float *gradYT, float *invDenom, const float *smoothness, int32_t numRows, int32_t numCols);
+ORNEX_API void ORNEX_OpticalFlow_HS_D(const double *image1, const double *image2, double *velocityOut, double *velocityY, double *colSmooth1, double *colSmooth2, double *rowSmooth1, double *rowSmooth2, double *gradXX, double *gradXY, double *gradYY, double *gradXT, double *gradYT, double *invDenom, double *uColumnA, double *uColumnB, double *vColumnA, double *vColumnB, const double *smoothness, uint8_t useMaxIterations, uint8_t useThreshold, const int32_t *maxIterations, const double *threshold, int32_t numRows, int32_t numCols);
+ORNEX_API void ORNEX_OpticalFlow_HS_R(const float *image1, const float *image2, float *velocityOut, float *velocityY, float *colSmooth1, float *colSmooth2, float *rowSmooth1, float *rowSmooth2, float *gradXX, float *gradXY, float *gradYY, float *gradXT, float *gradYT, float *invDenom, float *uColumnA, float *uColumnB, float *vColumnA, float *vColumnB, const float *smoothness, uint8_t useMaxIterations, uint8_t useThreshold, const int32_t *maxIterations, const float *threshold, int32_t numRows, int32_t numCols);
+ORNEX_API void ORNEX_OpticalFlow_HS_C(const float *image1, const float *image2, float *velocity, float *colSmooth1, float *colSmooth2, float *rowSmooth1, float *rowSmooth2, float *gradXX, float *gradXY, float *gradYY, float *gradXT, float *gradYT, float *invDenom, float *uColumnA, float *uColumnB, float *vColumnA, float *vColumnB, const float *smoothness, uint8_t useMaxIterations, uint8_t useThreshold, const int32_t *maxIterations, const float *threshold, int32_t numRows, int32_t numCols);
+ORNEX_API void ORNEX_OpticalFlow_HS_Z(const double *image1, const double *image2, double *velocity, double *colSmooth1, double *colSmooth2, double *rowSmooth1, double *rowSmooth2, double *gradXX, double *gradXY, double *gradYY, double *gradXT, double *gradYT, double *invDenom, double *uColumnA, double *uColumnB, double *vColumnA, double *vColumnB, const double *smoothness, uint8_t useMaxIterations, uint8_t useThreshold, const int32_t *maxIterations, const double *threshold, int32_t numRows, int32_t numCols);
+
+/* ------------------------------------------------------------------------
+ * Optical flow: Lucas-Kanade
+ *
+ * Per pixel, the weighted sums a = sum w Ix^2, b = sum w IxIy, c = sum w Iy^2,
+ * d = sum w IxIt, e = sum w IyIt form [[a, b], [b, c]] (u, v) = -(d, e); its
+ * eigenvalues l1 >= l2 are tested against *threshold (equal passes).
+ * Results: _D/_R u^2 + v^2, _C/_Z the complex u + v*i (M x N complex).
+ *
+ * ORNEX_OFLK_ConvT_*: out[p] = sum_k taps[k] * frames[numTaps-1-k][p].
+ * ORNEX_OFLK_ConvX_*, ORNEX_OFLK_ConvY_*: correlation across columns / down
+ * rows with the taps centred at h = numTaps/2; every pixel closer than h to
+ * any edge is set to 0.
+ *
+ * ORNEX_OpticalFlow_LK_*: Ix, Iy of image1 by the five-point difference
+ * (-1/12, 2/3, 0, -2/3, 1/12, previous-minus-next sign), It = image2 -
+ * image1, weights 1 4 6 4 1 / 16 across columns then down rows. Near the
+ * edges, terms that fall outside the image are left out of every sum (the
+ * image is not extended). sumA..sumE (M x N) receive a..e; result (real part
+ * of it for _C/_Z) serves as scratch first. l1 below the threshold gives 0;
+ * l2 passing too gives the full solution (a zero determinant divides by
+ * zero); otherwise the flow along (a + b, b + c).
+ *
+ * ORNEX_OpticalFlow_LK_GDER_*: frames filtered in time (the two temporal
+ * filters centred on the same frame), then in space with the caller's
+ * derivative and smoothing filters, products weighed by windowTaps across
+ * columns then down rows; sumXX, sumYY, sumXY, sumXT, sumYT end as a, c, b,
+ * d, e, and result is the scratch of every pass. Pixels in the first
+ * numWindowTaps/2 rows or columns give 0; a positive determinant with l2
+ * passing gives the full solution; with useNormalFlow, l1 passing and
+ * |det| > 1e-8/255 the flow is projected on l1's eigenvector (n1, n2):
+ * s = -(u n1 + v n2), real part s n2, imaginary part s n1.
+ * No member allocates.
+ * ---------------------------------------------------------------------- */
+ORNEX_API void ORNEX_OFLK_ConvT_D(const double *const *frames, double *out, const double *taps, int32_t numPixels, int32_t numTaps);
+ORNEX_API void ORNEX_OFLK_ConvT_R(const float *const *frames, float *out, const float *taps, int32_t numPixels, int32_t numTaps);
+ORNEX_API void ORNEX_OFLK_ConvX_D(const double *in, double *out, const double *taps, int32_t numRows, int32_t numCols, int32_t numTaps);
+ORNEX_API void ORNEX_OFLK_ConvX_R(const float *in, float *out, const float *taps, int32_t numRows, int32_t numCols, int32_t numTaps);
+ORNEX_API void ORNEX_OFLK_ConvY_D(const double *in, double *out, const double *taps, int32_t numRows, int32_t numCols, int32_t numTaps);
+ORNEX_API void ORNEX_OFLK_ConvY_R(const float *in, float *out, const float *taps, int32_t numRows, int32_t numCols, int32_t numTaps);
+ORNEX_API void ORNEX_OpticalFlow_LK_D(const double *image1, const double *image2, double *result, double *sumA, double *sumB, double *sumC, double *sumD, double *sumE, const double *threshold, int32_t numRows, int32_t numCols);
+ORNEX_API void ORNEX_OpticalFlow_LK_R(const float *image1, const float *image2, float *result, float *sumA, float *sumB, float *sumC, float *sumD, float *sumE, const float *threshold, int32_t numRows, int32_t numCols);
+ORNEX_API void ORNEX_OpticalFlow_LK_C(const float *image1, const float *image2, float *result, float *sumA, float *sumB, float *sumC, float *sumD, float *sumE, const float *threshold, int32_t numRows, int32_t numCols);
+ORNEX_API void ORNEX_OpticalFlow_LK_Z(const double *image1, const double *image2, double *result, double *sumA, double *sumB, double *sumC, double *sumD, double *sumE, const double *threshold, int32_t numRows, int32_t numCols);
+ORNEX_API void ORNEX_OpticalFlow_LK_GDER_D(const double *const *frames, double *result, double *sumXX, double *sumYY, double *sumXY, double *sumXT, double *sumYT, const double *threshold, const double *tempDerivTaps, const double *spatDerivTaps, const double *tempSmoothTaps, const double *spatSmoothTaps, const double *windowTaps, int32_t numRows, int32_t numCols, int32_t numTempDerivTaps, int32_t numSpatDerivTaps, int32_t numTempSmoothTaps, int32_t numSpatSmoothTaps, int32_t numWindowTaps, uint8_t useNormalFlow);
+ORNEX_API void ORNEX_OpticalFlow_LK_GDER_R(const float *const *frames, float *result, float *sumXX, float *sumYY, float *sumXY, float *sumXT, float *sumYT, const float *threshold, const float *tempDerivTaps, const float *spatDerivTaps, const float *tempSmoothTaps, const float *spatSmoothTaps, const float *windowTaps, int32_t numRows, int32_t numCols, int32_t numTempDerivTaps, int32_t numSpatDerivTaps, int32_t numTempSmoothTaps, int32_t numSpatSmoothTaps, int32_t numWindowTaps, uint8_t useNormalFlow);
+ORNEX_API void ORNEX_OpticalFlow_LK_GDER_C(const float *const *frames, float *result, float *sumXX, float *sumYY, float *sumXY, float *sumXT, float *sumYT, const float *threshold, const float *tempDerivTaps, const float *spatDerivTaps, const float *tempSmoothTaps, const float *spatSmoothTaps, const float *windowTaps, int32_t numRows, int32_t numCols, int32_t numTempDerivTaps, int32_t numSpatDerivTaps, int32_t numTempSmoothTaps, int32_t numSpatSmoothTaps, int32_t numWindowTaps, uint8_t useNormalFlow);
+ORNEX_API void ORNEX_OpticalFlow_LK_GDER_Z(const double *const *frames, double *result, double *sumXX, double *sumYY, double *sumXY, double *sumXT, double *sumYT, const double *threshold, const double *tempDerivTaps, const double *spatDerivTaps, const double *tempSmoothTaps, const double *spatSmoothTaps, const double *windowTaps, int32_t numRows, int32_t numCols, int32_t numTempDerivTaps, int32_t numSpatDerivTaps, int32_t numTempSmoothTaps, int32_t numSpatSmoothTaps, int32_t numWindowTaps, uint8_t useNormalFlow);
+
 #ifdef __cplusplus
 }
 #endif
