@@ -93,37 +93,84 @@ void sobelDerivative(const T *image1, const T *image2, T *gradX, T *gradY, T *co
     }
 }
 
+// The new u and v of one pixel from the means of its neighbours.
+template <class T>
+struct PixelUpdate {
+    T u, v;
+};
+
+template <class T>
+PixelUpdate<T> updatedVelocity(T uMean, T vMean, T xx, T xy, T yy, T xt, T yt, T invDenom)
+{
+    return {uMean - (xx * uMean + xy * vMean + xt) * invDenom, vMean - (yy * vMean + xy * uMean + yt) * invDenom};
+}
+
+// The rows of a column that have both vertical neighbours, as a function of
+// unaliased pointers so that it runs several rows at once. The pointers
+// address row 0 of their columns.
+template <class T>
+void updateInteriorRows(const T *__restrict uHere, const T *__restrict uLeft, const T *__restrict uRight,
+                        const T *__restrict vHere, const T *__restrict vLeft, const T *__restrict vRight,
+                        const T *__restrict xx, const T *__restrict xy, const T *__restrict yy,
+                        const T *__restrict xt, const T *__restrict yt, const T *__restrict invDenom,
+                        T *__restrict newU, T *__restrict newV, int32_t numRows)
+{
+    for (int32_t r = 1; r < numRows - 1; ++r) {
+        const T uMean = T(0.25) * (uHere[r + 1] + uHere[r - 1] + uLeft[r] + uRight[r]);
+        const T vMean = T(0.25) * (vHere[r + 1] + vHere[r - 1] + vLeft[r] + vRight[r]);
+        const PixelUpdate<T> next = updatedVelocity(uMean, vMean, xx[r], xy[r], yy[r], xt[r], yt[r], invDenom[r]);
+        newU[r] = next.u;
+        newV[r] = next.v;
+    }
+}
+
 // One Jacobi sweep over the velocity planes: every average reads the previous
 // sweep's values. Column c's new values wait in a working column and are
 // copied back once column c + 1 has been computed. Returns the largest
-// change of u or v.
-template <class T>
+// change of u or v when asked to track it (else 0).
+template <bool trackChange, class T>
 T sweep(T *u, T *v, const HornSchunckWork<T> &work, int32_t numRows, int32_t numCols)
 {
     const DerivativeProducts<T> &products = work.products;
     const ptrdiff_t stride = numRows;
     const size_t columnBytes = static_cast<size_t>(numRows) * sizeof(T);
     T largestChange = 0;
+    auto track = [&largestChange](T oldValue, T newValue) {
+        const T change = std::fabs(oldValue - newValue);
+        largestChange = change > largestChange ? change : largestChange;
+    };
     for (int32_t c = 0; c < numCols; ++c) {
         const ptrdiff_t base = c * stride;
-        const ptrdiff_t leftBase = (c > 0 ? c - 1 : c) * stride;
-        const ptrdiff_t rightBase = (c + 1 < numCols ? c + 1 : c) * stride;
-        T *newU = work.uColumns[c & 1], *newV = work.vColumns[c & 1];
-        for (int32_t r = 0; r < numRows; ++r) {
+        const T *uHere = u + base, *vHere = v + base;
+        const T *uLeft = u + (c > 0 ? c - 1 : c) * stride;
+        const T *vLeft = v + (c > 0 ? c - 1 : c) * stride;
+        const T *uRight = u + (c + 1 < numCols ? c + 1 : c) * stride;
+        const T *vRight = v + (c + 1 < numCols ? c + 1 : c) * stride;
+        T *newU = work.uColumns[c & 1];
+        T *newV = work.vColumns[c & 1];
+        const T *xx = products.gradXX + base, *xy = products.gradXY + base, *yy = products.gradYY + base;
+        const T *xt = products.gradXT + base, *yt = products.gradYT + base, *invDenom = products.invDenom + base;
+        // A missing neighbour at the top or bottom edge is the pixel itself.
+        auto edgeRow = [&](int32_t r) {
             const int32_t up = r > 0 ? r - 1 : r, down = r + 1 < numRows ? r + 1 : r;
-            const ptrdiff_t i = base + r;
-            const T uMean = T(0.25) * (u[base + down] + u[base + up] + u[leftBase + r] + u[rightBase + r]);
-            const T vMean = T(0.25) * (v[base + down] + v[base + up] + v[leftBase + r] + v[rightBase + r]);
-            const T factor = products.invDenom[i];
-            const T uNew =
-                uMean - (products.gradXX[i] * uMean + products.gradXY[i] * vMean + products.gradXT[i]) * factor;
-            const T vNew =
-                vMean - (products.gradYY[i] * vMean + products.gradXY[i] * uMean + products.gradYT[i]) * factor;
-            const T uChange = std::fabs(u[i] - uNew), vChange = std::fabs(v[i] - vNew);
-            largestChange = uChange > largestChange ? uChange : largestChange;
-            largestChange = vChange > largestChange ? vChange : largestChange;
-            newU[r] = uNew;
-            newV[r] = vNew;
+            const T uMean = T(0.25) * (uHere[down] + uHere[up] + uLeft[r] + uRight[r]);
+            const T vMean = T(0.25) * (vHere[down] + vHere[up] + vLeft[r] + vRight[r]);
+            const PixelUpdate<T> next =
+                updatedVelocity(uMean, vMean, xx[r], xy[r], yy[r], xt[r], yt[r], invDenom[r]);
+            newU[r] = next.u;
+            newV[r] = next.v;
+        };
+        edgeRow(0);
+        updateInteriorRows(uHere, uLeft, uRight, vHere, vLeft, vRight, xx, xy, yy, xt, yt, invDenom, newU, newV,
+                           numRows);
+        if (numRows > 1) {
+            edgeRow(numRows - 1);
+        }
+        if constexpr (trackChange) {
+            for (int32_t r = 0; r < numRows; ++r) {
+                track(uHere[r], newU[r]);
+                track(vHere[r], newV[r]);
+            }
         }
         if (c > 0) {
             std::memcpy(u + base - stride, work.uColumns[(c - 1) & 1], columnBytes);
@@ -155,7 +202,10 @@ void iterate(T *u, T *v, const HornSchunckWork<T> &work, int32_t numRows, int32_
     std::fill(u, u + planeElements, T(0));
     std::fill(v, v + planeElements, T(0));
     for (int32_t k = 1;; ++k) {
-        const T largestChange = sweep(u, v, work, numRows, numCols);
+        // The largest change is only needed by the threshold rule; it is
+        // the same whichever order the pixels are compared in.
+        const T largestChange = stop.useThreshold ? sweep<true>(u, v, work, numRows, numCols)
+                                                  : sweep<false>(u, v, work, numRows, numCols);
         if (stop.useMaxIterations && k == stop.maxIterations) {
             return;
         }
