@@ -23,12 +23,38 @@ struct FixedFilters {
 // whose position falls outside the image are left out, and so is the zero
 // middle tap of the derivative. Every output is summed in tap order from 0.
 
-// out(r, c) = sum over k of taps[k] * value(r, c - 2 + k), for the rows
-// [rowBegin, rowEnd) of column c, into out[r - rowBegin].
-template <class T, class Value>
-void sumAcrossColumns(const T (&taps)[5], int32_t c, int32_t numCols, int32_t rowBegin, int32_t rowEnd, T *out,
-                      const Value &value)
+// The value a product image has at index i: one factor, or two multiplied.
+template <bool twoFactors, class T>
+T productAt(const T *__restrict first, const T *__restrict second, ptrdiff_t i)
 {
+    if constexpr (twoFactors) {
+        return first[i] * second[i];
+    } else {
+        (void)second;
+        return first[i];
+    }
+}
+
+// out[r - rowBegin] = sum over k of taps[k] * product(r, c - 2 + k) for the
+// rows [rowBegin, rowEnd) of column c.
+template <bool twoFactors, class T>
+void sumAcrossColumns(const T (&taps)[5], const T *__restrict first, const T *__restrict second, int32_t numRows,
+                      int32_t numCols, int32_t c, int32_t rowBegin, int32_t rowEnd, T *__restrict out)
+{
+    const ptrdiff_t stride = numRows;
+    if (c >= 2 && c + 2 < numCols) {
+        const ptrdiff_t leftmost = (c - 2) * stride;
+        for (int32_t r = rowBegin; r < rowEnd; ++r) {
+            T sum = 0;
+            for (int32_t k = 0; k < 5; ++k) {
+                if (taps[k] != T(0)) {
+                    sum = sum + taps[k] * productAt<twoFactors>(first, second, leftmost + k * stride + r);
+                }
+            }
+            out[r - rowBegin] = sum;
+        }
+        return;
+    }
     for (int32_t r = rowBegin; r < rowEnd; ++r) {
         out[r - rowBegin] = T(0);
     }
@@ -37,34 +63,46 @@ void sumAcrossColumns(const T (&taps)[5], int32_t c, int32_t numCols, int32_t ro
         if (taps[k] == T(0) || at < 0 || at >= numCols) {
             continue;
         }
-        const T tap = taps[k];
         for (int32_t r = rowBegin; r < rowEnd; ++r) {
-            out[r - rowBegin] = out[r - rowBegin] + tap * value(r, at);
+            out[r - rowBegin] = out[r - rowBegin] + taps[k] * productAt<twoFactors>(first, second, r + at * stride);
         }
     }
 }
 
-// out[r] = sum over k of taps[k] * column[r - 2 + k] for rows [rowBegin,
-// rowEnd) of a column whose rows [columnBegin, columnEnd) are held in
-// column[0 ..]; rows outside 0 .. numRows-1 are left out.
+// out[r] = sum over k of taps[k] * column[r - 2 + k - columnBegin] for rows
+// [rowBegin, rowEnd), where column holds the rows [columnBegin, ...) of a
+// column of numRows rows; rows outside the column are left out.
 template <class T>
-void sumDownRows(const T (&taps)[5], const T *column, int32_t columnBegin, int32_t numRows, int32_t rowBegin,
-                 int32_t rowEnd, T *out)
+void sumDownRows(const T (&taps)[5], const T *__restrict column, int32_t columnBegin, int32_t numRows,
+                 int32_t rowBegin, int32_t rowEnd, T *__restrict out)
 {
-    for (int32_t r = rowBegin; r < rowEnd; ++r) {
-        out[r] = T(0);
+    const T *source = column - columnBegin;
+    auto border = [&](int32_t r) {
+        T sum = 0;
+        for (int32_t k = 0; k < 5; ++k) {
+            const int32_t at = r - 2 + k;
+            if (taps[k] != T(0) && at >= 0 && at < numRows) {
+                sum = sum + taps[k] * source[at];
+            }
+        }
+        out[r] = sum;
+    };
+    const int32_t interiorBegin = std::max(rowBegin, 2);
+    const int32_t interiorEnd = std::max(interiorBegin, std::min(rowEnd, numRows - 2));
+    for (int32_t r = rowBegin; r < std::min(interiorBegin, rowEnd); ++r) {
+        border(r);
     }
-    for (int32_t k = 0; k < 5; ++k) {
-        if (taps[k] == T(0)) {
-            continue;
+    for (int32_t r = interiorBegin; r < interiorEnd; ++r) {
+        T sum = 0;
+        for (int32_t k = 0; k < 5; ++k) {
+            if (taps[k] != T(0)) {
+                sum = sum + taps[k] * source[r - 2 + k];
+            }
         }
-        const T tap = taps[k];
-        // Rows r with 0 <= r - 2 + k < numRows.
-        const int32_t first = std::max(rowBegin, 2 - k), end = std::min(rowEnd, numRows + 2 - k);
-        const T *source = column + (k - 2) - columnBegin;
-        for (int32_t r = first; r < end; ++r) {
-            out[r] = out[r] + tap * source[r];
-        }
+        out[r] = sum;
+    }
+    for (int32_t r = std::max(interiorEnd, rowBegin); r < rowEnd; ++r) {
+        border(r);
     }
 }
 
@@ -74,8 +112,8 @@ constexpr int32_t weighBlockRows = 256;
 
 // out = the product image weighed across columns, then down rows, by the
 // binomial weights.
-template <class T, class Product>
-void weigh(T *out, int32_t numRows, int32_t numCols, const Product &product)
+template <bool twoFactors, class T>
+void weigh(T *out, const T *first, const T *second, int32_t numRows, int32_t numCols)
 {
     const ptrdiff_t stride = numRows;
     T acrossColumns[weighBlockRows + 4];
@@ -83,8 +121,8 @@ void weigh(T *out, int32_t numRows, int32_t numCols, const Product &product)
         for (int32_t rowBegin = 0; rowBegin < numRows; rowBegin += weighBlockRows) {
             const int32_t rowEnd = std::min(rowBegin + weighBlockRows, numRows);
             const int32_t marginBegin = std::max(rowBegin - 2, 0), marginEnd = std::min(rowEnd + 2, numRows);
-            sumAcrossColumns(FixedFilters<T>::weight, c, numCols, marginBegin, marginEnd, acrossColumns,
-                             [&](int32_t r, int32_t at) { return product(r + at * stride); });
+            sumAcrossColumns<twoFactors>(FixedFilters<T>::weight, first, second, numRows, numCols, c, marginBegin,
+                                         marginEnd, acrossColumns);
             sumDownRows(FixedFilters<T>::weight, acrossColumns, marginBegin, numRows, rowBegin, rowEnd,
                         out + c * stride);
         }
@@ -98,8 +136,8 @@ void derivatives(const T *image1, const T *image2, T *gradX, T *gradY, T *gradT,
     const ptrdiff_t stride = numRows;
     for (int32_t c = 0; c < numCols; ++c) {
         const ptrdiff_t base = c * stride;
-        sumAcrossColumns(FixedFilters<T>::derivative, c, numCols, 0, numRows, gradX + base,
-                         [&](int32_t r, int32_t at) { return image1[r + at * stride]; });
+        sumAcrossColumns<false>(FixedFilters<T>::derivative, image1, image1, numRows, numCols, c, 0, numRows,
+                                gradX + base);
         sumDownRows(FixedFilters<T>::derivative, image1 + base, 0, numRows, 0, numRows, gradY + base);
         for (int32_t r = 0; r < numRows; ++r) {
             gradT[base + r] = image2[base + r] - image1[base + r];
@@ -114,17 +152,17 @@ void weightedSums(const T *image1, const T *image2, T *scratch, T *sums[5], int3
 {
     T *gradX = sums[3], *gradY = sums[4], *gradT = scratch;
     derivatives(image1, image2, gradX, gradY, gradT, numRows, numCols);
-    weigh(sums[0], numRows, numCols, [&](ptrdiff_t i) { return gradX[i] * gradX[i]; });
-    weigh(sums[1], numRows, numCols, [&](ptrdiff_t i) { return gradX[i] * gradY[i]; });
-    weigh(sums[2], numRows, numCols, [&](ptrdiff_t i) { return gradY[i] * gradY[i]; });
+    weigh<true>(sums[0], gradX, gradX, numRows, numCols);
+    weigh<true>(sums[1], gradX, gradY, numRows, numCols);
+    weigh<true>(sums[2], gradY, gradY, numRows, numCols);
     const ptrdiff_t pixels = static_cast<ptrdiff_t>(numRows) * numCols;
     for (ptrdiff_t i = 0; i < pixels; ++i) {
         gradY[i] = gradY[i] * gradT[i];   // Iy It, weighed last
         scratch[i] = gradX[i] * gradT[i]; // Ix It
     }
-    weigh(sums[3], numRows, numCols, [&](ptrdiff_t i) { return scratch[i]; });
+    weigh<false>(sums[3], scratch, scratch, numRows, numCols);
     std::copy(gradY, gradY + pixels, scratch);
-    weigh(sums[4], numRows, numCols, [&](ptrdiff_t i) { return scratch[i]; });
+    weigh<false>(sums[4], scratch, scratch, numRows, numCols);
 }
 
 template <class Form, class T>
