@@ -266,6 +266,73 @@ ORNEX_API void ORNEX_OpticalFlow_LK_GDER_R(const float *const *frames, float *re
 ORNEX_API void ORNEX_OpticalFlow_LK_GDER_C(const float *const *frames, float *result, float *sumXX, float *sumYY, float *sumXY, float *sumXT, float *sumYT, const float *threshold, const float *tempDerivTaps, const float *spatDerivTaps, const float *tempSmoothTaps, const float *spatSmoothTaps, const float *windowTaps, int32_t numRows, int32_t numCols, int32_t numTempDerivTaps, int32_t numSpatDerivTaps, int32_t numTempSmoothTaps, int32_t numSpatSmoothTaps, int32_t numWindowTaps, uint8_t useNormalFlow);
 ORNEX_API void ORNEX_OpticalFlow_LK_GDER_Z(const double *const *frames, double *result, double *sumXX, double *sumYY, double *sumXY, double *sumXT, double *sumYT, const double *threshold, const double *tempDerivTaps, const double *spatDerivTaps, const double *tempSmoothTaps, const double *spatSmoothTaps, const double *windowTaps, int32_t numRows, int32_t numCols, int32_t numTempDerivTaps, int32_t numSpatDerivTaps, int32_t numTempSmoothTaps, int32_t numSpatSmoothTaps, int32_t numWindowTaps, uint8_t useNormalFlow);
 
+/* ------------------------------------------------------------------------
+ * Geometric transforms: projective matrices
+ *
+ * Corner points: four (row, column) int32 pairs going round a rectangle from
+ * its first row and column (corner 0) through first row, last column (1),
+ * last row and column (2) to last row, first column (3). A rectangle is
+ * first row, first column, rows, columns. A matrix is nine values in column
+ * order ((r, c) at r + 3c) mapping the row vector [x y 1] (x the column) to
+ * [p q w], the point (column p/w, row q/w).
+ *
+ * ORNEX_Are3PtsCollinear: 1 when corner 1, 2 or 3 joins two parallel (or
+ * zero) edges, exactly, in 32-bit wrap-around arithmetic; corner 0 is not
+ * tested.
+ * ORNEX_CalculateXformMtrx_*: block[0..8] the closed-form matrix from the
+ * rectangle [0, W] x [0, H] onto the quadrilateral, block[9..17] its
+ * adjugate (unnormalised). mode 1 takes the rectangle (useRect) or numRows x
+ * numCols without origin, and moves only the adjugate by the origin; other
+ * modes take the rectangle and move the forward matrix by minus the origin,
+ * the adjugate too only in mode 2 with inverseOffset >= 1.
+ * ORNEX_CalculateQ2QXformMtrx_*: block[0..17] the first quadrilateral
+ * (mode 3), [18..35] the second (mode 1), [36..44] adj(B) A, and with
+ * firstToSecond [45..53] adj(A) B (left alone otherwise). Not normalised.
+ * ---------------------------------------------------------------------- */
+ORNEX_API uint8_t ORNEX_Are3PtsCollinear(const int32_t *points);
+ORNEX_API void ORNEX_CalculateXformMtrx_D(const int32_t *points, const int32_t *rect, uint32_t numRows, uint32_t numCols, int32_t mode, int32_t inverseOffset, uint8_t useRect, double *block);
+ORNEX_API void ORNEX_CalculateXformMtrx_R(const int32_t *points, const int32_t *rect, uint32_t numRows, uint32_t numCols, int32_t mode, int32_t inverseOffset, uint8_t useRect, float *block);
+ORNEX_API void ORNEX_CalculateQ2QXformMtrx_D(const int32_t *first, uint32_t numRows, uint32_t numCols, double *block, const int32_t *second, uint8_t firstToSecond);
+ORNEX_API void ORNEX_CalculateQ2QXformMtrx_R(const int32_t *first, uint32_t numRows, uint32_t numCols, float *block, const int32_t *second, uint8_t firstToSecond);
+
+/* ------------------------------------------------------------------------
+ * Geometric transforms: interpolation at a real position
+ *
+ * Samples a column-major numRows x numCols source at row y, column x and
+ * writes plane p at destination[index + p*destinationStride] (source plane
+ * p at p*sourceStride). Positions are not checked: keep them inside the
+ * image (y <= numRows - 1, x <= numCols - 1).
+ * NN: halves rounded away from zero. BL: bilinear, the far row and column
+ * clamped to the image. BC: cubic convolution (a = -1), rows first; exact
+ * integer positions return the source value and the first and
+ * second-to-last row or column blend linearly. No allocation.
+ * ---------------------------------------------------------------------- */
+ORNEX_API void ORNEX_NN_Interp_D(const double *source, double y, double x, uint32_t numRows, double *destination, uint32_t index, int32_t numPlanes, uint32_t sourceStride, uint32_t destinationStride);
+ORNEX_API void ORNEX_NN_Interp_R(const float *source, float y, float x, uint32_t numRows, float *destination, uint32_t index, int32_t numPlanes, uint32_t sourceStride, uint32_t destinationStride);
+ORNEX_API void ORNEX_PosVal_BL_Interp_D(const double *source, double y, double x, uint32_t numRows, uint32_t numCols, double *destination, uint32_t index, int32_t numPlanes, uint32_t sourceStride, uint32_t destinationStride);
+ORNEX_API void ORNEX_PosVal_BL_Interp_R(const float *source, float y, float x, uint32_t numRows, uint32_t numCols, float *destination, uint32_t index, int32_t numPlanes, uint32_t sourceStride, uint32_t destinationStride);
+ORNEX_API void ORNEX_PosVal_BC_Interp_D(const double *source, double y, double x, uint32_t numRows, uint32_t numCols, double *destination, uint32_t index, int32_t numPlanes, uint32_t sourceStride, uint32_t destinationStride);
+ORNEX_API void ORNEX_PosVal_BC_Interp_R(const float *source, float y, float x, uint32_t numRows, uint32_t numCols, float *destination, uint32_t index, int32_t numPlanes, uint32_t sourceStride, uint32_t destinationStride);
+
+/* ------------------------------------------------------------------------
+ * Geometric transforms: shear of one line
+ *
+ * Output position k (0 .. outputLength-1) shows source position k - offset
+ * of a line of sourceLength values sourceStride apart, the background
+ * beyond the line. Values are stored destinationStride apart from position
+ * firstWritten on (earlier positions are skipped without advancing).
+ * NNI: offset rounded, halves up. BLI: linear, one value blended with the
+ * background at each end of a fractionally shifted line; an integer offset
+ * copies. BCI: cubic convolution (a = -1), taps outside the line take the
+ * background; positions whose taps all lie outside are the background.
+ * ---------------------------------------------------------------------- */
+ORNEX_API void ORNEX_Skew_NNI_D(const double *source, int32_t sourceLength, int32_t outputLength, double offset, uint32_t sourceStride, uint32_t destinationStride, double *destination, int32_t firstWritten, const double *background);
+ORNEX_API void ORNEX_Skew_NNI_R(const float *source, int32_t sourceLength, int32_t outputLength, float offset, uint32_t sourceStride, uint32_t destinationStride, float *destination, int32_t firstWritten, const float *background);
+ORNEX_API void ORNEX_Skew_BLI_D(const double *source, int32_t sourceLength, int32_t outputLength, double offset, uint32_t sourceStride, uint32_t destinationStride, double *destination, int32_t firstWritten, const double *background);
+ORNEX_API void ORNEX_Skew_BLI_R(const float *source, int32_t sourceLength, int32_t outputLength, float offset, uint32_t sourceStride, uint32_t destinationStride, float *destination, int32_t firstWritten, const float *background);
+ORNEX_API void ORNEX_Skew_BCI_D(const double *source, int32_t sourceLength, int32_t outputLength, double offset, uint32_t sourceStride, uint32_t destinationStride, double *destination, int32_t firstWritten, const double *background);
+ORNEX_API void ORNEX_Skew_BCI_R(const float *source, int32_t sourceLength, int32_t outputLength, float offset, uint32_t sourceStride, uint32_t destinationStride, float *destination, int32_t firstWritten, const float *background);
+
 #ifdef __cplusplus
 }
 #endif

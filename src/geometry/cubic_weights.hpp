@@ -1,0 +1,26 @@
+#pragma once
+
+namespace ornex::geometry {
+
+// Cubic convolution weights with a = -1: w1 for distances in [0, 1), w2 for
+// [1, 2). Written and evaluated left to right as the library defines them.
+template <class T>
+T nearWeight(T s)
+{
+    return s * s * s - T(2) * s * s + T(1);
+}
+
+template <class T>
+T farWeight(T s)
+{
+    return -s * s * s + T(5) * s * s - T(8) * s + T(4);
+}
+
+// w2(1 + f) v0 + w1(f) v1 + w1(1 - f) v2 + w2(2 - f) v3.
+template <class T>
+T cubicBlend(T f, T v0, T v1, T v2, T v3)
+{
+    return v0 * farWeight(T(1) + f) + v1 * nearWeight(f) + v2 * nearWeight(T(1) - f) + v3 * farWeight(T(2) - f);
+}
+
+} // namespace ornex::geometry
