@@ -333,6 +333,61 @@ ORNEX_API void ORNEX_Skew_BLI_R(const float *source, int32_t sourceLength, int32
 ORNEX_API void ORNEX_Skew_BCI_D(const double *source, int32_t sourceLength, int32_t outputLength, double offset, uint32_t sourceStride, uint32_t destinationStride, double *destination, int32_t firstWritten, const double *background);
 ORNEX_API void ORNEX_Skew_BCI_R(const float *source, int32_t sourceLength, int32_t outputLength, float offset, uint32_t sourceStride, uint32_t destinationStride, float *destination, int32_t firstWritten, const float *background);
 
+/* ------------------------------------------------------------------------
+ * Edge detection: Canny
+ *
+ * Kernels are halves of length L: the smoothing kernel's element 0 is the
+ * centre weight and element k the weight of both neighbours at distance k;
+ * the derivative kernel's element k weighs I(-k) - I(+k) (element 0 unused).
+ * Borders are periodic. B = L/2.
+ * ORNEX_RC_Gaussian_Smoothing_*: H smoothed across columns, V down rows.
+ * ORNEX_C_Derivative_Image_*, ORNEX_R_Derivative_Image_*: across columns,
+ * down rows. ORNEX_NonMaximum_Suppression_*: the gradient magnitude where it
+ * beats both neighbours interpolated along the gradient, the outermost rows
+ * and columns unsuppressed, divided by the largest value (or by epsilon).
+ * ORNEX_EdgeCanny_userTh_* (thresholds[0] low, [1] high, on 0..1) and
+ * ORNEX_EdgeCanny_autoTh_* (thresholds[0] the percentage of non-edge
+ * pixels; high = k/256 from the histogram, low = 0.4 high): Gx of the image
+ * smoothed across columns, Gy of the image smoothed down rows, suppression
+ * into magnitude, hysteresis into edges (1 edge, 0 not) following one chain
+ * per seed, then rows 0..B-1 and M-B..M-1 and columns 0..B-1 and N-B-1..N-1
+ * cleared. workA, workB (M x N values) end holding the tracing stacks.
+ * ---------------------------------------------------------------------- */
+ORNEX_API void ORNEX_RC_Gaussian_Smoothing_D(const double *image, const double *kernel, double *smoothedH, double *smoothedV, int32_t numRows, int32_t numCols, int32_t length);
+ORNEX_API void ORNEX_RC_Gaussian_Smoothing_R(const float *image, const float *kernel, float *smoothedH, float *smoothedV, int32_t numRows, int32_t numCols, int32_t length);
+ORNEX_API void ORNEX_C_Derivative_Image_D(const double *image, const double *kernel, double *out, int32_t numRows, int32_t numCols, int32_t length);
+ORNEX_API void ORNEX_C_Derivative_Image_R(const float *image, const float *kernel, float *out, int32_t numRows, int32_t numCols, int32_t length);
+ORNEX_API void ORNEX_R_Derivative_Image_D(const double *image, const double *kernel, double *out, int32_t numRows, int32_t numCols, int32_t length);
+ORNEX_API void ORNEX_R_Derivative_Image_R(const float *image, const float *kernel, float *out, int32_t numRows, int32_t numCols, int32_t length);
+ORNEX_API void ORNEX_NonMaximum_Suppression_D(const double *gradX, const double *gradY, double *out, int32_t numRows, int32_t numCols);
+ORNEX_API void ORNEX_NonMaximum_Suppression_R(const float *gradX, const float *gradY, float *out, int32_t numRows, int32_t numCols);
+ORNEX_API void ORNEX_EdgeCanny_userTh_D(const double *image, const double *smoothing, const double *derivative, double *workA, double *workB, uint8_t *edges, double *magnitude, const double *thresholds, int32_t numRows, int32_t numCols, int32_t length);
+ORNEX_API void ORNEX_EdgeCanny_userTh_R(const float *image, const float *smoothing, const float *derivative, float *workA, float *workB, uint8_t *edges, float *magnitude, const float *thresholds, int32_t numRows, int32_t numCols, int32_t length);
+ORNEX_API void ORNEX_EdgeCanny_autoTh_D(const double *image, const double *smoothing, const double *derivative, double *workA, double *workB, uint8_t *edges, double *magnitude, const double *thresholds, int32_t numRows, int32_t numCols, int32_t length);
+ORNEX_API void ORNEX_EdgeCanny_autoTh_R(const float *image, const float *smoothing, const float *derivative, float *workA, float *workB, uint8_t *edges, float *magnitude, const float *thresholds, int32_t numRows, int32_t numCols, int32_t length);
+
+/* ------------------------------------------------------------------------
+ * Line detection: Hough transform
+ *
+ * ORNEX_Hough_*: votes every nonzero byte of the numRows x numCols image
+ * into accumulator, numRho rows by 2*numTheta - 2 theta columns (cleared
+ * first): rho = column cos(theta) + row sin(theta), sineTable holding
+ * sin(theta) from -90 degrees (entry 0) to 0 degrees (entry numTheta-1),
+ * columns numTheta.. the angles 90 degrees above entries 1..numTheta-2. Rho
+ * bin 0 is at *rhoFirst (negative), the last at -*rhoFirst; bins are not
+ * range-checked.
+ * ORNEX_HoughLines_*: for each (theta, rho) the two points (row, column,
+ * row, column) where the line crosses the image border, tried on the top,
+ * left, right and bottom borders in that order; -1 in all four when fewer
+ * than two are found. _D/_R give int32 points, _DO/_RO floating ones.
+ * ---------------------------------------------------------------------- */
+ORNEX_API void ORNEX_Hough_D(const uint8_t *image, double *accumulator, const double *sineTable, const double *rhoFirst, int32_t numRows, int32_t numCols, int32_t numRho, int32_t numTheta);
+ORNEX_API void ORNEX_Hough_R(const uint8_t *image, float *accumulator, const float *sineTable, const float *rhoFirst, int32_t numRows, int32_t numCols, int32_t numRho, int32_t numTheta);
+ORNEX_API void ORNEX_HoughLines_D(const double *theta, const double *rho, int32_t *endPoints, int32_t numLines, int32_t numRows, int32_t numCols);
+ORNEX_API void ORNEX_HoughLines_DO(const double *theta, const double *rho, double *endPoints, int32_t numLines, int32_t numRows, int32_t numCols);
+ORNEX_API void ORNEX_HoughLines_R(const float *theta, const float *rho, int32_t *endPoints, int32_t numLines, int32_t numRows, int32_t numCols);
+ORNEX_API void ORNEX_HoughLines_RO(const float *theta, const float *rho, float *endPoints, int32_t numLines, int32_t numRows, int32_t numCols);
+
 #ifdef __cplusplus
 }
 #endif

@@ -1,0 +1,16 @@
+#include "ornex_rt.h"
+
+#include "detection/canny_stages.hpp"
+
+using namespace ornex::detection;
+
+extern "C" {
+void ORNEX_RC_Gaussian_Smoothing_D(const double *image, const double *kernel, double *smoothedH, double *smoothedV, int32_t numRows, int32_t numCols, int32_t length) { smoothAcrossColumns(image, kernel, smoothedH, numRows, numCols, length); smoothDownRows(image, kernel, smoothedV, numRows, numCols, length); }
+void ORNEX_RC_Gaussian_Smoothing_R(const float *image, const float *kernel, float *smoothedH, float *smoothedV, int32_t numRows, int32_t numCols, int32_t length) { smoothAcrossColumns(image, kernel, smoothedH, numRows, numCols, length); smoothDownRows(image, kernel, smoothedV, numRows, numCols, length); }
+void ORNEX_C_Derivative_Image_D(const double *image, const double *kernel, double *out, int32_t numRows, int32_t numCols, int32_t length) { differentiateAcrossColumns(image, kernel, out, numRows, numCols, length); }
+void ORNEX_C_Derivative_Image_R(const float *image, const float *kernel, float *out, int32_t numRows, int32_t numCols, int32_t length) { differentiateAcrossColumns(image, kernel, out, numRows, numCols, length); }
+void ORNEX_R_Derivative_Image_D(const double *image, const double *kernel, double *out, int32_t numRows, int32_t numCols, int32_t length) { differentiateDownRows(image, kernel, out, numRows, numCols, length); }
+void ORNEX_R_Derivative_Image_R(const float *image, const float *kernel, float *out, int32_t numRows, int32_t numCols, int32_t length) { differentiateDownRows(image, kernel, out, numRows, numCols, length); }
+void ORNEX_NonMaximum_Suppression_D(const double *gradX, const double *gradY, double *out, int32_t numRows, int32_t numCols) { nonMaximumSuppression(gradX, gradY, out, numRows, numCols); }
+void ORNEX_NonMaximum_Suppression_R(const float *gradX, const float *gradY, float *out, int32_t numRows, int32_t numCols) { nonMaximumSuppression(gradX, gradY, out, numRows, numCols); }
+}
