@@ -1,5 +1,6 @@
 #include "ornex_rt.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstring>
 
@@ -13,16 +14,15 @@ namespace {
 // band is one column wider than the left, even with B = 0, on purpose.
 inline void clearBorder(uint8_t *edges, int32_t numRows, int32_t numCols, int32_t border)
 {
+    const int32_t topRows = std::min(border, numRows);
+    const int32_t bottomFirst = std::max(numRows - border, topRows);
     for (int32_t c = 0; c < numCols; ++c) {
         uint8_t *column = edges + static_cast<ptrdiff_t>(c) * numRows;
         if (c < border || c >= numCols - border - 1) {
             std::memset(column, 0, static_cast<size_t>(numRows));
-            continue;
-        }
-        for (int32_t r = 0; r < numRows; ++r) {
-            if (r < border || r >= numRows - border) {
-                column[r] = 0;
-            }
+        } else {
+            std::memset(column, 0, static_cast<size_t>(topRows));
+            std::memset(column + bottomFirst, 0, static_cast<size_t>(numRows - bottomFirst));
         }
     }
 }

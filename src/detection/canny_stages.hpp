@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "frame/element_traits.hpp"
+#include "frame/packed.hpp"
 
 namespace ornex::detection {
 
@@ -123,6 +124,30 @@ void differentiateDownRows(const T *in, const T *kernel, T *out, int32_t numRows
         [kernel](int32_t k, T before, T after) { return kernel[k] * (before - after); });
 }
 
+// The largest of `count` values, starting from 0; values that are not a
+// number are passed over. Several lanes keep their own maximum, which gives
+// the same result in any order.
+template <class T>
+T largestValue(const T *values, ptrdiff_t count)
+{
+    using P = Pack<T, 16>;
+    P lanes = P::broadcast(T(0));
+    ptrdiff_t i = 0;
+    for (; i + P::width <= count; i += P::width) {
+        lanes = largerOf(lanes, P::load(values + i));
+    }
+    T laneValues[P::width];
+    lanes.store(laneValues);
+    T largest = 0;
+    for (T value : laneValues) {
+        largest = value > largest ? value : largest;
+    }
+    for (; i < count; ++i) {
+        largest = values[i] > largest ? values[i] : largest;
+    }
+    return largest;
+}
+
 // Rows of a block of the suppression, with one row of margin on each side.
 constexpr int32_t suppressionBlockRows = 256;
 
@@ -133,6 +158,40 @@ void columnMagnitudes(const T *__restrict gradX, const T *__restrict gradY, int3
 {
     for (int32_t r = first; r < end; ++r) {
         out[r - first] = std::sqrt(gradX[r] * gradX[r] + gradY[r] * gradY[r]);
+    }
+}
+
+// The suppression of `count` rows of one column. The magnitude columns hold
+// the rows from one above the first to one below the last; every choice is
+// made by selection so that several rows run at once.
+template <class T>
+void suppressRows(const T *__restrict gradX, const T *__restrict gradY, const T *__restrict previous,
+                  const T *__restrict current, const T *__restrict next, int32_t count, T *__restrict out)
+{
+    for (int32_t i = 0; i < count; ++i) {
+        const int32_t at = i + 1;
+        const T gx = gradX[i], gy = gradY[i];
+        const T m = current[at];
+        const T up = current[at - 1], down = current[at + 1];
+        const T left = previous[at], upLeft = previous[at - 1], downLeft = previous[at + 1];
+        const T right = next[at], upRight = next[at - 1], downRight = next[at + 1];
+        const bool sameSign = gx * gy > T(0);
+        const T ax = std::fabs(gx), ay = std::fabs(gy);
+        // Mainly vertical gradient: interpolate between the rows above and
+        // below; otherwise (also when unordered) between the columns.
+        // Both ratios are formed and one is selected, so that no division
+        // depends on a branch.
+        const bool vertical = ax < ay;
+        const T verticalRatio = ax / ay, horizontalRatio = ay / ax;
+        const T t = vertical ? verticalRatio : horizontalRatio;
+        const T near1 = vertical ? up : right;
+        const T far1 = vertical ? (sameSign ? upLeft : upRight) : (sameSign ? downRight : upRight);
+        const T far2 = vertical ? (sameSign ? downRight : downLeft) : (sameSign ? upLeft : downLeft);
+        const T near2 = vertical ? down : left;
+        const T side1 = (T(1) - t) * near1 + t * far1;
+        const T side2 = t * far2 + (T(1) - t) * near2;
+        const bool keep = (m > side1) & (m > side2);
+        out[i] = keep ? m : T(0);
     }
 }
 
@@ -147,13 +206,14 @@ void nonMaximumSuppression(const T *gradX, const T *gradY, T *out, int32_t numRo
         return;
     }
     const ptrdiff_t stride = numRows;
+    // The outermost rows and columns: plain magnitudes.
     for (int32_t c = 0; c < numCols; ++c) {
         const ptrdiff_t base = c * stride;
-        const bool borderColumn = c == 0 || c == numCols - 1;
-        for (int32_t r = 0; r < numRows; ++r) {
-            if (borderColumn || r == 0 || r == numRows - 1) {
-                columnMagnitudes(gradX + base, gradY + base, r, r + 1, out + base + r);
-            }
+        if (c == 0 || c == numCols - 1) {
+            columnMagnitudes(gradX + base, gradY + base, 0, numRows, out + base);
+        } else {
+            columnMagnitudes(gradX + base, gradY + base, 0, 1, out + base);
+            columnMagnitudes(gradX + base, gradY + base, numRows - 1, numRows, out + base + numRows - 1);
         }
     }
     // Magnitudes of three neighbouring columns, for rows first - 1 .. end.
@@ -166,23 +226,8 @@ void nonMaximumSuppression(const T *gradX, const T *gradY, T *out, int32_t numRo
         for (int32_t c = 1; c < numCols - 1; ++c) {
             const ptrdiff_t base = c * stride;
             columnMagnitudes(gradX + base + stride, gradY + base + stride, first - 1, end + 1, next);
-            for (int32_t r = first; r < end; ++r) {
-                const int32_t at = r - first + 1; // this row in the magnitude columns
-                const T gx = gradX[base + r], gy = gradY[base + r];
-                const T m = current[at];
-                const bool sameSign = gx * gy > T(0);
-                T side1, side2;
-                if (std::fabs(gx) < std::fabs(gy)) {
-                    const T t = std::fabs(gx) / std::fabs(gy);
-                    side1 = (T(1) - t) * current[at - 1] + t * (sameSign ? previous[at - 1] : next[at - 1]);
-                    side2 = t * (sameSign ? next[at + 1] : previous[at + 1]) + (T(1) - t) * current[at + 1];
-                } else {
-                    const T t = std::fabs(gy) / std::fabs(gx);
-                    side1 = (T(1) - t) * next[at] + t * (sameSign ? next[at + 1] : next[at - 1]);
-                    side2 = t * (sameSign ? previous[at - 1] : previous[at + 1]) + (T(1) - t) * previous[at];
-                }
-                out[base + r] = m > side1 && m > side2 ? m : T(0);
-            }
+            suppressRows(gradX + base + first, gradY + base + first, previous, current, next, end - first,
+                         out + base + first);
             T *const oldest = previous;
             previous = current;
             current = next;
@@ -190,10 +235,7 @@ void nonMaximumSuppression(const T *gradX, const T *gradY, T *out, int32_t numRo
         }
     }
     const ptrdiff_t pixels = static_cast<ptrdiff_t>(numRows) * numCols;
-    T largest = 0;
-    for (ptrdiff_t i = 0; i < pixels; ++i) {
-        largest = out[i] > largest ? out[i] : largest;
-    }
+    const T largest = largestValue(out, pixels);
     const T divisor = largest == T(0) ? ElementTraits<T>::epsilon : largest;
     for (ptrdiff_t i = 0; i < pixels; ++i) {
         out[i] = out[i] / divisor;

@@ -13,6 +13,38 @@ namespace {
 // Bins of one pixel's votes computed at a time, before they are counted.
 constexpr int32_t voteBlock = 256;
 
+// The bins of one pixel for theta columns [first, end), the first half
+// reading the table forward for sines and backward for cosines, the second
+// half 90 degrees on.
+template <class T>
+void pixelBins(const T *__restrict sines, int32_t numTheta, T rho0, T scale, T x, T y, int32_t first, int32_t end,
+               int32_t *__restrict bins)
+{
+    const int32_t firstHalfEnd = std::min(end, numTheta);
+    for (int32_t t = first; t < firstHalfEnd; ++t) {
+        bins[t - first] = roundHalfAway((sines[t] * y - sines[numTheta - 1 - t] * x - rho0) * scale);
+    }
+    for (int32_t t = std::max(first, numTheta); t < end; ++t) {
+        const int32_t k = t - numTheta;
+        bins[t - first] = roundHalfAway((-sines[numTheta - 2 - k] * y - sines[1 + k] * x - rho0) * scale);
+    }
+}
+
+template <class T>
+void votePixel(T *accumulator, const T *sines, int32_t numRho, int32_t numTheta, T rho0, T scale, T x, T y)
+{
+    const int32_t columns = 2 * numTheta - 2;
+    int32_t bins[voteBlock];
+    for (int32_t first = 0; first < columns; first += voteBlock) {
+        const int32_t end = std::min(first + voteBlock, columns);
+        pixelBins(sines, numTheta, rho0, scale, x, y, first, end, bins);
+        // The bin is not range-checked: the rho range must cover the image.
+        for (int32_t t = first; t < end; ++t) {
+            accumulator[static_cast<ptrdiff_t>(t) * numRho + bins[t - first]] += T(1);
+        }
+    }
+}
+
 // Votes every nonzero pixel into the rho bins of each theta column. Theta
 // columns 0 .. T-1 use the table's angles (-90 up to 0 degrees), columns
 // T .. 2T-3 the angles 90 degrees above table entries 1 .. T-2; the cosine
@@ -26,7 +58,6 @@ void houghVote(const uint8_t *image, T *accumulator, const T *sines, const T *rh
     const int32_t columns = 2 * numTheta - 2;
     const ptrdiff_t cells = columns > 0 && numRho > 0 ? static_cast<ptrdiff_t>(columns) * numRho : 0;
     std::fill(accumulator, accumulator + cells, T(0));
-    int32_t bins[voteBlock];
     for (int32_t c = 0; c < numCols; ++c) {
         const uint8_t *column = image + static_cast<ptrdiff_t>(c) * numRows;
         const T x = T(c);
@@ -35,24 +66,7 @@ void houghVote(const uint8_t *image, T *accumulator, const T *sines, const T *rh
                 continue;
             }
             const T y = T(r);
-            for (int32_t first = 0; first < columns; first += voteBlock) {
-                const int32_t end = std::min(first + voteBlock, columns);
-                for (int32_t t = first; t < end; ++t) {
-                    T value;
-                    if (t < numTheta) {
-                        value = (sines[t] * y - sines[numTheta - 1 - t] * x - rho0) * scale;
-                    } else {
-                        const int32_t k = t - numTheta;
-                        value = (-sines[numTheta - 2 - k] * y - sines[1 + k] * x - rho0) * scale;
-                    }
-                    bins[t - first] = roundHalfAway(value);
-                }
-                // The bin is not range-checked: the rho range must cover the
-                // image.
-                for (int32_t t = first; t < end; ++t) {
-                    accumulator[static_cast<ptrdiff_t>(t) * numRho + bins[t - first]] += T(1);
-                }
-            }
+            votePixel(accumulator, sines, numRho, numTheta, rho0, scale, x, y);
         }
     }
 }

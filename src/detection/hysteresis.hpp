@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -64,19 +65,47 @@ public:
     {
     }
 
+    // Seeds are visited in row order. Reading a column-major image row by
+    // row is slow, so the seed flags of a strip of 64 rows are first
+    // gathered column by column into one bit mask per column.
     void run()
     {
         std::memset(edges_, 0, static_cast<size_t>(numRows_) * static_cast<size_t>(numCols_));
-        for (int32_t r = 0; r < numRows_; ++r) {
+        if (numCols_ > maskColumns) {
+            for (int32_t r = 0; r < numRows_; ++r) {
+                for (int32_t c = 0; c < numCols_; ++c) {
+                    if (magnitude_[index(r, c)] >= thresholds_.high) {
+                        trace(r, c);
+                    }
+                }
+            }
+            return;
+        }
+        uint64_t seedMasks[maskColumns];
+        for (int32_t top = 0; top < numRows_; top += 64) {
+            const int32_t height = std::min(64, numRows_ - top);
             for (int32_t c = 0; c < numCols_; ++c) {
-                if (magnitude_[index(r, c)] >= thresholds_.high) {
-                    trace(r, c);
+                const T *column = magnitude_ + index(top, c);
+                uint64_t mask = 0;
+                for (int32_t r = 0; r < height; ++r) {
+                    mask |= uint64_t(column[r] >= thresholds_.high) << r;
+                }
+                seedMasks[c] = mask;
+            }
+            for (int32_t r = 0; r < height; ++r) {
+                const uint64_t bit = uint64_t(1) << r;
+                for (int32_t c = 0; c < numCols_; ++c) {
+                    if (seedMasks[c] & bit) {
+                        trace(top + r, c);
+                    }
                 }
             }
         }
     }
 
 private:
+    static constexpr int32_t maskColumns = 8192;
+
     ptrdiff_t index(int32_t r, int32_t c) const { return r + static_cast<ptrdiff_t>(c) * numRows_; }
 
     // The first neighbour after position `after` whose magnitude reaches the

@@ -80,6 +80,15 @@ struct Pack {
     [[gnu::always_inline]] friend Pack operator-(Pack a, Pack b) { return {a.lanes - b.lanes}; }
     [[gnu::always_inline]] friend Pack operator*(Pack a, Pack b) { return {a.lanes * b.lanes}; }
 
+    // candidate > largest ? candidate : largest in every lane, so a lane that
+    // is not a number never replaces the largest value.
+    [[gnu::always_inline]] friend Pack largerOf(Pack largest, Pack candidate)
+    {
+        const Bits takeCandidate = std::bit_cast<Bits>(candidate.lanes > largest.lanes);
+        return {std::bit_cast<Native>((takeCandidate & std::bit_cast<Bits>(candidate.lanes)) |
+                                      (~takeCandidate & std::bit_cast<Bits>(largest.lanes)))};
+    }
+
     // Clears the sign bit, as fabs does.
     [[gnu::always_inline]] friend Pack absoluteValue(Pack a)
     {
