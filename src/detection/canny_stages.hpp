@@ -162,36 +162,57 @@ void columnMagnitudes(const T *__restrict gradX, const T *__restrict gradY, int3
 }
 
 // The suppression of `count` rows of one column. The magnitude columns hold
-// the rows from one above the first to one below the last; every choice is
-// made by selection so that several rows run at once.
+// the rows from one above the first to one below the last. The packed loop
+// runs several rows at once with every choice made by selection; the scalar
+// loop finishes the column with the same operations.
 template <class T>
 void suppressRows(const T *__restrict gradX, const T *__restrict gradY, const T *__restrict previous,
                   const T *__restrict current, const T *__restrict next, int32_t count, T *__restrict out)
 {
-    for (int32_t i = 0; i < count; ++i) {
+    using P = Pack<T, 16>;
+    const P zero = P::broadcast(T(0)), one = P::broadcast(T(1));
+    int32_t i = 0;
+    for (; i + P::width <= count; i += P::width) {
+        const int32_t at = i + 1;
+        const P gx = P::load(gradX + i), gy = P::load(gradY + i);
+        const P m = P::load(current + at);
+        const P up = P::load(current + at - 1), down = P::load(current + at + 1);
+        const P left = P::load(previous + at), upLeft = P::load(previous + at - 1);
+        const P downLeft = P::load(previous + at + 1);
+        const P right = P::load(next + at), upRight = P::load(next + at - 1), downRight = P::load(next + at + 1);
+        const auto sameSign = gx * gy > zero;
+        const P ax = absoluteValue(gx), ay = absoluteValue(gy);
+        const auto vertical = ax < ay;
+        const P t = P::select(vertical, ax / ay, ay / ax);
+        const P near1 = P::select(vertical, up, right);
+        const P far1 =
+            P::select(vertical, P::select(sameSign, upLeft, upRight), P::select(sameSign, downRight, upRight));
+        const P far2 =
+            P::select(vertical, P::select(sameSign, downRight, downLeft), P::select(sameSign, upLeft, downLeft));
+        const P near2 = P::select(vertical, down, left);
+        const P side1 = (one - t) * near1 + t * far1;
+        const P side2 = t * far2 + (one - t) * near2;
+        P::select((m > side1) & (m > side2), m, zero).store(out + i);
+    }
+    for (; i < count; ++i) {
         const int32_t at = i + 1;
         const T gx = gradX[i], gy = gradY[i];
         const T m = current[at];
-        const T up = current[at - 1], down = current[at + 1];
-        const T left = previous[at], upLeft = previous[at - 1], downLeft = previous[at + 1];
-        const T right = next[at], upRight = next[at - 1], downRight = next[at + 1];
         const bool sameSign = gx * gy > T(0);
         const T ax = std::fabs(gx), ay = std::fabs(gy);
         // Mainly vertical gradient: interpolate between the rows above and
         // below; otherwise (also when unordered) between the columns.
-        // Both ratios are formed and one is selected, so that no division
-        // depends on a branch.
-        const bool vertical = ax < ay;
-        const T verticalRatio = ax / ay, horizontalRatio = ay / ax;
-        const T t = vertical ? verticalRatio : horizontalRatio;
-        const T near1 = vertical ? up : right;
-        const T far1 = vertical ? (sameSign ? upLeft : upRight) : (sameSign ? downRight : upRight);
-        const T far2 = vertical ? (sameSign ? downRight : downLeft) : (sameSign ? upLeft : downLeft);
-        const T near2 = vertical ? down : left;
-        const T side1 = (T(1) - t) * near1 + t * far1;
-        const T side2 = t * far2 + (T(1) - t) * near2;
-        const bool keep = (m > side1) & (m > side2);
-        out[i] = keep ? m : T(0);
+        T side1, side2;
+        if (ax < ay) {
+            const T t = ax / ay;
+            side1 = (T(1) - t) * current[at - 1] + t * (sameSign ? previous[at - 1] : next[at - 1]);
+            side2 = t * (sameSign ? next[at + 1] : previous[at + 1]) + (T(1) - t) * current[at + 1];
+        } else {
+            const T t = ay / ax;
+            side1 = (T(1) - t) * next[at] + t * (sameSign ? next[at + 1] : next[at - 1]);
+            side2 = t * (sameSign ? previous[at - 1] : previous[at + 1]) + (T(1) - t) * previous[at];
+        }
+        out[i] = m > side1 && m > side2 ? m : T(0);
     }
 }
 

@@ -79,14 +79,22 @@ struct Pack {
     [[gnu::always_inline]] friend Pack operator+(Pack a, Pack b) { return {a.lanes + b.lanes}; }
     [[gnu::always_inline]] friend Pack operator-(Pack a, Pack b) { return {a.lanes - b.lanes}; }
     [[gnu::always_inline]] friend Pack operator*(Pack a, Pack b) { return {a.lanes * b.lanes}; }
+    [[gnu::always_inline]] friend Pack operator/(Pack a, Pack b) { return {a.lanes / b.lanes}; }
+
+    // Lane masks (all ones where true) and selection by them.
+    [[gnu::always_inline]] friend Bits operator<(Pack a, Pack b) { return std::bit_cast<Bits>(a.lanes < b.lanes); }
+    [[gnu::always_inline]] friend Bits operator>(Pack a, Pack b) { return std::bit_cast<Bits>(a.lanes > b.lanes); }
+    [[gnu::always_inline]] static Pack select(Bits mask, Pack ifTrue, Pack ifFalse)
+    {
+        return {std::bit_cast<Native>((mask & std::bit_cast<Bits>(ifTrue.lanes)) |
+                                      (~mask & std::bit_cast<Bits>(ifFalse.lanes)))};
+    }
 
     // candidate > largest ? candidate : largest in every lane, so a lane that
     // is not a number never replaces the largest value.
     [[gnu::always_inline]] friend Pack largerOf(Pack largest, Pack candidate)
     {
-        const Bits takeCandidate = std::bit_cast<Bits>(candidate.lanes > largest.lanes);
-        return {std::bit_cast<Native>((takeCandidate & std::bit_cast<Bits>(candidate.lanes)) |
-                                      (~takeCandidate & std::bit_cast<Bits>(largest.lanes)))};
+        return select(candidate > largest, candidate, largest);
     }
 
     // Clears the sign bit, as fabs does.

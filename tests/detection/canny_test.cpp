@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <limits>
+#include <random>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -89,6 +91,68 @@ TEST(CannyStages, SuppressionKeepsBordersAndNormalisesByTheLargest)
     std::fill(gy.begin(), gy.end(), 0.0f);
     ORNEX_NonMaximum_Suppression_R(gx.data(), gy.data(), out.data(), 4, 4);
     EXPECT_EQ(out, std::vector<float>(16, 0.0f));
+}
+
+// The suppression written plainly from its description, magnitudes computed
+// on the spot, to hold the kernel's several-rows-at-once path to it.
+template <class T>
+std::vector<T> slowSuppression(const std::vector<T> &gx, const std::vector<T> &gy, int32_t rows, int32_t cols)
+{
+    auto mag = [&](int32_t r, int32_t c) {
+        const size_t i = r + size_t(c) * rows;
+        return std::sqrt(gx[i] * gx[i] + gy[i] * gy[i]);
+    };
+    std::vector<T> out(rows * cols);
+    for (int32_t c = 0; c < cols; ++c) {
+        for (int32_t r = 0; r < rows; ++r) {
+            const size_t i = r + size_t(c) * rows;
+            if (r == 0 || c == 0 || r == rows - 1 || c == cols - 1) {
+                out[i] = mag(r, c);
+                continue;
+            }
+            const bool same = gx[i] * gy[i] > T(0);
+            T side1, side2;
+            if (std::fabs(gx[i]) < std::fabs(gy[i])) {
+                const T t = std::fabs(gx[i]) / std::fabs(gy[i]);
+                side1 = (T(1) - t) * mag(r - 1, c) + t * (same ? mag(r - 1, c - 1) : mag(r - 1, c + 1));
+                side2 = t * (same ? mag(r + 1, c + 1) : mag(r + 1, c - 1)) + (T(1) - t) * mag(r + 1, c);
+            } else {
+                const T t = std::fabs(gy[i]) / std::fabs(gx[i]);
+                side1 = (T(1) - t) * mag(r, c + 1) + t * (same ? mag(r + 1, c + 1) : mag(r - 1, c + 1));
+                side2 = t * (same ? mag(r - 1, c - 1) : mag(r + 1, c - 1)) + (T(1) - t) * mag(r, c - 1);
+            }
+            const T m = mag(r, c);
+            out[i] = m > side1 && m > side2 ? m : T(0);
+        }
+    }
+    T largest = 0;
+    for (T v : out) {
+        largest = v > largest ? v : largest;
+    }
+    for (T &v : out) {
+        v = v / (largest == T(0) ? std::numeric_limits<T>::epsilon() : largest);
+    }
+    return out;
+}
+
+TEST(CannyStages, SuppressionAgreesWithThePlainDescription)
+{
+    std::mt19937 random(8);
+    std::uniform_int_distribution<int> small(-3, 3);
+    for (int trial = 0; trial < 20; ++trial) {
+        const int32_t rows = 3 + trial * 7 % 23, cols = 3 + trial * 5 % 11;
+        std::vector<float> gx(rows * cols), gy(rows * cols), out(rows * cols);
+        for (size_t i = 0; i < gx.size(); ++i) {
+            // Small integers make ties and zero gradients common.
+            gx[i] = float(small(random)) / 2;
+            gy[i] = float(small(random)) / 2;
+        }
+        ORNEX_NonMaximum_Suppression_R(gx.data(), gy.data(), out.data(), rows, cols);
+        ASSERT_EQ(out, slowSuppression(gx, gy, rows, cols)) << "trial " << trial;
+        std::vector<double> dx(gx.begin(), gx.end()), dy(gy.begin(), gy.end()), dout(rows * cols);
+        ORNEX_NonMaximum_Suppression_D(dx.data(), dy.data(), dout.data(), rows, cols);
+        ASSERT_EQ(dout, slowSuppression(dx, dy, rows, cols)) << "trial " << trial;
+    }
 }
 
 TEST(Canny, ConstantImageHasNoEdges)
