@@ -91,14 +91,6 @@ void addRowMultiple(T *matrix, int to, int from, T factor)
 }
 
 template <class T>
-void subtractColumnMultiple(T *matrix, int to, int from, T factor)
-{
-    for (int r = 0; r < 3; ++r) {
-        matrix[r + 3 * to] = matrix[r + 3 * to] - factor * matrix[r + 3 * from];
-    }
-}
-
-template <class T>
 void calculateTransform(const int32_t *points, const int32_t *rect, uint32_t numRows, uint32_t numCols, int32_t mode,
                         int32_t inverseOffset, bool useRect, T *block)
 {
@@ -141,12 +133,13 @@ void calculateTransform(const int32_t *points, const int32_t *rect, uint32_t num
     if (place.useRowOffset) {
         addRowMultiple(m, 2, 1, place.rowOffset);
     }
+    // Losing f times a column is gaining -f times it, bit for bit.
     if (mode == 2 && inverseOffset >= 1) {
         if (place.useColumnOffset) {
-            subtractColumnMultiple(adj, 0, 2, place.columnOffset);
+            addColumnMultiple(adj, 0, 2, -place.columnOffset);
         }
         if (place.useRowOffset) {
-            subtractColumnMultiple(adj, 1, 2, place.rowOffset);
+            addColumnMultiple(adj, 1, 2, -place.rowOffset);
         }
     }
 }
