@@ -388,6 +388,116 @@ ORNEX_API void ORNEX_HoughLines_DO(const double *theta, const double *rho, doubl
 ORNEX_API void ORNEX_HoughLines_R(const float *theta, const float *rho, int32_t *endPoints, int32_t numLines, int32_t numRows, int32_t numCols);
 ORNEX_API void ORNEX_HoughLines_RO(const float *theta, const float *rho, float *endPoints, int32_t numLines, int32_t numRows, int32_t numCols);
 
+/* ------------------------------------------------------------------------
+ * Polygon filling: edge table and row sorter
+ *
+ * Vertices are (row, column) int32 pairs; numValues counts the integers
+ * (twice the vertices, an odd last one ignored); the last vertex joins
+ * vertex 0. N = numValues / 2 edges, each oriented toward larger columns
+ * (equal columns: the second vertex starts). The edge table is N x 8
+ * column-major (field f of edge e at f*N + e): scan start and end column,
+ * current row (at the start), row delta (end - start), scan length, row step
+ * |delta| / length (left as the buffer held it for a zero length), error
+ * term 0, and with wantNormalWeight 1024 * length / edge length truncated.
+ * ORNEX_CreateEdgesTable (and its twin _Int) fill workTable (8N) at the
+ * fieldOffsets 0, N, ..., 7N, sort it and copy it into sortedTable (8N),
+ * ascending by scan start, scan end, current row, equal edges in input
+ * order. sortRecords: 6N int32 of scratch.
+ *
+ * ORNEX_SortRows orders the numRows rows of a column-major matrix (type
+ * codes 0 double, 1 single, 2 int8, 3 uint8, 4 int16, 5 uint16, 6 int32,
+ * 7 uint32; other codes leave the records unsorted) by their first three
+ * fields, ties by input order; NaN compares as smaller. It fills numRows
+ * records of six 32-bit words (24 bytes on every build, only 4-byte
+ * alignment needed) and sorts them with qsort; the matrix is not moved.
+ * Record layout: word 0 the number of compared fields (3), word 1 the field
+ * stride (numRows), word 2 the tie-break selector (1: row index), word 3 the
+ * row's index before sorting, words 4-5 a pointer to the row's first
+ * element (its bytes as memcpy writes them, the rest zero). After the call
+ * word 3 of record k is the index of the row that comes k-th; only that
+ * word is meant for the caller.
+ *
+ * ORNEX_DetectIfCornerPixel_FillPoly: 1 when one of numVertices pairs
+ * equals (row, column).
+ * ---------------------------------------------------------------------- */
+ORNEX_API void ORNEX_CreateEdgesTable(const int32_t *vertices, int32_t numValues, int32_t *workTable, int32_t *sortedTable, int32_t *sortRecords, const int32_t *fieldOffsets, uint8_t wantNormalWeight);
+ORNEX_API void ORNEX_CreateEdgesTable_Int(const int32_t *vertices, int32_t numValues, int32_t *workTable, int32_t *sortedTable, int32_t *sortRecords, const int32_t *fieldOffsets, uint8_t wantNormalWeight);
+ORNEX_API void ORNEX_SortRows(const void *matrix, int32_t numRows, int32_t typeCode, int32_t *sortRecords);
+ORNEX_API uint8_t ORNEX_DetectIfCornerPixel_FillPoly(const int32_t *vertices, int32_t numVertices, int32_t row, int32_t column);
+
+/* ------------------------------------------------------------------------
+ * Polygon filling
+ *
+ * ORNEX_FillOnePolygon_*: fills a closed polygon (vertices as for the edge
+ * table) column by column with the even-odd rule. On each column the rows
+ * between consecutive active edges are filled, both ends included, each
+ * pixel at most once; an edge's row moves to the nearer row of its exact
+ * crossing (halves toward larger rows). Edges are active from their scan
+ * start column up to, not including, their scan end column; the edges that
+ * end where the last edge of the sorted table ends are drawn on that column
+ * too. Clipping: columns colMin .. colMax, rows rowMin .. rowMax
+ * (inclusive); vertices may lie outside. edgeBuffer: 16N int32 (active list,
+ * then the sorted table); sortRecords: 6N int32. The returned value has no
+ * meaning.
+ * Intensity members fill numPlanes planes planeStride elements apart with
+ * fillValue[p]; RGB members fill three planes with three values.
+ * ORNEX_FillVerticalScanLine_*: one column, numActive active edges whose
+ * current rows are activeEdges[rowFieldOffset ..] in ascending order.
+ * ORNEX_FillPolygon_InterpFlt_* / _InterpFix_*: blend rows firstRow ..
+ * lastRow of one column, starting at element startIndex.
+ * Blending: _D and _R new = fill*a + old*(1 - a), a in [0, 1] (_R summed in
+ * double, stored as single); integer and logical members take a Q10
+ * opacity (1024 opaque): new = (fill*a + old*(1024 - a)) >> 10, stored
+ * truncated to the element width, no saturation.
+ * ORNEX_GetIntCoordinates: count values of source, starting at element
+ * count*block, into int32 destination; floating values rounded half away
+ * from zero (NaN gives INT32_MIN), integers widened; type codes as for
+ * ORNEX_SortRows, others do nothing. The returned value has no meaning.
+ * ---------------------------------------------------------------------- */
+ORNEX_API int32_t ORNEX_FillOnePolygon_I_D(int32_t *edgeBuffer, int32_t numValues, const int32_t *vertices, int32_t *sortRecords, double *image, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const double *fillValue, double opacity, int32_t numPlanes, int32_t planeStride);
+ORNEX_API int32_t ORNEX_FillOnePolygon_I_R(int32_t *edgeBuffer, int32_t numValues, const int32_t *vertices, int32_t *sortRecords, float *image, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const float *fillValue, float opacity, int32_t numPlanes, int32_t planeStride);
+ORNEX_API int32_t ORNEX_FillOnePolygon_I_Bool(int32_t *edgeBuffer, int32_t numValues, const int32_t *vertices, int32_t *sortRecords, uint8_t *image, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const uint8_t *fillValue, int16_t opacity, int32_t numPlanes, int32_t planeStride);
+ORNEX_API int32_t ORNEX_FillOnePolygon_I_UI8(int32_t *edgeBuffer, int32_t numValues, const int32_t *vertices, int32_t *sortRecords, uint8_t *image, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const uint8_t *fillValue, int16_t opacity, int32_t numPlanes, int32_t planeStride);
+ORNEX_API int32_t ORNEX_FillOnePolygon_I_I8(int32_t *edgeBuffer, int32_t numValues, const int32_t *vertices, int32_t *sortRecords, int8_t *image, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const int8_t *fillValue, int16_t opacity, int32_t numPlanes, int32_t planeStride);
+ORNEX_API int32_t ORNEX_FillOnePolygon_I_UI16(int32_t *edgeBuffer, int32_t numValues, const int32_t *vertices, int32_t *sortRecords, uint16_t *image, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const uint16_t *fillValue, int16_t opacity, int32_t numPlanes, int32_t planeStride);
+ORNEX_API int32_t ORNEX_FillOnePolygon_I_I16(int32_t *edgeBuffer, int32_t numValues, const int32_t *vertices, int32_t *sortRecords, int16_t *image, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const int16_t *fillValue, int16_t opacity, int32_t numPlanes, int32_t planeStride);
+ORNEX_API int32_t ORNEX_FillOnePolygon_RGB_D(int32_t *edgeBuffer, int32_t numValues, const int32_t *vertices, int32_t *sortRecords, double *red, double *green, double *blue, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const double *fillValue, double opacity);
+ORNEX_API int32_t ORNEX_FillOnePolygon_RGB_R(int32_t *edgeBuffer, int32_t numValues, const int32_t *vertices, int32_t *sortRecords, float *red, float *green, float *blue, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const float *fillValue, float opacity);
+ORNEX_API int32_t ORNEX_FillOnePolygon_RGB_Bool(int32_t *edgeBuffer, int32_t numValues, const int32_t *vertices, int32_t *sortRecords, uint8_t *red, uint8_t *green, uint8_t *blue, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const uint8_t *fillValue, int16_t opacity);
+ORNEX_API int32_t ORNEX_FillOnePolygon_RGB_UI8(int32_t *edgeBuffer, int32_t numValues, const int32_t *vertices, int32_t *sortRecords, uint8_t *red, uint8_t *green, uint8_t *blue, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const uint8_t *fillValue, int16_t opacity);
+ORNEX_API int32_t ORNEX_FillOnePolygon_RGB_I8(int32_t *edgeBuffer, int32_t numValues, const int32_t *vertices, int32_t *sortRecords, int8_t *red, int8_t *green, int8_t *blue, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const int8_t *fillValue, int16_t opacity);
+ORNEX_API int32_t ORNEX_FillOnePolygon_RGB_UI16(int32_t *edgeBuffer, int32_t numValues, const int32_t *vertices, int32_t *sortRecords, uint16_t *red, uint16_t *green, uint16_t *blue, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const uint16_t *fillValue, int16_t opacity);
+ORNEX_API int32_t ORNEX_FillOnePolygon_RGB_I16(int32_t *edgeBuffer, int32_t numValues, const int32_t *vertices, int32_t *sortRecords, int16_t *red, int16_t *green, int16_t *blue, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const int16_t *fillValue, int16_t opacity);
+ORNEX_API void ORNEX_FillVerticalScanLine_I_D(double *image, int32_t column, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t numActive, const int32_t *activeEdges, const double *fillValue, double opacity, int32_t rowFieldOffset, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_FillVerticalScanLine_I_R(float *image, int32_t column, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t numActive, const int32_t *activeEdges, const float *fillValue, float opacity, int32_t rowFieldOffset, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_FillVerticalScanLine_I_Bool(uint8_t *image, int32_t column, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t numActive, const int32_t *activeEdges, const uint8_t *fillValue, int16_t opacity, int32_t rowFieldOffset, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_FillVerticalScanLine_I_UI8(uint8_t *image, int32_t column, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t numActive, const int32_t *activeEdges, const uint8_t *fillValue, int16_t opacity, int32_t rowFieldOffset, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_FillVerticalScanLine_I_I8(int8_t *image, int32_t column, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t numActive, const int32_t *activeEdges, const int8_t *fillValue, int16_t opacity, int32_t rowFieldOffset, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_FillVerticalScanLine_I_UI16(uint16_t *image, int32_t column, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t numActive, const int32_t *activeEdges, const uint16_t *fillValue, int16_t opacity, int32_t rowFieldOffset, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_FillVerticalScanLine_I_I16(int16_t *image, int32_t column, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t numActive, const int32_t *activeEdges, const int16_t *fillValue, int16_t opacity, int32_t rowFieldOffset, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_FillVerticalScanLine_RGB_D(double *red, double *green, double *blue, int32_t column, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t numActive, const int32_t *activeEdges, const double *fillValue, double opacity, int32_t rowFieldOffset);
+ORNEX_API void ORNEX_FillVerticalScanLine_RGB_R(float *red, float *green, float *blue, int32_t column, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t numActive, const int32_t *activeEdges, const float *fillValue, float opacity, int32_t rowFieldOffset);
+ORNEX_API void ORNEX_FillVerticalScanLine_RGB_Bool(uint8_t *red, uint8_t *green, uint8_t *blue, int32_t column, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t numActive, const int32_t *activeEdges, const uint8_t *fillValue, int16_t opacity, int32_t rowFieldOffset);
+ORNEX_API void ORNEX_FillVerticalScanLine_RGB_UI8(uint8_t *red, uint8_t *green, uint8_t *blue, int32_t column, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t numActive, const int32_t *activeEdges, const uint8_t *fillValue, int16_t opacity, int32_t rowFieldOffset);
+ORNEX_API void ORNEX_FillVerticalScanLine_RGB_I8(int8_t *red, int8_t *green, int8_t *blue, int32_t column, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t numActive, const int32_t *activeEdges, const int8_t *fillValue, int16_t opacity, int32_t rowFieldOffset);
+ORNEX_API void ORNEX_FillVerticalScanLine_RGB_UI16(uint16_t *red, uint16_t *green, uint16_t *blue, int32_t column, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t numActive, const int32_t *activeEdges, const uint16_t *fillValue, int16_t opacity, int32_t rowFieldOffset);
+ORNEX_API void ORNEX_FillVerticalScanLine_RGB_I16(int16_t *red, int16_t *green, int16_t *blue, int32_t column, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t numActive, const int32_t *activeEdges, const int16_t *fillValue, int16_t opacity, int32_t rowFieldOffset);
+ORNEX_API void ORNEX_FillPolygon_InterpFlt_I_D(double *image, const double *fillValue, int32_t startIndex, double opacity, int32_t firstRow, int32_t lastRow, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_FillPolygon_InterpFlt_I_R(float *image, const float *fillValue, int32_t startIndex, float opacity, int32_t firstRow, int32_t lastRow, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_FillPolygon_InterpFlt_RGB_D(double *red, const double *fillValue, int32_t startIndex, double opacity, double *green, double *blue, int32_t firstRow, int32_t lastRow);
+ORNEX_API void ORNEX_FillPolygon_InterpFlt_RGB_R(float *red, const float *fillValue, int32_t startIndex, float opacity, float *green, float *blue, int32_t firstRow, int32_t lastRow);
+ORNEX_API void ORNEX_FillPolygon_InterpFix_I_UI8(uint8_t *image, const uint8_t *fillValue, int32_t startIndex, int16_t opacity, int32_t firstRow, int32_t lastRow, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_FillPolygon_InterpFix_I_I8(int8_t *image, const int8_t *fillValue, int32_t startIndex, int16_t opacity, int32_t firstRow, int32_t lastRow, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_FillPolygon_InterpFix_I_UI16(uint16_t *image, const uint16_t *fillValue, int32_t startIndex, int16_t opacity, int32_t firstRow, int32_t lastRow, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_FillPolygon_InterpFix_I_I16(int16_t *image, const int16_t *fillValue, int32_t startIndex, int16_t opacity, int32_t firstRow, int32_t lastRow, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_FillPolygon_InterpFix_I_Bool(uint8_t *image, const uint8_t *fillValue, int32_t startIndex, int16_t opacity, int32_t firstRow, int32_t lastRow, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_FillPolygon_InterpFix_RGB_UI8(uint8_t *red, const uint8_t *fillValue, int32_t startIndex, int16_t opacity, uint8_t *green, uint8_t *blue, int32_t firstRow, int32_t lastRow);
+ORNEX_API void ORNEX_FillPolygon_InterpFix_RGB_I8(int8_t *red, const int8_t *fillValue, int32_t startIndex, int16_t opacity, int8_t *green, int8_t *blue, int32_t firstRow, int32_t lastRow);
+ORNEX_API void ORNEX_FillPolygon_InterpFix_RGB_UI16(uint16_t *red, const uint16_t *fillValue, int32_t startIndex, int16_t opacity, uint16_t *green, uint16_t *blue, int32_t firstRow, int32_t lastRow);
+ORNEX_API void ORNEX_FillPolygon_InterpFix_RGB_I16(int16_t *red, const int16_t *fillValue, int32_t startIndex, int16_t opacity, int16_t *green, int16_t *blue, int32_t firstRow, int32_t lastRow);
+ORNEX_API void ORNEX_FillPolygon_InterpFix_RGB_Bool(uint8_t *red, const uint8_t *fillValue, int32_t startIndex, int16_t opacity, uint8_t *green, uint8_t *blue, int32_t firstRow, int32_t lastRow);
+ORNEX_API int32_t ORNEX_GetIntCoordinates(const void *source, int32_t typeCode, int32_t *destination, int32_t count, int32_t block);
+
 #ifdef __cplusplus
 }
 #endif

@@ -1,0 +1,85 @@
+#include <benchmark/benchmark.h>
+
+#include <array>
+#include <cstdint>
+#include <random>
+#include <vector>
+
+#include "ornex_rt.h"
+
+namespace {
+
+constexpr int32_t side = 1024;
+constexpr int32_t box = 128;
+constexpr int polygonCount = 1000;
+constexpr int32_t vertexCount = 8;
+constexpr int32_t numValues = 2 * vertexCount;
+
+using Polygon = std::array<int32_t, numValues>;
+
+// Each polygon: a 128x128 box at a random position fully inside the image,
+// and 8 vertices uniformly random inside that box, as (row, column) pairs.
+std::vector<Polygon> randomPolygons()
+{
+    std::mt19937 random(2024);
+    std::uniform_int_distribution<int32_t> corner(0, side - box);
+    std::uniform_int_distribution<int32_t> offset(0, box - 1);
+    std::vector<Polygon> polygons(polygonCount);
+    for (auto &polygon : polygons) {
+        const int32_t top = corner(random);
+        const int32_t left = corner(random);
+        for (int32_t v = 0; v < vertexCount; ++v) {
+            polygon[2 * v] = top + offset(random);
+            polygon[2 * v + 1] = left + offset(random);
+        }
+    }
+    return polygons;
+}
+
+void fillUI8(benchmark::State &state, int16_t opacity)
+{
+    const auto polygons = randomPolygons();
+    std::vector<uint8_t> image(size_t(side) * side, 0);
+    std::vector<int32_t> edgeBuffer(16 * vertexCount);
+    std::vector<int32_t> sortRecords(6 * vertexCount);
+    const uint8_t fill = 255;
+    for (auto _ : state) {
+        for (const auto &p : polygons) {
+            ORNEX_FillOnePolygon_I_UI8(edgeBuffer.data(), numValues, p.data(), sortRecords.data(), image.data(), 0,
+                                       side - 1, 0, side - 1, side, &fill, opacity, 1, side * side);
+        }
+        benchmark::DoNotOptimize(image.data());
+        benchmark::ClobberMemory();
+    }
+    state.SetItemsProcessed(int64_t(state.iterations()) * polygonCount);
+}
+
+void fillD(benchmark::State &state, double opacity)
+{
+    const auto polygons = randomPolygons();
+    std::vector<double> image(size_t(side) * side, 0.0);
+    std::vector<int32_t> edgeBuffer(16 * vertexCount);
+    std::vector<int32_t> sortRecords(6 * vertexCount);
+    const double fill = 1.0;
+    for (auto _ : state) {
+        for (const auto &p : polygons) {
+            ORNEX_FillOnePolygon_I_D(edgeBuffer.data(), numValues, p.data(), sortRecords.data(), image.data(), 0,
+                                     side - 1, 0, side - 1, side, &fill, opacity, 1, side * side);
+        }
+        benchmark::DoNotOptimize(image.data());
+        benchmark::ClobberMemory();
+    }
+    state.SetItemsProcessed(int64_t(state.iterations()) * polygonCount);
+}
+
+void BM_Polygons_UI8_Opaque(benchmark::State &state) { fillUI8(state, 1024); }
+void BM_Polygons_UI8_Half(benchmark::State &state) { fillUI8(state, 512); }
+void BM_Polygons_D_Opaque(benchmark::State &state) { fillD(state, 1.0); }
+void BM_Polygons_D_Half(benchmark::State &state) { fillD(state, 0.5); }
+
+BENCHMARK(BM_Polygons_UI8_Opaque)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Polygons_UI8_Half)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Polygons_D_Opaque)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Polygons_D_Half)->Unit(benchmark::kMillisecond);
+
+} // namespace

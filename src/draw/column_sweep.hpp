@@ -1,0 +1,197 @@
+#pragma once
+
+#include <cstdint>
+
+#include "draw/edge_table.hpp"
+#include "frame/wrap_arithmetic.hpp"
+
+namespace ornex::draw {
+
+// The active edges of a column sweep: up to numEdges records with the eight
+// edge fields, stored field by field with stride numEdges, kept in order of
+// current row.
+class ActiveEdges {
+public:
+    ActiveEdges(int32_t *table, int32_t stride) : table_(table), stride_(stride) {}
+
+    int32_t count() const { return count_; }
+    int32_t field(int32_t f, int32_t edge) const { return table_[f * stride_ + edge]; }
+    int32_t &field(int32_t f, int32_t edge) { return table_[f * stride_ + edge]; }
+    const int32_t *currentRows() const { return table_ + currentRowField * stride_; }
+
+    void removeEndingAt(int32_t scan)
+    {
+        int32_t kept = 0;
+        while (kept < count_ && field(scanEndField, kept) != scan) {
+            ++kept;
+        }
+        for (int32_t edge = kept; edge < count_; ++edge) {
+            if (field(scanEndField, edge) == scan) {
+                continue;
+            }
+            copyEdge(edge, kept);
+            ++kept;
+        }
+        count_ = kept;
+    }
+
+    // After every active edge with the same current row.
+    void insert(const int32_t *sortedTable, int32_t sortedStride, int32_t sortedEdge)
+    {
+        const int32_t row = sortedTable[currentRowField * sortedStride + sortedEdge];
+        int32_t position = 0;
+        while (position < count_ && field(currentRowField, position) <= row) {
+            ++position;
+        }
+        for (int32_t edge = count_; edge > position; --edge) {
+            copyEdge(edge - 1, edge);
+        }
+        for (int32_t f = 0; f < edgeFieldCount; ++f) {
+            field(f, position) = sortedTable[f * sortedStride + sortedEdge];
+        }
+        ++count_;
+    }
+
+    // One column on: the current row moves to the nearer integer of the
+    // exact crossing, halves going toward larger rows.
+    void advance()
+    {
+        for (int32_t edge = 0; edge < count_; ++edge) {
+            const int32_t rowDelta = field(rowDeltaField, edge);
+            const int32_t scanLength = field(scanLengthField, edge);
+            const int32_t rowStep = field(rowStepField, edge);
+            int32_t error = field(errorTermField, edge);
+            int32_t row = field(currentRowField, edge);
+            const int32_t stepped = wrapMul(rowStep, scanLength);
+            // Written as selections: which way the error carries depends on
+            // the data and would defeat branch prediction.
+            const bool rising = rowDelta > 0;
+            error = wrapAdd(error, rising ? wrapSub(rowDelta, stepped) : wrapAdd(stepped, rowDelta));
+            row = rising ? wrapAdd(row, rowStep) : wrapSub(row, rowStep);
+            const int32_t twiceError = wrapAdd(error, error);
+            const bool carries = rising ? twiceError >= scanLength : twiceError < wrapNeg(scanLength);
+            const int32_t carry = carries ? (rising ? 1 : -1) : 0;
+            row = wrapAdd(row, carry);
+            error = wrapSub(error, wrapMul(carry, scanLength));
+            field(errorTermField, edge) = error;
+            field(currentRowField, edge) = row;
+        }
+    }
+
+    // Insertion by moving each edge down before the first edge above it
+    // whose row is strictly larger, from the bottom of the list up.
+    void resortByRow()
+    {
+        if (rowsAscending()) {
+            return;
+        }
+        int32_t position = count_ - 1;
+        while (position >= 1) {
+            const int32_t row = field(currentRowField, position);
+            int32_t target = 0;
+            while (target < position && field(currentRowField, target) <= row) {
+                ++target;
+            }
+            if (target == position) {
+                --position;
+                continue;
+            }
+            int32_t moved[edgeFieldCount];
+            for (int32_t f = 0; f < edgeFieldCount; ++f) {
+                moved[f] = field(f, position);
+            }
+            for (int32_t edge = position; edge > target; --edge) {
+                copyEdge(edge - 1, edge);
+            }
+            for (int32_t f = 0; f < edgeFieldCount; ++f) {
+                field(f, target) = moved[f];
+            }
+        }
+    }
+
+    void extendEndingAt(int32_t scan)
+    {
+        for (int32_t edge = 0; edge < count_; ++edge) {
+            if (field(scanEndField, edge) == scan) {
+                field(scanEndField, edge) = wrapAdd(scan, 1);
+            }
+        }
+    }
+
+private:
+    // One edge record at a time: a field-by-field shift of the whole list
+    // would become eight tiny block moves.
+    void copyEdge(int32_t from, int32_t to)
+    {
+        for (int32_t f = 0; f < edgeFieldCount; ++f) {
+            field(f, to) = field(f, from);
+        }
+    }
+
+    bool rowsAscending() const
+    {
+        const int32_t *rows = currentRows();
+        for (int32_t edge = 1; edge < count_; ++edge) {
+            if (rows[edge - 1] > rows[edge]) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+    int32_t *table_;
+    int32_t stride_;
+    int32_t count_ = 0;
+};
+
+// Scan-converts a closed integer polygon column by column. The edge buffer
+// holds 16 values per edge: the active list (also the table builder's work
+// table) and then the sorted edge table. For each column with active edges,
+// visitColumn(column, numActive, currentRows) sees the rows of the active
+// edges in ascending order.
+template <class VisitColumn>
+void sweepPolygonColumns(int32_t *edgeBuffer, int32_t numValues, const int32_t *vertices, int32_t *sortRecords,
+                         VisitColumn &&visitColumn)
+{
+    const int32_t numEdges = numValues / 2;
+    if (numEdges == 0) {
+        return;
+    }
+    int32_t *sortedTable = edgeBuffer + edgeFieldCount * numEdges;
+    int32_t fieldOffsets[edgeFieldCount];
+    for (int32_t f = 0; f < edgeFieldCount; ++f) {
+        fieldOffsets[f] = f * numEdges;
+    }
+    createEdgesTable(vertices, numValues, edgeBuffer, sortedTable, sortRecords, fieldOffsets, false);
+
+    int32_t scan = sortedTable[scanStartField * numEdges];
+    // Deliberately the end of the last edge in sorted order (read as element
+    // numValues - 1 of the table), not the largest end: only edges ending
+    // there get their last column drawn.
+    const int32_t finalEnd = sortedTable[numValues - 1];
+    ActiveEdges active(edgeBuffer, numEdges);
+    int32_t next = 0;
+    for (;;) {
+        if (active.count() > 0) {
+            if (scan == finalEnd) {
+                active.extendEndingAt(finalEnd);
+            }
+            active.removeEndingAt(scan);
+        }
+        while (next < numEdges && sortedTable[scanStartField * numEdges + next] == scan) {
+            if (sortedTable[scanEndField * numEdges + next] != scan) {
+                active.insert(sortedTable, numEdges, next);
+            }
+            ++next;
+        }
+        if (active.count() == 0) {
+            return;
+        }
+        visitColumn(scan, active.count(), active.currentRows());
+        active.advance();
+        active.resortByRow();
+        scan = wrapAdd(scan, 1);
+    }
+}
+
+} // namespace ornex::draw

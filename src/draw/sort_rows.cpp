@@ -1,0 +1,108 @@
+#include "ornex_rt.h"
+
+#include <cstdlib>
+#include <cstring>
+
+#include "draw/edge_table.hpp"
+#include "frame/element_traits.hpp"
+
+namespace ornex::draw {
+namespace {
+
+// Every row sorts by its first three fields; equal rows keep their order.
+static_assert(sizeof(void *) <= 2 * sizeof(int32_t), "a row pointer must fit in words 4 and 5");
+
+constexpr int32_t comparedFields = 3;
+constexpr int32_t tieBreakOnRowIndex = 1;
+
+const void *rowPointer(const int32_t *record)
+{
+    const void *row;
+    std::memcpy(&row, record + rowPointerWord, sizeof row);
+    return row;
+}
+
+int compareRowIndices(const int32_t *first, const int32_t *second)
+{
+    const int32_t a = first[rowIndexWord];
+    const int32_t b = second[rowIndexWord];
+    return a > b ? 1 : (a < b ? -1 : 0);
+}
+
+// Lexicographic over the compared fields; a pair that is unordered (a NaN
+// on either side) counts as smaller, like a strict "less".
+template <class T>
+int compareRows(const void *firstRecord, const void *secondRecord)
+{
+    const auto *first = static_cast<const int32_t *>(firstRecord);
+    const auto *second = static_cast<const int32_t *>(secondRecord);
+    const T *firstRow = static_cast<const T *>(rowPointer(first));
+    const T *secondRow = static_cast<const T *>(rowPointer(second));
+    const int32_t firstCount = first[comparedFieldsWord];
+    const int32_t secondCount = second[comparedFieldsWord];
+    const int32_t shared = firstCount < secondCount ? firstCount : secondCount;
+    for (int32_t field = 0; field < shared; ++field) {
+        const T a = firstRow[field * first[fieldStrideWord]];
+        const T b = secondRow[field * second[fieldStrideWord]];
+        if (a > b) {
+            return 1;
+        }
+        if (!(a == b)) {
+            return -1;
+        }
+    }
+    if (firstCount != secondCount) {
+        return firstCount > secondCount ? 1 : -1;
+    }
+    return first[tieBreakWord] == tieBreakOnRowIndex ? compareRowIndices(first, second) : 0;
+}
+
+using Comparison = int (*)(const void *, const void *);
+
+struct RowType {
+    int32_t elementSize;
+    Comparison compare;
+};
+
+RowType rowType(int32_t typeCode)
+{
+    switch (typeCode) {
+    case typeDouble: return {8, compareRows<double>};
+    case typeSingle: return {4, compareRows<float>};
+    case typeInt8: return {1, compareRows<int8_t>};
+    case typeUInt8: return {1, compareRows<uint8_t>};
+    case typeInt16: return {2, compareRows<int16_t>};
+    case typeUInt16: return {2, compareRows<uint16_t>};
+    case typeInt32: return {4, compareRows<int32_t>};
+    case typeUInt32: return {4, compareRows<uint32_t>};
+    default: return {0, nullptr};
+    }
+}
+
+} // namespace
+
+void sortRows(const void *matrix, int32_t numRows, int32_t typeCode, int32_t *sortRecords)
+{
+    const RowType type = rowType(typeCode);
+    for (int32_t row = 0; row < numRows; ++row) {
+        int32_t *record = sortRecords + row * sortRecordWords;
+        const void *first = matrix == nullptr ? nullptr : static_cast<const char *>(matrix) + row * type.elementSize;
+        record[comparedFieldsWord] = comparedFields;
+        record[fieldStrideWord] = numRows;
+        record[tieBreakWord] = tieBreakOnRowIndex;
+        record[rowIndexWord] = row;
+        record[rowPointerWord] = 0;
+        record[rowPointerWord + 1] = 0;
+        std::memcpy(record + rowPointerWord, &first, sizeof first);
+    }
+    if (type.compare != nullptr && numRows > 0) {
+        std::qsort(sortRecords, static_cast<size_t>(numRows), sortRecordWords * sizeof(int32_t), type.compare);
+    }
+}
+
+} // namespace ornex::draw
+
+extern "C" void ORNEX_SortRows(const void *matrix, int32_t numRows, int32_t typeCode, int32_t *sortRecords)
+{
+    ornex::draw::sortRows(matrix, numRows, typeCode, sortRecords);
+}
