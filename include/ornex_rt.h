@@ -498,6 +498,59 @@ ORNEX_API void ORNEX_FillPolygon_InterpFix_RGB_I16(int16_t *red, const int16_t *
 ORNEX_API void ORNEX_FillPolygon_InterpFix_RGB_Bool(uint8_t *red, const uint8_t *fillValue, int32_t startIndex, int16_t opacity, uint8_t *green, uint8_t *blue, int32_t firstRow, int32_t lastRow);
 ORNEX_API int32_t ORNEX_GetIntCoordinates(const void *source, int32_t typeCode, int32_t *destination, int32_t count, int32_t block);
 
+/* ------------------------------------------------------------------------
+ * Geometric transforms: subdivided projective warp
+ *
+ * Warps a column-major source (inRows x inCols per plane) onto an output
+ * buffer (outRows x outCols per plane) through a projective transform. The
+ * source region is cut into (D + 1) x (D + 1) cells; each cell's corners are
+ * mapped into the output, rounded half away from zero, and the mapped
+ * quadrilateral is filled column by column (one span per column, ends
+ * included); each output pixel samples the source at its inverse-mapped
+ * position, divided exactly (exact != 0) or on a quadratic through the ends
+ * and the middle of the span (two additions per coordinate and pixel).
+ * Output pixel (r, c) is element (c - outColFirst)*outRows - outRowFirst + r
+ * of each output plane; only pixels inside the window outRowFirst ..
+ * outRowLast, outColFirst .. outColLast are written. Sample positions are
+ * clamped to [rowLowerBound, inRows - 1] and [colLowerBound, inCols - 1]
+ * (lower bound tested first; NaN passes). method: 1 nearest neighbour, 2
+ * bilinear, others bicubic. threePlanes: three separate planes in and out;
+ * otherwise numPlanes planes in plane 0 at strides inRows*inCols and
+ * outRows*outCols. edgeBuffer: 64 int32, sortScratch: 24 int32 of scratch.
+ * A block is 18 values, two column-order 3x3 matrices on [x y 1] (x the
+ * column): p = x m0 + y m1 + m2 (column), q = x m3 + y m4 + m5 (row),
+ * w = x m6 + y m7 + m8.
+ *
+ * ORNEX_DivideRectXform_*: cells of the image (or, with useRect, of rows
+ * rect[0] .. rect[2] - 1 and columns rect[1] .. rect[3] - 1: the third and
+ * fourth values are limits, not sizes), corners through block[0..8],
+ * samples through block[9..17]; nothing when D < 0. Returns 1.
+ * ORNEX_DivideQuadXform_*: cells of the quadrilateral quad (four (row,
+ * column) corners), corners through block[9..17], samples through
+ * block[0..8] (the order of the last 18 values of the quadrilateral-to-
+ * quadrilateral block), lower bounds 0. Returns 0 at the first cell whose
+ * corners are collinear (cells drawn so far stay), else 1.
+ * ORNEX_XformOneSubdivision_*: one cell with output corners (numValues 8).
+ * ORNEX_ProjComputeOutPixel_*: rows spanStart .. spanEnd of one column.
+ * ORNEX_GetInPtsFrmOutPts_*: q, p and w of the point (column, row).
+ * ORNEX_FillBackgroundValues_*: plane k gets background[k] (threePlanes: the
+ * three planes, background[0..2]); with oneValueForAll every plane gets
+ * background[0]. Zero backgrounds of the one-value and the three-plane
+ * forms are written as zero bytes.
+ * ---------------------------------------------------------------------- */
+ORNEX_API int32_t ORNEX_DivideRectXform_D(int32_t *edgeBuffer, const int32_t *rect, int32_t *sortScratch, double *out0, double *out1, double *out2, int32_t outRowFirst, int32_t outRowLast, int32_t outColFirst, int32_t outColLast, int32_t inRows, uint8_t threePlanes, const double *block, const double *in0, const double *in1, const double *in2, uint8_t exact, int32_t outRows, int32_t outCols, int32_t inCols, int32_t method, int32_t rowLowerBound, int32_t colLowerBound, int32_t numDivisions, uint8_t useRect, int32_t numPlanes);
+ORNEX_API int32_t ORNEX_DivideRectXform_R(int32_t *edgeBuffer, const int32_t *rect, int32_t *sortScratch, float *out0, float *out1, float *out2, int32_t outRowFirst, int32_t outRowLast, int32_t outColFirst, int32_t outColLast, int32_t inRows, uint8_t threePlanes, const float *block, const float *in0, const float *in1, const float *in2, uint8_t exact, int32_t outRows, int32_t outCols, int32_t inCols, int32_t method, int32_t rowLowerBound, int32_t colLowerBound, int32_t numDivisions, uint8_t useRect, int32_t numPlanes);
+ORNEX_API int32_t ORNEX_DivideQuadXform_D(int32_t *edgeBuffer, const int32_t *quad, int32_t *sortScratch, double *out0, double *out1, double *out2, int32_t outRowFirst, int32_t outRowLast, int32_t outColFirst, int32_t outColLast, int32_t inRows, uint8_t threePlanes, const double *block, const double *in0, const double *in1, const double *in2, uint8_t exact, int32_t outRows, int32_t outCols, int32_t inCols, int32_t method, int32_t numDivisions, int32_t numPlanes);
+ORNEX_API int32_t ORNEX_DivideQuadXform_R(int32_t *edgeBuffer, const int32_t *quad, int32_t *sortScratch, float *out0, float *out1, float *out2, int32_t outRowFirst, int32_t outRowLast, int32_t outColFirst, int32_t outColLast, int32_t inRows, uint8_t threePlanes, const float *block, const float *in0, const float *in1, const float *in2, uint8_t exact, int32_t outRows, int32_t outCols, int32_t inCols, int32_t method, int32_t numDivisions, int32_t numPlanes);
+ORNEX_API void ORNEX_XformOneSubdivision_D(int32_t *edgeBuffer, int32_t numValues, const int32_t *corners, int32_t *sortScratch, double *out0, double *out1, double *out2, int32_t outRowFirst, int32_t outRowLast, int32_t outColFirst, int32_t outColLast, int32_t inRows, uint8_t threePlanes, const double *matrix, const double *in0, const double *in1, const double *in2, uint8_t exact, int32_t outRows, int32_t outCols, int32_t inCols, int32_t method, int32_t rowLowerBound, int32_t colLowerBound, int32_t numPlanes);
+ORNEX_API void ORNEX_XformOneSubdivision_R(int32_t *edgeBuffer, int32_t numValues, const int32_t *corners, int32_t *sortScratch, float *out0, float *out1, float *out2, int32_t outRowFirst, int32_t outRowLast, int32_t outColFirst, int32_t outColLast, int32_t inRows, uint8_t threePlanes, const float *matrix, const float *in0, const float *in1, const float *in2, uint8_t exact, int32_t outRows, int32_t outCols, int32_t inCols, int32_t method, int32_t rowLowerBound, int32_t colLowerBound, int32_t numPlanes);
+ORNEX_API void ORNEX_ProjComputeOutPixel_D(double *out0, double *out1, double *out2, int32_t column, int32_t outRowFirst, int32_t outRowLast, int32_t outColFirst, int32_t outColLast, int32_t spanStart, int32_t spanEnd, int32_t inRows, uint8_t threePlanes, const double *in0, const double *in1, const double *in2, const double *matrix, int32_t inCols, int32_t outRows, int32_t outCols, int32_t method, uint8_t exact, int32_t rowLowerBound, int32_t colLowerBound, int32_t numPlanes);
+ORNEX_API void ORNEX_ProjComputeOutPixel_R(float *out0, float *out1, float *out2, int32_t column, int32_t outRowFirst, int32_t outRowLast, int32_t outColFirst, int32_t outColLast, int32_t spanStart, int32_t spanEnd, int32_t inRows, uint8_t threePlanes, const float *in0, const float *in1, const float *in2, const float *matrix, int32_t inCols, int32_t outRows, int32_t outCols, int32_t method, uint8_t exact, int32_t rowLowerBound, int32_t colLowerBound, int32_t numPlanes);
+ORNEX_API void ORNEX_GetInPtsFrmOutPts_D(int32_t row, int32_t column, const double *matrix, double *q, double *p, double *w);
+ORNEX_API void ORNEX_GetInPtsFrmOutPts_R(int32_t row, int32_t column, const float *matrix, float *q, float *p, float *w);
+ORNEX_API void ORNEX_FillBackgroundValues_D(const double *background, double *out0, double *out1, double *out2, int32_t outRows, int32_t outCols, uint8_t threePlanes, uint8_t oneValueForAll, int32_t numPlanes);
+ORNEX_API void ORNEX_FillBackgroundValues_R(const float *background, float *out0, float *out1, float *out2, int32_t outRows, int32_t outCols, uint8_t threePlanes, uint8_t oneValueForAll, int32_t numPlanes);
+
 #ifdef __cplusplus
 }
 #endif

@@ -1,0 +1,178 @@
+// Gathered interpolation runs for the projective warp, built with -mavx2
+// only: no FMA, so every lane rounds as the scalar kernels do. Nothing here
+// may call an inline function shared with the baseline build.
+#include "geometry/sample_runs.hpp"
+
+#include <immintrin.h>
+
+// The gather intrinsics start from an undefined register that GCC 12 then
+// reports as possibly uninitialised.
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+
+namespace ornex::geometry::avx2 {
+namespace {
+
+struct SingleLanes {
+    using Real = float;
+    using Values = __m256;
+    using Indices = __m256i;
+    static constexpr int width = 8;
+
+    static Values load(const float *p) { return _mm256_loadu_ps(p); }
+    static void store(float *p, Values v) { _mm256_storeu_ps(p, v); }
+    static Values all(float v) { return _mm256_set1_ps(v); }
+    static Values negate(Values v) { return _mm256_xor_ps(v, _mm256_set1_ps(-0.0f)); }
+    static Indices truncate(Values v) { return _mm256_cvttps_epi32(v); }
+    static Values toReal(Indices i) { return _mm256_cvtepi32_ps(i); }
+    static Indices allIndices(int32_t v) { return _mm256_set1_epi32(v); }
+    static Indices add(Indices a, Indices b) { return _mm256_add_epi32(a, b); }
+    static Indices smaller(Indices a, Indices b) { return _mm256_min_epi32(a, b); }
+    static Indices multiply(Indices a, Indices b) { return _mm256_mullo_epi32(a, b); }
+    static Values gather(const float *base, Indices i) { return _mm256_i32gather_ps(base, i, 4); }
+    // Whether lo <= i <= hi in every lane.
+    static bool allWithin(Indices i, int32_t lo, int32_t hi)
+    {
+        const __m256i below = _mm256_cmpgt_epi32(_mm256_set1_epi32(lo), i);
+        const __m256i above = _mm256_cmpgt_epi32(i, _mm256_set1_epi32(hi));
+        return _mm256_testz_si256(_mm256_or_si256(below, above), _mm256_or_si256(below, above));
+    }
+    // Whether no lane holds a whole number equal to its truncation.
+    static bool noneExact(Values v, Indices i)
+    {
+        return _mm256_movemask_ps(_mm256_cmp_ps(v, toReal(i), _CMP_EQ_OQ)) == 0;
+    }
+};
+
+struct DoubleLanes {
+    using Real = double;
+    using Values = __m256d;
+    using Indices = __m128i;
+    static constexpr int width = 4;
+
+    static Values load(const double *p) { return _mm256_loadu_pd(p); }
+    static void store(double *p, Values v) { _mm256_storeu_pd(p, v); }
+    static Values all(double v) { return _mm256_set1_pd(v); }
+    static Values negate(Values v) { return _mm256_xor_pd(v, _mm256_set1_pd(-0.0)); }
+    static Indices truncate(Values v) { return _mm256_cvttpd_epi32(v); }
+    static Values toReal(Indices i) { return _mm256_cvtepi32_pd(i); }
+    static Indices allIndices(int32_t v) { return _mm_set1_epi32(v); }
+    static Indices add(Indices a, Indices b) { return _mm_add_epi32(a, b); }
+    static Indices smaller(Indices a, Indices b) { return _mm_min_epi32(a, b); }
+    static Indices multiply(Indices a, Indices b) { return _mm_mullo_epi32(a, b); }
+    static Values gather(const double *base, Indices i) { return _mm256_i32gather_pd(base, i, 8); }
+    static bool allWithin(Indices i, int32_t lo, int32_t hi)
+    {
+        const __m128i below = _mm_cmpgt_epi32(_mm_set1_epi32(lo), i);
+        const __m128i above = _mm_cmpgt_epi32(i, _mm_set1_epi32(hi));
+        return _mm_testz_si128(_mm_or_si128(below, above), _mm_or_si128(below, above));
+    }
+    static bool noneExact(Values v, Indices i)
+    {
+        return _mm256_movemask_pd(_mm256_cmp_pd(v, toReal(i), _CMP_EQ_OQ)) == 0;
+    }
+};
+
+// (s01 (1 - fy) + s11 fy) fx + (s00 (1 - fy) + s10 fy) (1 - fx), lanes
+// stopping at the first pack with a position left of or above the image.
+template <class L>
+int32_t bilinearLanes(const typename L::Real *plane, int32_t numRows, int32_t numCols,
+                      const typename L::Real *ys, const typename L::Real *xs, int32_t count,
+                      typename L::Real *destination)
+{
+    using V = typename L::Values;
+    const V one = L::all(1);
+    const auto lastRow = L::allIndices(numRows - 1), lastColumn = L::allIndices(numCols - 1);
+    const auto rows = L::allIndices(numRows), oneIndex = L::allIndices(1);
+    int32_t i = 0;
+    for (; i + L::width <= count; i += L::width) {
+        const V y = L::load(ys + i), x = L::load(xs + i);
+        const auto r0 = L::truncate(y), c0 = L::truncate(x);
+        if (!L::allWithin(r0, 0, numRows - 1) || !L::allWithin(c0, 0, numCols - 1)) {
+            break;
+        }
+        const auto r1 = L::smaller(L::add(r0, oneIndex), lastRow);
+        const auto c1 = L::smaller(L::add(c0, oneIndex), lastColumn);
+        const V fy = y - L::toReal(r0), fx = x - L::toReal(c0);
+        const auto nearColumn = L::multiply(c0, rows), farColumn = L::multiply(c1, rows);
+        const V s00 = L::gather(plane, L::add(r0, nearColumn)), s10 = L::gather(plane, L::add(r1, nearColumn));
+        const V s01 = L::gather(plane, L::add(r0, farColumn)), s11 = L::gather(plane, L::add(r1, farColumn));
+        L::store(destination + i, (s01 * (one - fy) + s11 * fy) * fx + (s00 * (one - fy) + s10 * fy) * (one - fx));
+    }
+    return i;
+}
+
+// Cubic convolution weights (a = -1) for taps -1, 0, 1, 2, in the scalar
+// kernel's evaluation order.
+template <class L>
+struct LaneWeights {
+    using V = typename L::Values;
+    V before, at, after, beyond;
+
+    static V nearWeight(V s) { return s * s * s - L::all(2) * s * s + L::all(1); }
+    static V farWeight(V s) { return L::negate(s) * s * s + L::all(5) * s * s - L::all(8) * s + L::all(4); }
+    explicit LaneWeights(V f)
+        : before(farWeight(L::all(1) + f)), at(nearWeight(f)), after(nearWeight(L::all(1) - f)),
+          beyond(farWeight(L::all(2) - f))
+    {
+    }
+    V blend(V v0, V v1, V v2, V v3) const { return v0 * before + v1 * at + v2 * after + v3 * beyond; }
+};
+
+// Only packs whose positions are all fractional and at least one tap away
+// from the first and the last two rows and columns: there both axes use
+// the four-tap stencil.
+template <class L>
+int32_t bicubicLanes(const typename L::Real *plane, int32_t numRows, int32_t numCols,
+                     const typename L::Real *ys, const typename L::Real *xs, int32_t count,
+                     typename L::Real *destination)
+{
+    using V = typename L::Values;
+    const auto rows = L::allIndices(numRows);
+    int32_t i = 0;
+    for (; i + L::width <= count; i += L::width) {
+        const V y = L::load(ys + i), x = L::load(xs + i);
+        const auto r = L::truncate(y), c = L::truncate(x);
+        if (!L::allWithin(r, 1, numRows - 3) || !L::allWithin(c, 1, numCols - 3) || !L::noneExact(y, r) ||
+            !L::noneExact(x, c)) {
+            break;
+        }
+        const LaneWeights<L> down(y - L::toReal(r)), across(x - L::toReal(c));
+        V columns[4];
+        for (int k = 0; k < 4; ++k) {
+            const auto top = L::add(L::multiply(L::add(c, L::allIndices(k - 1)), rows), r);
+            columns[k] = down.blend(L::gather(plane, L::add(top, L::allIndices(-1))), L::gather(plane, top),
+                                    L::gather(plane, L::add(top, L::allIndices(1))),
+                                    L::gather(plane, L::add(top, L::allIndices(2))));
+        }
+        L::store(destination + i, across.blend(columns[0], columns[1], columns[2], columns[3]));
+    }
+    return i;
+}
+
+} // namespace
+
+int32_t bilinearRun(const float *plane, int32_t numRows, int32_t numCols, const float *ys, const float *xs,
+                    int32_t count, float *destination)
+{
+    return bilinearLanes<SingleLanes>(plane, numRows, numCols, ys, xs, count, destination);
+}
+
+int32_t bilinearRun(const double *plane, int32_t numRows, int32_t numCols, const double *ys, const double *xs,
+                    int32_t count, double *destination)
+{
+    return bilinearLanes<DoubleLanes>(plane, numRows, numCols, ys, xs, count, destination);
+}
+
+int32_t bicubicRun(const float *plane, int32_t numRows, int32_t numCols, const float *ys, const float *xs,
+                   int32_t count, float *destination)
+{
+    return bicubicLanes<SingleLanes>(plane, numRows, numCols, ys, xs, count, destination);
+}
+
+int32_t bicubicRun(const double *plane, int32_t numRows, int32_t numCols, const double *ys, const double *xs,
+                   int32_t count, double *destination)
+{
+    return bicubicLanes<DoubleLanes>(plane, numRows, numCols, ys, xs, count, destination);
+}
+
+} // namespace ornex::geometry::avx2
