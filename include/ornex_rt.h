@@ -551,6 +551,83 @@ ORNEX_API void ORNEX_GetInPtsFrmOutPts_R(int32_t row, int32_t column, const floa
 ORNEX_API void ORNEX_FillBackgroundValues_D(const double *background, double *out0, double *out1, double *out2, int32_t outRows, int32_t outCols, uint8_t threePlanes, uint8_t oneValueForAll, int32_t numPlanes);
 ORNEX_API void ORNEX_FillBackgroundValues_R(const float *background, float *out0, float *out1, float *out2, int32_t outRows, int32_t outCols, uint8_t threePlanes, uint8_t oneValueForAll, int32_t numPlanes);
 
+/* ------------------------------------------------------------------------
+ * Circles: outline points and anti-aliased outlines
+ *
+ * ORNEX_Circle_SymOctantPts[_RGB]: the eight points (cr +- a, cc +- b) and
+ * (cr +- b, cc +- a) that one first-octant point stands for, each inside
+ * the clip rectangle getting a byte copy of elemSize bytes per plane (as
+ * ORNEX_Line_Bresenham writes them); coincident points are written again.
+ *
+ * Anti-aliased outlines walk one octant from (x0, y0) (offsets from the
+ * centre, x0 down the rows; a whole circle starts at x0 = 0, y0 = radius)
+ * with the midpoint rule. Each step blends the walked pixel and its
+ * neighbour across the exact circle (inward when the walked pixel is on or
+ * outside it, outward otherwise) into all eight octants: the pixel whose
+ * distance from the exact crossing is f keeps a share f of its background
+ * and adds (1 - f) of the colour. The start point is written with the full
+ * colour; an octant ending on the diagonal writes the four diagonal pixels
+ * with the larger of the two weights, replacing the background.
+ * _D/_R find the crossing with a square root; the integer members read it
+ * from sqrtTable (at least 3224 int16 entries, entry t =
+ * 4096 sqrt(1 - (t/4096)^2)) through ORNEX_DrawAACircle_Delta and blend in
+ * Q10 (1024 = 1): new = ((old * keep) >> 10) + term, stored truncated (no
+ * saturation). Intensity members draw numPlanes planes planeStride elements
+ * apart (with two numPlanes-value scratch arrays from the heap); RGB
+ * members three planes (no allocation).
+ * Kernels: ORNEX_AACircle_SymQuadPts*: the four points (cr +- a, cc +- b),
+ * or with a = 0 the four axis points at distance b, replaced by values.
+ * ORNEX_AACircle_SymOctantPts*: the eight points of (a, b) blended with
+ * keep w (flag set) or 1 - w and termsA, then those of the partner
+ * (b - 1 with flag set, b + 1 otherwise) with the other keep and termsB.
+ * ORNEX_DrawAACircle_Delta: Q10 distance from the exact crossing at row
+ * offset x up to the next whole pixel (1024, not 0, on a whole pixel);
+ * *flagOut = 1 when column offset y is on or outside the circle. r != 0.
+ * ---------------------------------------------------------------------- */
+ORNEX_API void ORNEX_Circle_SymOctantPts(void *dst, int32_t cr, int32_t cc, int32_t a, int32_t b, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, const void *value, int32_t elemSize, int32_t numRows, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_Circle_SymOctantPts_RGB(void *planeR, void *planeG, void *planeB, int32_t cr, int32_t cc, int32_t a, int32_t b, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, const void *value, int32_t elemSize, int32_t numRows);
+ORNEX_API void ORNEX_AACircle_SymQuadPtsI_D(double *dst, int32_t cr, int32_t cc, int32_t a, int32_t b, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const double *values, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_AACircle_SymQuadPtsI_R(float *dst, int32_t cr, int32_t cc, int32_t a, int32_t b, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const float *values, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_AACircle_SymQuadPtsI_UI8(uint8_t *dst, int32_t cr, int32_t cc, int32_t a, int32_t b, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const uint8_t *values, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_AACircle_SymQuadPtsI_I8(int8_t *dst, int32_t cr, int32_t cc, int32_t a, int32_t b, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const int8_t *values, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_AACircle_SymQuadPtsI_UI16(uint16_t *dst, int32_t cr, int32_t cc, int32_t a, int32_t b, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const uint16_t *values, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_AACircle_SymQuadPtsI_I16(int16_t *dst, int32_t cr, int32_t cc, int32_t a, int32_t b, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const int16_t *values, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_AACircle_SymQuadPtsI_UI32(uint32_t *dst, int32_t cr, int32_t cc, int32_t a, int32_t b, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const uint32_t *values, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_AACircle_SymQuadPtsI_I32(int32_t *dst, int32_t cr, int32_t cc, int32_t a, int32_t b, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const int32_t *values, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_AACircle_SymQuadPtsRGB_D(double *planeR, double *planeG, double *planeB, int32_t cr, int32_t cc, int32_t a, int32_t b, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, double valueR, double valueG, double valueB);
+ORNEX_API void ORNEX_AACircle_SymQuadPtsRGB_R(float *planeR, float *planeG, float *planeB, int32_t cr, int32_t cc, int32_t a, int32_t b, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, float valueR, float valueG, float valueB);
+ORNEX_API void ORNEX_AACircle_SymQuadPtsRGB_UI8(uint8_t *planeR, uint8_t *planeG, uint8_t *planeB, int32_t cr, int32_t cc, int32_t a, int32_t b, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, uint8_t valueR, uint8_t valueG, uint8_t valueB);
+ORNEX_API void ORNEX_AACircle_SymQuadPtsRGB_I8(int8_t *planeR, int8_t *planeG, int8_t *planeB, int32_t cr, int32_t cc, int32_t a, int32_t b, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int8_t valueR, int8_t valueG, int8_t valueB);
+ORNEX_API void ORNEX_AACircle_SymQuadPtsRGB_UI16(uint16_t *planeR, uint16_t *planeG, uint16_t *planeB, int32_t cr, int32_t cc, int32_t a, int32_t b, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, uint16_t valueR, uint16_t valueG, uint16_t valueB);
+ORNEX_API void ORNEX_AACircle_SymQuadPtsRGB_I16(int16_t *planeR, int16_t *planeG, int16_t *planeB, int32_t cr, int32_t cc, int32_t a, int32_t b, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int16_t valueR, int16_t valueG, int16_t valueB);
+ORNEX_API void ORNEX_AACircle_SymQuadPtsRGB_UI32(uint32_t *planeR, uint32_t *planeG, uint32_t *planeB, int32_t cr, int32_t cc, int32_t a, int32_t b, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, uint32_t valueR, uint32_t valueG, uint32_t valueB);
+ORNEX_API void ORNEX_AACircle_SymQuadPtsRGB_I32(int32_t *planeR, int32_t *planeG, int32_t *planeB, int32_t cr, int32_t cc, int32_t a, int32_t b, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t valueR, int32_t valueG, int32_t valueB);
+ORNEX_API void ORNEX_AACircle_SymOctantPtsI_D(double *dst, int32_t cr, int32_t cc, int32_t a, int32_t b, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const double *termsA, const double *termsB, double w, int32_t flag, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_AACircle_SymOctantPtsI_R(float *dst, int32_t cr, int32_t cc, int32_t a, int32_t b, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const float *termsA, const float *termsB, float w, int32_t flag, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_AACircle_SymOctantPtsI_UI8(uint8_t *dst, int32_t cr, int32_t cc, int32_t a, int32_t b, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const uint8_t *termsA, const uint8_t *termsB, uint32_t w, int32_t flag, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_AACircle_SymOctantPtsI_I8(int8_t *dst, int32_t cr, int32_t cc, int32_t a, int32_t b, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const int8_t *termsA, const int8_t *termsB, uint32_t w, int32_t flag, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_AACircle_SymOctantPtsI_UI16(uint16_t *dst, int32_t cr, int32_t cc, int32_t a, int32_t b, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const uint16_t *termsA, const uint16_t *termsB, uint32_t w, int32_t flag, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_AACircle_SymOctantPtsI_I16(int16_t *dst, int32_t cr, int32_t cc, int32_t a, int32_t b, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const int16_t *termsA, const int16_t *termsB, uint32_t w, int32_t flag, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_AACircle_SymOctantPtsRGB_D(double *planeR, double *planeG, double *planeB, int32_t cr, int32_t cc, int32_t a, int32_t b, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, double termAR, double termAG, double termAB, double termBR, double termBG, double termBB, double w, int32_t flag);
+ORNEX_API void ORNEX_AACircle_SymOctantPtsRGB_R(float *planeR, float *planeG, float *planeB, int32_t cr, int32_t cc, int32_t a, int32_t b, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, float termAR, float termAG, float termAB, float termBR, float termBG, float termBB, float w, int32_t flag);
+ORNEX_API void ORNEX_AACircle_SymOctantPtsRGB_UI8(uint8_t *planeR, uint8_t *planeG, uint8_t *planeB, int32_t cr, int32_t cc, int32_t a, int32_t b, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, uint8_t termAR, uint8_t termAG, uint8_t termAB, uint8_t termBR, uint8_t termBG, uint8_t termBB, uint32_t w, int32_t flag);
+ORNEX_API void ORNEX_AACircle_SymOctantPtsRGB_I8(int8_t *planeR, int8_t *planeG, int8_t *planeB, int32_t cr, int32_t cc, int32_t a, int32_t b, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int8_t termAR, int8_t termAG, int8_t termAB, int8_t termBR, int8_t termBG, int8_t termBB, uint32_t w, int32_t flag);
+ORNEX_API void ORNEX_AACircle_SymOctantPtsRGB_UI16(uint16_t *planeR, uint16_t *planeG, uint16_t *planeB, int32_t cr, int32_t cc, int32_t a, int32_t b, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, uint16_t termAR, uint16_t termAG, uint16_t termAB, uint16_t termBR, uint16_t termBG, uint16_t termBB, uint32_t w, int32_t flag);
+ORNEX_API void ORNEX_AACircle_SymOctantPtsRGB_I16(int16_t *planeR, int16_t *planeG, int16_t *planeB, int32_t cr, int32_t cc, int32_t a, int32_t b, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int16_t termAR, int16_t termAG, int16_t termAB, int16_t termBR, int16_t termBG, int16_t termBB, uint32_t w, int32_t flag);
+ORNEX_API int32_t ORNEX_DrawAACircle_Delta(int32_t x, int32_t y, int32_t r, const int16_t *sqrtTable, uint8_t *flagOut);
+ORNEX_API void ORNEX_Draw_AA_Circle_I_D(double *dst, const double *value, int32_t x0, int32_t y0, int32_t cr, int32_t cc, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t radius, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_Draw_AA_Circle_I_R(float *dst, const float *value, int32_t x0, int32_t y0, int32_t cr, int32_t cc, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t radius, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_Draw_AA_Circle_I_UI8(uint8_t *dst, const uint8_t *value, const int16_t *sqrtTable, int32_t x0, int32_t y0, int32_t cr, int32_t cc, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t radius, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_Draw_AA_Circle_I_I8(int8_t *dst, const int8_t *value, const int16_t *sqrtTable, int32_t x0, int32_t y0, int32_t cr, int32_t cc, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t radius, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_Draw_AA_Circle_I_UI16(uint16_t *dst, const uint16_t *value, const int16_t *sqrtTable, int32_t x0, int32_t y0, int32_t cr, int32_t cc, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t radius, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_Draw_AA_Circle_I_I16(int16_t *dst, const int16_t *value, const int16_t *sqrtTable, int32_t x0, int32_t y0, int32_t cr, int32_t cc, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t radius, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_Draw_AA_Circle_RGB_D(double *planeR, double *planeG, double *planeB, const double *value, int32_t x0, int32_t y0, int32_t cr, int32_t cc, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t radius);
+ORNEX_API void ORNEX_Draw_AA_Circle_RGB_R(float *planeR, float *planeG, float *planeB, const float *value, int32_t x0, int32_t y0, int32_t cr, int32_t cc, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t radius);
+ORNEX_API void ORNEX_Draw_AA_Circle_RGB_UI8(uint8_t *planeR, uint8_t *planeG, uint8_t *planeB, const uint8_t *value, const int16_t *sqrtTable, int32_t x0, int32_t y0, int32_t cr, int32_t cc, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t radius);
+ORNEX_API void ORNEX_Draw_AA_Circle_RGB_I8(int8_t *planeR, int8_t *planeG, int8_t *planeB, const int8_t *value, const int16_t *sqrtTable, int32_t x0, int32_t y0, int32_t cr, int32_t cc, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t radius);
+ORNEX_API void ORNEX_Draw_AA_Circle_RGB_UI16(uint16_t *planeR, uint16_t *planeG, uint16_t *planeB, const uint16_t *value, const int16_t *sqrtTable, int32_t x0, int32_t y0, int32_t cr, int32_t cc, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t radius);
+ORNEX_API void ORNEX_Draw_AA_Circle_RGB_I16(int16_t *planeR, int16_t *planeG, int16_t *planeB, const int16_t *value, const int16_t *sqrtTable, int32_t x0, int32_t y0, int32_t cr, int32_t cc, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t radius);
+
 #ifdef __cplusplus
 }
 #endif

@@ -36,17 +36,18 @@ std::vector<Polygon> randomPolygons()
     return polygons;
 }
 
-void fillUI8(benchmark::State &state, int16_t opacity)
+// One member of the polygon filler, filling every polygon with `fill`.
+template <class T, class Opacity, auto fillPolygon>
+void fillAll(benchmark::State &state, T fill, Opacity opacity)
 {
     const auto polygons = randomPolygons();
-    std::vector<uint8_t> image(size_t(side) * side, 0);
+    std::vector<T> image(size_t(side) * side, T(0));
     std::vector<int32_t> edgeBuffer(16 * vertexCount);
     std::vector<int32_t> sortRecords(6 * vertexCount);
-    const uint8_t fill = 255;
     for (auto _ : state) {
         for (const auto &p : polygons) {
-            ORNEX_FillOnePolygon_I_UI8(edgeBuffer.data(), numValues, p.data(), sortRecords.data(), image.data(), 0,
-                                       side - 1, 0, side - 1, side, &fill, opacity, 1, side * side);
+            fillPolygon(edgeBuffer.data(), numValues, p.data(), sortRecords.data(), image.data(), 0, side - 1, 0,
+                        side - 1, side, &fill, opacity, 1, side * side);
         }
         benchmark::DoNotOptimize(image.data());
         benchmark::ClobberMemory();
@@ -54,22 +55,14 @@ void fillUI8(benchmark::State &state, int16_t opacity)
     state.SetItemsProcessed(int64_t(state.iterations()) * polygonCount);
 }
 
+void fillUI8(benchmark::State &state, int16_t opacity)
+{
+    fillAll<uint8_t, int16_t, ORNEX_FillOnePolygon_I_UI8>(state, 255, opacity);
+}
+
 void fillD(benchmark::State &state, double opacity)
 {
-    const auto polygons = randomPolygons();
-    std::vector<double> image(size_t(side) * side, 0.0);
-    std::vector<int32_t> edgeBuffer(16 * vertexCount);
-    std::vector<int32_t> sortRecords(6 * vertexCount);
-    const double fill = 1.0;
-    for (auto _ : state) {
-        for (const auto &p : polygons) {
-            ORNEX_FillOnePolygon_I_D(edgeBuffer.data(), numValues, p.data(), sortRecords.data(), image.data(), 0,
-                                     side - 1, 0, side - 1, side, &fill, opacity, 1, side * side);
-        }
-        benchmark::DoNotOptimize(image.data());
-        benchmark::ClobberMemory();
-    }
-    state.SetItemsProcessed(int64_t(state.iterations()) * polygonCount);
+    fillAll<double, double, ORNEX_FillOnePolygon_I_D>(state, 1.0, opacity);
 }
 
 void BM_Polygons_UI8_Opaque(benchmark::State &state) { fillUI8(state, 1024); }

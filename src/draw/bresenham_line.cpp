@@ -5,61 +5,12 @@
 #include <cstring>
 #include <utility>
 
+#include "draw/byte_planes.hpp"
 #include "draw/clip_line.hpp"
 #include "frame/wrap_arithmetic.hpp"
 
 namespace ornex::draw {
 namespace {
-
-// Copies one element of `size` bytes; sizes known at compile time become a
-// single move.
-template <int fixedSize>
-void copyElement(uint8_t *destination, const uint8_t *source, int32_t size)
-{
-    if constexpr (fixedSize > 0) {
-        std::memcpy(destination, source, fixedSize);
-    } else {
-        std::memcpy(destination, source, static_cast<size_t>(size));
-    }
-}
-
-// Writes the value of every plane at one pixel of planes that lie a fixed
-// distance apart.
-template <int fixedSize>
-struct StridedPlanes {
-    uint8_t *first;
-    const uint8_t *value;
-    int32_t elemSize;
-    int32_t numPlanes;
-    ptrdiff_t planeStride; // bytes
-
-    void operator()(ptrdiff_t offset) const
-    {
-        uint8_t *pixel = first + offset;
-        const uint8_t *source = value;
-        for (int32_t k = 0; k < numPlanes; ++k) {
-            copyElement<fixedSize>(pixel, source, elemSize);
-            pixel += planeStride;
-            source += elemSize;
-        }
-    }
-};
-
-template <int fixedSize>
-struct SeparatePlanes {
-    std::array<uint8_t *, 3> planes;
-    const uint8_t *value;
-    int32_t elemSize;
-
-    void operator()(ptrdiff_t offset) const
-    {
-        const uint8_t *source = value;
-        for (uint8_t *plane : planes) {
-            copyElement<fixedSize>(plane + offset, source, elemSize);
-            source += elemSize;
-        }
-    }
-};
 
 // The general case: `length` + 1 pixels along the major axis, the minor
 // coordinate stepping when the error reaches the major delta (exact halves
@@ -123,38 +74,14 @@ void walkLine(int32_t r1, int32_t c1, int32_t r2, int32_t c2, const int32_t rect
     }
 }
 
-// Runs the walk with a writer built for the element size: 1, 2, 4 and 8
-// bytes copy as single moves.
-template <template <int> class Writer, class... Fields>
-void walkWithElementSize(int32_t elemSize, int32_t r1, int32_t c1, int32_t r2, int32_t c2, const int32_t rect[4],
-                         ptrdiff_t rowStep, ptrdiff_t colStep, Fields... fields)
-{
-    switch (elemSize) {
-    case 1:
-        walkLine(r1, c1, r2, c2, rect, rowStep, colStep, Writer<1>{fields...});
-        break;
-    case 2:
-        walkLine(r1, c1, r2, c2, rect, rowStep, colStep, Writer<2>{fields...});
-        break;
-    case 4:
-        walkLine(r1, c1, r2, c2, rect, rowStep, colStep, Writer<4>{fields...});
-        break;
-    case 8:
-        walkLine(r1, c1, r2, c2, rect, rowStep, colStep, Writer<8>{fields...});
-        break;
-    default:
-        walkLine(r1, c1, r2, c2, rect, rowStep, colStep, Writer<0>{fields...});
-        break;
-    }
-}
-
 void bresenham(int32_t r1, int32_t c1, int32_t r2, int32_t c2, void *dst, int32_t numRows, const void *value,
                int32_t elemSize, const int32_t rect[4], int32_t numPlanes, int32_t planeStride)
 {
     const ptrdiff_t rowStep = elemSize;
-    walkWithElementSize<StridedPlanes>(elemSize, r1, c1, r2, c2, rect, rowStep, rowStep * numRows,
-                                       static_cast<uint8_t *>(dst), static_cast<const uint8_t *>(value), elemSize,
-                                       numPlanes, rowStep * planeStride);
+    withByteWriter<StridedPlanes>(
+        elemSize, [&](const auto &write) { walkLine(r1, c1, r2, c2, rect, rowStep, rowStep * numRows, write); },
+        static_cast<uint8_t *>(dst), static_cast<const uint8_t *>(value), elemSize, numPlanes,
+        rowStep * planeStride);
 }
 
 void bresenhamRgb(int32_t r1, int32_t c1, int32_t r2, int32_t c2, void *planeR, void *planeG, void *planeB,
@@ -163,8 +90,9 @@ void bresenhamRgb(int32_t r1, int32_t c1, int32_t r2, int32_t c2, void *planeR, 
     const ptrdiff_t rowStep = elemSize;
     const std::array<uint8_t *, 3> planes{static_cast<uint8_t *>(planeR), static_cast<uint8_t *>(planeG),
                                           static_cast<uint8_t *>(planeB)};
-    walkWithElementSize<SeparatePlanes>(elemSize, r1, c1, r2, c2, rect, rowStep, rowStep * numRows, planes,
-                                        static_cast<const uint8_t *>(value), elemSize);
+    withByteWriter<SeparatePlanes>(
+        elemSize, [&](const auto &write) { walkLine(r1, c1, r2, c2, rect, rowStep, rowStep * numRows, write); },
+        planes, static_cast<const uint8_t *>(value), elemSize);
 }
 
 } // namespace
