@@ -37,6 +37,8 @@ loop = time.perf_counter() - start
 print(f"OpenCV {cv2.__version__} fillPoly: {best * 1000:.2f} ms per 1,000 polygons "
       f"({count / best / 1000:.0f}k polygons/s; the Python loop alone {loop * 1000:.3f} ms)")
 PY
-"$build/bench/draw_polygon_fill_bench" --benchmark_min_time=1 2>/dev/null |
-  awk '/Polygons/ {rate = $NF; sub(/items_per_second=/, "", rate); sub(/\/s$/, "", rate);
-       printf "ornex_rt %s: %s %s per 1,000 polygons (%s polygons/s)\n", $1, $2, $3, rate}'
+"$build/bench/draw_polygon_fill_bench" --benchmark_repetitions=5 --benchmark_format=csv 2>/dev/null |
+  awk -F, 'NR > 1 && $1 ~ /Polygons/ && $1 !~ /_(mean|median|stddev|cv)"$/ {gsub(/"/, "", $1);
+           if (!($1 in best) || $3 < best[$1]) {best[$1] = $3; rate[$1] = $7}}
+           END {for (name in best) printf "ornex_rt %s: %.2f ms per 1,000 polygons (%.0fk polygons/s)\n",
+                name, best[name], rate[name] / 1000}' | sort
