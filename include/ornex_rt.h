@@ -628,6 +628,65 @@ ORNEX_API void ORNEX_Draw_AA_Circle_RGB_I8(int8_t *planeR, int8_t *planeG, int8_
 ORNEX_API void ORNEX_Draw_AA_Circle_RGB_UI16(uint16_t *planeR, uint16_t *planeG, uint16_t *planeB, const uint16_t *value, const int16_t *sqrtTable, int32_t x0, int32_t y0, int32_t cr, int32_t cc, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t radius);
 ORNEX_API void ORNEX_Draw_AA_Circle_RGB_I16(int16_t *planeR, int16_t *planeG, int16_t *planeB, const int16_t *value, const int16_t *sqrtTable, int32_t x0, int32_t y0, int32_t cr, int32_t cc, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t radius);
 
+/* ------------------------------------------------------------------------
+ * Text: glyph blending, number formatting, value conversion
+ *
+ * ORNEX_DrawText_*: blends one glyph bitmap (glyphWidth x glyphHeight
+ * bytes, row-major, 0 empty .. 255 full) into a double or single image of
+ * numRows x numCols (intensity: one plane; RGB: three). Glyph column c, row
+ * r lands on image column x + xOffset + c, row y - yOffset + r; transposed,
+ * on column y - yOffset + r, row x + xOffset + c. Pixels outside the image
+ * are skipped; a zero glyph byte leaves its pixel alone. With a = byte/255:
+ * _AA value = colour where a = 1, else a (colour - old) + old; plain
+ * members value = colour. With the opacity o: new = value when o >= 1,
+ * else (1 - o) old + value o. Single members round every step to single.
+ * colour (one or three values) and opacity point to values of the image's
+ * type. ORNEX_GetDrawTextFcn_I / _RGB: the blender for a type code (0
+ * double, 1 single; null for the integer and logical codes 2..8 and for
+ * codes or switches out of range), plain (0) or anti-aliased (1).
+ *
+ * ORNEX_snprintf: text mode (isText): for type code 3 the characters in
+ * values, ended at index valueLimit - 1, formatted with format (no size
+ * limit); other codes copy format. Number mode: format without '%' is
+ * copied (no size limit); otherwise the text before the first '%', then
+ * each piece from one '%' to the next formatted with the next value
+ * (widened: single to double, smaller integers and logical to int), values
+ * 0 .. valueLimit; "%%" writes '%' and takes no value; a count conversion
+ * (%n) writes nothing and takes a value's place. At most destinationSize
+ * bytes; a piece that does not fit, or fills the room exactly, ends the
+ * output (always terminated). format is cut in place while a piece is
+ * formatted and always restored. Nothing happens for null destination,
+ * format or values or a type code above 8. ORNEX_snprintf_wrapper forwards.
+ * ORNEX_DrawText_copyDT1ToUint32 (codes 0..7; floating values truncated
+ * through a 64-bit integer, low 32 bits kept) and _copyDT1ToInt32 (codes
+ * 0..8, from source[startIndex]; floating values truncated, INT32_MIN when
+ * out of range): integers are sign- or zero-extended.
+ * ORNEX_DrawText_SatFltpt*: copies values (code 0 double, 1 single) clamped
+ * to [0, 1], NaN kept. The no* functions do nothing. ORNEX_strlen: bytes
+ * before the terminating zero.
+ * ---------------------------------------------------------------------- */
+typedef int32_t (*ORNEX_DrawTextFcn_I)(const uint8_t *glyph, int32_t x, int32_t y, int32_t xOffset, int32_t yOffset, uint16_t glyphWidth, uint16_t glyphHeight, int32_t numCols, int32_t numRows, void *image, const void *colour, const void *opacity, uint8_t transposed);
+typedef int32_t (*ORNEX_DrawTextFcn_RGB)(const uint8_t *glyph, int32_t x, int32_t y, int32_t xOffset, int32_t yOffset, uint16_t glyphWidth, uint16_t glyphHeight, int32_t numCols, int32_t numRows, void *red, void *green, void *blue, const void *colour, const void *opacity, uint8_t transposed);
+ORNEX_API int32_t ORNEX_DrawText_I_double_AA(const uint8_t *glyph, int32_t x, int32_t y, int32_t xOffset, int32_t yOffset, uint16_t glyphWidth, uint16_t glyphHeight, int32_t numCols, int32_t numRows, void *image, const void *colour, const void *opacity, uint8_t transposed);
+ORNEX_API int32_t ORNEX_DrawText_I_double(const uint8_t *glyph, int32_t x, int32_t y, int32_t xOffset, int32_t yOffset, uint16_t glyphWidth, uint16_t glyphHeight, int32_t numCols, int32_t numRows, void *image, const void *colour, const void *opacity, uint8_t transposed);
+ORNEX_API int32_t ORNEX_DrawText_I_single_AA(const uint8_t *glyph, int32_t x, int32_t y, int32_t xOffset, int32_t yOffset, uint16_t glyphWidth, uint16_t glyphHeight, int32_t numCols, int32_t numRows, void *image, const void *colour, const void *opacity, uint8_t transposed);
+ORNEX_API int32_t ORNEX_DrawText_I_single(const uint8_t *glyph, int32_t x, int32_t y, int32_t xOffset, int32_t yOffset, uint16_t glyphWidth, uint16_t glyphHeight, int32_t numCols, int32_t numRows, void *image, const void *colour, const void *opacity, uint8_t transposed);
+ORNEX_API int32_t ORNEX_DrawText_RGB_double_AA(const uint8_t *glyph, int32_t x, int32_t y, int32_t xOffset, int32_t yOffset, uint16_t glyphWidth, uint16_t glyphHeight, int32_t numCols, int32_t numRows, void *red, void *green, void *blue, const void *colour, const void *opacity, uint8_t transposed);
+ORNEX_API int32_t ORNEX_DrawText_RGB_double(const uint8_t *glyph, int32_t x, int32_t y, int32_t xOffset, int32_t yOffset, uint16_t glyphWidth, uint16_t glyphHeight, int32_t numCols, int32_t numRows, void *red, void *green, void *blue, const void *colour, const void *opacity, uint8_t transposed);
+ORNEX_API int32_t ORNEX_DrawText_RGB_single_AA(const uint8_t *glyph, int32_t x, int32_t y, int32_t xOffset, int32_t yOffset, uint16_t glyphWidth, uint16_t glyphHeight, int32_t numCols, int32_t numRows, void *red, void *green, void *blue, const void *colour, const void *opacity, uint8_t transposed);
+ORNEX_API int32_t ORNEX_DrawText_RGB_single(const uint8_t *glyph, int32_t x, int32_t y, int32_t xOffset, int32_t yOffset, uint16_t glyphWidth, uint16_t glyphHeight, int32_t numCols, int32_t numRows, void *red, void *green, void *blue, const void *colour, const void *opacity, uint8_t transposed);
+ORNEX_API ORNEX_DrawTextFcn_I ORNEX_GetDrawTextFcn_I(int32_t typeCode, uint8_t antiAliased);
+ORNEX_API ORNEX_DrawTextFcn_RGB ORNEX_GetDrawTextFcn_RGB(int32_t typeCode, uint8_t antiAliased);
+ORNEX_API int32_t ORNEX_snprintf(char *destination, char *format, void *values, int32_t valueLimit, int32_t typeCode, uint8_t isText, int32_t destinationSize);
+ORNEX_API int32_t ORNEX_snprintf_wrapper(char *destination, char *format, void *values, int32_t valueLimit, int32_t typeCode, uint8_t isText, int32_t destinationSize);
+ORNEX_API void ORNEX_DrawText_copyDT1ToUint32(int32_t typeCode, int32_t count, const void *source, uint32_t *destination);
+ORNEX_API void ORNEX_DrawText_copyDT1ToInt32(int32_t typeCode, int32_t count, const void *source, int32_t *destination, int32_t startIndex);
+ORNEX_API void ORNEX_DrawText_noCopyNeeded(void);
+ORNEX_API void ORNEX_DrawText_SatFltptRGBVals(int32_t typeCode, const void *source, void *destination);
+ORNEX_API void ORNEX_DrawText_SatFltptIntensityVals(int32_t typeCode, const void *source, void *destination, int32_t count);
+ORNEX_API void ORNEX_DrawText_noFltSaturationNeeded(void);
+ORNEX_API int32_t ORNEX_strlen(const char *text);
+
 #ifdef __cplusplus
 }
 #endif
