@@ -6,6 +6,8 @@ install(TARGETS ornex_rt EXPORT ornex_rtTargets
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
   PUBLIC_HEADER DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/ornex DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+
 set(ornex_cmake_dir ${CMAKE_INSTALL_LIBDIR}/cmake/ornex_rt)
 install(EXPORT ornex_rtTargets
   NAMESPACE ornex::

@@ -1,0 +1,7 @@
+#pragma once
+
+#include "ornex/image.hpp"
+#include "ornex_rt.h"
+
+namespace ornex {
+} // namespace ornex
