@@ -1,9 +1,10 @@
 #!/bin/sh
-# check_install.sh CMAKE BUILD_DIR SCRATCH CONSUMER_DIR README CC CFLAGS PKG_CONFIG
+# check_install.sh CMAKE BUILD_DIR SCRATCH CONSUMER_DIR README CC CFLAGS PKG_CONFIG CXX
 # Installs the build into a scratch prefix and builds the README's C example
-# against it, once through find_package and once through pkg-config.
+# against it, once through find_package and once through pkg-config, and the
+# README's C++ example through pkg-config.
 set -eu
-cmake=$1 build=$2 scratch=$3 consumer=$4 readme=$5 cc=$6 cflags=$7 pkgconfig=$8
+cmake=$1 build=$2 scratch=$3 consumer=$4 readme=$5 cc=$6 cflags=$7 pkgconfig=$8 cxx=$9
 prefix=$scratch/prefix
 
 rm -rf "$scratch"
@@ -36,3 +37,15 @@ export PKG_CONFIG_PATH
 # shellcheck disable=SC2046,SC2086
 "$cc" $cflags -Werror -Wall "$example" $("$pkgconfig" --cflags --libs ornex_rt) -o "$scratch/by-pkg-config"
 check_output "$scratch/by-pkg-config" pkg-config
+
+example_cpp=$scratch/readme_example.cpp
+sed -n '/^```cpp$/,/^```$/p' "$readme" | sed '1d;$d' > "$example_cpp"
+[ -s "$example_cpp" ] || { echo "no C++ example in $readme"; exit 1; }
+# shellcheck disable=SC2046,SC2086
+"$cxx" -std=c++20 $cflags -Werror -Wall "$example_cpp" $("$pkgconfig" --cflags --libs ornex_rt) -o "$scratch/cpp-example"
+output=$("$scratch/cpp-example")
+echo "C++ example: $output"
+case $output in
+  [1-9]*" edge pixels; strongest line ("*", "*") to ("*", "*")") ;;
+  *) echo "unexpected output from the C++ example"; exit 1 ;;
+esac
