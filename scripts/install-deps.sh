@@ -9,6 +9,7 @@ packages=(
   googletest libgtest-dev libbenchmark-dev
   gcc-multilib g++-multilib
   g++-mingw-w64-i686-win32
+  libpng-dev libfreetype-dev fonts-dejavu-core
   "$@"
 )
 
