@@ -9,7 +9,7 @@
 
 namespace ornex::tool {
 
-Arguments::Arguments(const std::vector<std::string> &words, const std::vector<OptionSpec> &options)
+Arguments::Arguments(const std::vector<std::string> &words, const std::vector<Option> &options)
 {
     for (size_t k = 0; k < words.size(); ++k) {
         const std::string &word = words[k];
@@ -18,16 +18,16 @@ Arguments::Arguments(const std::vector<std::string> &words, const std::vector<Op
             continue;
         }
         const std::string name = word.substr(2);
-        const OptionSpec *spec = nullptr;
-        for (const OptionSpec &option : options) {
+        const Option *known = nullptr;
+        for (const Option &option : options) {
             if (option.name == name) {
-                spec = &option;
+                known = &option;
             }
         }
-        if (spec == nullptr) {
+        if (known == nullptr) {
             throw ToolError("unknown option '" + word + "'");
         }
-        if (!spec->takesValue) {
+        if (!known->takesValue) {
             values_[name] = "";
         } else if (k + 1 < words.size()) {
             values_[name] = words[++k];
@@ -94,13 +94,13 @@ std::vector<double> Arguments::numbers(const std::string &name, size_t count) co
     return values;
 }
 
-std::string usage(const std::string &synopsis, const std::string &description, const std::vector<OptionSpec> &options)
+std::string usage(const std::string &synopsis, const std::string &description, const std::vector<Option> &options)
 {
     std::string text = "usage: " + synopsis + "\n" + description + "\n";
     if (!options.empty()) {
         text += "options:\n";
     }
-    for (const OptionSpec &option : options) {
+    for (const Option &option : options) {
         std::string left = "  --" + option.name + (option.takesValue ? " VALUE" : "");
         left.resize(std::max<size_t>(left.size() + 2, 28), ' ');
         text += left + option.help + "\n";

@@ -8,7 +8,7 @@
 namespace ornex::tool {
 
 // The options one command accepts: "--name value" or a bare "--name" flag.
-struct OptionSpec {
+struct Option {
     std::string name;
     bool takesValue;
     std::string help;
@@ -18,7 +18,7 @@ struct OptionSpec {
 // anything else is a ToolError naming the argument.
 class Arguments {
 public:
-    Arguments(const std::vector<std::string> &words, const std::vector<OptionSpec> &options);
+    Arguments(const std::vector<std::string> &words, const std::vector<Option> &options);
 
     const std::vector<std::string> &positional() const { return positional_; }
     bool has(const std::string &name) const { return values_.count(name) != 0; }
@@ -39,6 +39,6 @@ double parseNumber(const std::string &text, const std::string &what);
 
 // The usage text of a command: its synopsis, a line of description and one
 // line per option.
-std::string usage(const std::string &synopsis, const std::string &description, const std::vector<OptionSpec> &options);
+std::string usage(const std::string &synopsis, const std::string &description, const std::vector<Option> &options);
 
 } // namespace ornex::tool

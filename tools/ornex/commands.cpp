@@ -17,7 +17,7 @@ namespace {
 
 // Parses a command's words; prints its usage and returns nothing for --help.
 std::optional<Arguments> parse(const std::vector<std::string> &words, const std::string &synopsis,
-                               const std::string &description, std::vector<OptionSpec> options,
+                               const std::string &description, std::vector<Option> options,
                                size_t positionalCount)
 {
     options.push_back({"help", false, "show this text"});
@@ -70,17 +70,17 @@ CannyOptions cannyOptions(const Arguments &arguments)
     return options;
 }
 
-const std::vector<OptionSpec> cannySpecs = {
+const std::vector<Option> cannyOptionList = {
     {"sigma", true, "width of the Gaussian (default 1.5)"},
     {"low", true, "low hysteresis threshold on 0..1 (default 0.08)"},
     {"high", true, "high hysteresis threshold on 0..1 (default 0.2)"},
     {"auto", true, "choose the thresholds so that this percentage of pixels is not an edge"},
 };
 
-std::vector<OptionSpec> with(std::vector<OptionSpec> specs, const std::vector<OptionSpec> &more)
+std::vector<Option> with(std::vector<Option> options, const std::vector<Option> &more)
 {
-    specs.insert(specs.end(), more.begin(), more.end());
-    return specs;
+    options.insert(options.end(), more.begin(), more.end());
+    return options;
 }
 
 } // namespace
@@ -89,7 +89,7 @@ int runEdges(const std::vector<std::string> &words)
 {
     const auto arguments = parse(words, "ornex edges INPUT OUTPUT [options]",
                                  "Canny edges of an image (colour images are averaged to grey), white on black.",
-                                 cannySpecs, 2);
+                                 cannyOptionList, 2);
     if (!arguments) {
         return 0;
     }
@@ -106,7 +106,7 @@ int runLines(const std::vector<std::string> &words)
         parse(words, "ornex lines INPUT OUTPUT [options]",
               "Finds the strongest straight lines (Canny edges, then the Hough transform) and draws them in red\n"
               "over the image; prints theta (degrees), rho and the end points of each.",
-              with(cannySpecs, {{"count", true, "how many lines (default 5)"},
+              with(cannyOptionList, {{"count", true, "how many lines (default 5)"},
                                 {"theta-step", true, "angle resolution in degrees, dividing 90 (default 1)"}}),
               2);
     if (!arguments) {

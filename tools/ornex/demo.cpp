@@ -69,7 +69,7 @@ public:
 
 int runDemo(const std::vector<std::string> &words)
 {
-    const std::vector<OptionSpec> options = {{"help", false, "show this text"}};
+    const std::vector<Option> options = {{"help", false, "show this text"}};
     const Arguments arguments(words, options);
     if (arguments.has("help") || arguments.positional().size() > 1) {
         std::fputs(usage("ornex demo [OUTDIR]",

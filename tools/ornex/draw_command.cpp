@@ -67,7 +67,7 @@ Point at(const std::vector<double> &numbers, size_t k)
 
 int runDraw(const std::vector<std::string> &words)
 {
-    const std::vector<OptionSpec> options = {
+    const std::vector<Option> options = {
         {"input", true, "draw over this image (default: a black canvas)"},
         {"size", true, "canvas ROWS,COLS when there is no input (default 240,320)"},
         {"font-size", true, "text height in pixels (default 24)"},
