@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <type_traits>
 
+#include "draw/clip_rectangle.hpp"
 #include "draw/polygon_blend.hpp"
 #include "frame/element_traits.hpp"
 #include "frame/wrap_arithmetic.hpp"
@@ -76,15 +77,6 @@ struct FixedCoverage {
 
 template <class T>
 using CoverageOf = std::conditional_t<std::is_floating_point_v<T>, FloatingCoverage<T>, FixedCoverage<T>>;
-
-struct ClipRectangle {
-    int32_t rowMin, rowMax, colMin, colMax;
-
-    bool contains(int32_t row, int32_t column) const
-    {
-        return row >= rowMin && row <= rowMax && column >= colMin && column <= colMax;
-    }
-};
 
 // Visits the four points one axis or diagonal point stands for: with a = 0
 // the four axis points, each once.

@@ -1,5 +1,6 @@
 #include "ornex_rt.h"
 
+#include "draw/clip_rectangle.hpp"
 #include "draw/column_sweep.hpp"
 #include "draw/polygon_blend.hpp"
 #include "frame/element_traits.hpp"
@@ -8,19 +9,13 @@
 namespace ornex::draw {
 namespace {
 
-struct ClipBounds {
-    int32_t rowMin;
-    int32_t rowMax;
-    int32_t colMin;
-    int32_t colMax;
-};
-
 // Even-odd spans between consecutive active edges, both end rows included;
 // a span that touches or overlaps the one before starts after it, so no
 // pixel of the column is blended twice.
 template <class T, class Planes>
-[[gnu::always_inline]] inline void fillColumn(const Planes &planes, int32_t column, const ClipBounds &bounds, int32_t numRows, int32_t numActive,
-                const int32_t *currentRows, const T *fillValue, OpacityOf<T> opacity)
+[[gnu::always_inline]] inline void fillColumn(const Planes &planes, int32_t column, const ClipRectangle &bounds,
+                                              int32_t numRows, int32_t numActive, const int32_t *currentRows,
+                                              const T *fillValue, OpacityOf<T> opacity)
 {
     if (column < bounds.colMin || column > bounds.colMax || numActive < 2) {
         return;
@@ -44,7 +39,7 @@ template <class T, class Planes>
 
 template <class T, class Planes>
 void fillPolygon(int32_t *edgeBuffer, int32_t numValues, const int32_t *vertices, int32_t *sortRecords,
-                 const Planes &planes, const ClipBounds &bounds, int32_t numRows, const T *fillValue,
+                 const Planes &planes, const ClipRectangle &bounds, int32_t numRows, const T *fillValue,
                  OpacityOf<T> opacity)
 {
     sweepPolygonColumns(edgeBuffer, numValues, vertices, sortRecords,
@@ -60,7 +55,7 @@ int32_t fillIntensity(int32_t *edgeBuffer, int32_t numValues, const int32_t *ver
 {
     fillPolygon(edgeBuffer, numValues, vertices, sortRecords,
                 IntensityPlanes<T>{reinterpret_cast<T *>(image), numPlanes, planeStride},
-                ClipBounds{rowMin, rowMax, colMin, colMax}, numRows, reinterpret_cast<const T *>(fillValue),
+                ClipRectangle{rowMin, rowMax, colMin, colMax}, numRows, reinterpret_cast<const T *>(fillValue),
                 opacity);
     return 0;
 }
@@ -72,7 +67,7 @@ int32_t fillRgb(int32_t *edgeBuffer, int32_t numValues, const int32_t *vertices,
 {
     fillPolygon(edgeBuffer, numValues, vertices, sortRecords,
                 RgbPlanes<T>{reinterpret_cast<T *>(red), reinterpret_cast<T *>(green), reinterpret_cast<T *>(blue)},
-                ClipBounds{rowMin, rowMax, colMin, colMax}, numRows, reinterpret_cast<const T *>(fillValue),
+                ClipRectangle{rowMin, rowMax, colMin, colMax}, numRows, reinterpret_cast<const T *>(fillValue),
                 opacity);
     return 0;
 }
@@ -83,7 +78,7 @@ void scanLineIntensity(Raw *image, int32_t column, int32_t rowMin, int32_t rowMa
                        Opacity opacity, int32_t rowFieldOffset, int32_t numPlanes, int32_t planeStride)
 {
     fillColumn(IntensityPlanes<T>{reinterpret_cast<T *>(image), numPlanes, planeStride}, column,
-               ClipBounds{rowMin, rowMax, colMin, colMax}, numRows, numActive, activeEdges + rowFieldOffset,
+               ClipRectangle{rowMin, rowMax, colMin, colMax}, numRows, numActive, activeEdges + rowFieldOffset,
                reinterpret_cast<const T *>(fillValue), opacity);
 }
 
@@ -93,7 +88,7 @@ void scanLineRgb(Raw *red, Raw *green, Raw *blue, int32_t column, int32_t rowMin
                  const Raw *fillValue, Opacity opacity, int32_t rowFieldOffset)
 {
     fillColumn(RgbPlanes<T>{reinterpret_cast<T *>(red), reinterpret_cast<T *>(green), reinterpret_cast<T *>(blue)},
-               column, ClipBounds{rowMin, rowMax, colMin, colMax}, numRows, numActive,
+               column, ClipRectangle{rowMin, rowMax, colMin, colMax}, numRows, numActive,
                activeEdges + rowFieldOffset, reinterpret_cast<const T *>(fillValue), opacity);
 }
 
