@@ -499,6 +499,63 @@ ORNEX_API void ORNEX_FillPolygon_InterpFix_RGB_Bool(uint8_t *red, const uint8_t 
 ORNEX_API int32_t ORNEX_GetIntCoordinates(const void *source, int32_t typeCode, int32_t *destination, int32_t count, int32_t block);
 
 /* ------------------------------------------------------------------------
+ * Polygon filling: anti-aliased
+ *
+ * ORNEX_FillOnePolygon_AA_*: fills a closed polygon (vertices, edgeBuffer
+ * 16N and sortRecords 6N as for ORNEX_FillOnePolygon_*) with the even-odd
+ * rule, anti-aliased; each pixel is blended at most once, with opacity *
+ * cov, through ORNEX_FillPolygon_InterpFlt_* / _InterpFix_* (integer and
+ * logical members: effective opacity (opacity * cov) >> 10). cov comes from
+ * the signed perpendicular distance between the pixel centre and each edge
+ * crossing its column (row offset times the edge table's normal weight,
+ * clamped to 1 .. 1024), looked up in weightTable: 49 entries, entry i the
+ * coverage at (i - 24)/16 pixel, positive inside (double, float, or int16
+ * Q10 for the integer and logical members; entries 0 and 48 are not read
+ * and stand for none and full). The box profile clamp(1/2 + (i - 24)/16,
+ * 0, 1) gives edges at the vertex centres. The two edges of a span give
+ * max(0, wUpper + wLower - full), spans add, the sum is capped at full; in
+ * a column where an edge starts or ends, samples a quarter column to the
+ * left and right are averaged. Edges are kept in order of their Q10
+ * crossing and stay active through their last column. Rows rowMin ..
+ * rowMax and columns colMin .. colMax (inclusive) bound what is written;
+ * vertices may lie outside. Intended range: vertex rows and row bounds
+ * within +-524287, edges at most 32767 long in each direction. The
+ * returned value has no meaning.
+ * ORNEX_FillVerticalScanLine_AA_*: one column; numActive active edges, field
+ * f of edge k at activeEdges[f*fieldStride + k], in the sweep's order
+ * (ascending Q10 crossing), each with a scan length above 0. It only reads
+ * the list.
+ * ---------------------------------------------------------------------- */
+ORNEX_API int32_t ORNEX_FillOnePolygon_AA_I_D(int32_t *edgeBuffer, int32_t numValues, const int32_t *vertices, int32_t *sortRecords, double *image, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const double *fillValue, double opacity, const double *weightTable, int32_t numPlanes, int32_t planeStride);
+ORNEX_API int32_t ORNEX_FillOnePolygon_AA_I_R(int32_t *edgeBuffer, int32_t numValues, const int32_t *vertices, int32_t *sortRecords, float *image, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const float *fillValue, float opacity, const float *weightTable, int32_t numPlanes, int32_t planeStride);
+ORNEX_API int32_t ORNEX_FillOnePolygon_AA_I_Bool(int32_t *edgeBuffer, int32_t numValues, const int32_t *vertices, int32_t *sortRecords, uint8_t *image, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const uint8_t *fillValue, int16_t opacity, const int16_t *weightTable, int32_t numPlanes, int32_t planeStride);
+ORNEX_API int32_t ORNEX_FillOnePolygon_AA_I_UI8(int32_t *edgeBuffer, int32_t numValues, const int32_t *vertices, int32_t *sortRecords, uint8_t *image, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const uint8_t *fillValue, int16_t opacity, const int16_t *weightTable, int32_t numPlanes, int32_t planeStride);
+ORNEX_API int32_t ORNEX_FillOnePolygon_AA_I_I8(int32_t *edgeBuffer, int32_t numValues, const int32_t *vertices, int32_t *sortRecords, int8_t *image, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const int8_t *fillValue, int16_t opacity, const int16_t *weightTable, int32_t numPlanes, int32_t planeStride);
+ORNEX_API int32_t ORNEX_FillOnePolygon_AA_I_UI16(int32_t *edgeBuffer, int32_t numValues, const int32_t *vertices, int32_t *sortRecords, uint16_t *image, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const uint16_t *fillValue, int16_t opacity, const int16_t *weightTable, int32_t numPlanes, int32_t planeStride);
+ORNEX_API int32_t ORNEX_FillOnePolygon_AA_I_I16(int32_t *edgeBuffer, int32_t numValues, const int32_t *vertices, int32_t *sortRecords, int16_t *image, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const int16_t *fillValue, int16_t opacity, const int16_t *weightTable, int32_t numPlanes, int32_t planeStride);
+ORNEX_API int32_t ORNEX_FillOnePolygon_AA_RGB_D(int32_t *edgeBuffer, int32_t numValues, const int32_t *vertices, int32_t *sortRecords, double *red, double *green, double *blue, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const double *fillValue, double opacity, const double *weightTable);
+ORNEX_API int32_t ORNEX_FillOnePolygon_AA_RGB_R(int32_t *edgeBuffer, int32_t numValues, const int32_t *vertices, int32_t *sortRecords, float *red, float *green, float *blue, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const float *fillValue, float opacity, const float *weightTable);
+ORNEX_API int32_t ORNEX_FillOnePolygon_AA_RGB_Bool(int32_t *edgeBuffer, int32_t numValues, const int32_t *vertices, int32_t *sortRecords, uint8_t *red, uint8_t *green, uint8_t *blue, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const uint8_t *fillValue, int16_t opacity, const int16_t *weightTable);
+ORNEX_API int32_t ORNEX_FillOnePolygon_AA_RGB_UI8(int32_t *edgeBuffer, int32_t numValues, const int32_t *vertices, int32_t *sortRecords, uint8_t *red, uint8_t *green, uint8_t *blue, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const uint8_t *fillValue, int16_t opacity, const int16_t *weightTable);
+ORNEX_API int32_t ORNEX_FillOnePolygon_AA_RGB_I8(int32_t *edgeBuffer, int32_t numValues, const int32_t *vertices, int32_t *sortRecords, int8_t *red, int8_t *green, int8_t *blue, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const int8_t *fillValue, int16_t opacity, const int16_t *weightTable);
+ORNEX_API int32_t ORNEX_FillOnePolygon_AA_RGB_UI16(int32_t *edgeBuffer, int32_t numValues, const int32_t *vertices, int32_t *sortRecords, uint16_t *red, uint16_t *green, uint16_t *blue, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const uint16_t *fillValue, int16_t opacity, const int16_t *weightTable);
+ORNEX_API int32_t ORNEX_FillOnePolygon_AA_RGB_I16(int32_t *edgeBuffer, int32_t numValues, const int32_t *vertices, int32_t *sortRecords, int16_t *red, int16_t *green, int16_t *blue, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const int16_t *fillValue, int16_t opacity, const int16_t *weightTable);
+ORNEX_API void ORNEX_FillVerticalScanLine_AA_I_D(double *image, int32_t column, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t numActive, const int32_t *activeEdges, const double *fillValue, double opacity, const double *weightTable, int32_t fieldStride, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_FillVerticalScanLine_AA_I_R(float *image, int32_t column, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t numActive, const int32_t *activeEdges, const float *fillValue, float opacity, const float *weightTable, int32_t fieldStride, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_FillVerticalScanLine_AA_I_Bool(uint8_t *image, int32_t column, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t numActive, const int32_t *activeEdges, const uint8_t *fillValue, int16_t opacity, const int16_t *weightTable, int32_t fieldStride, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_FillVerticalScanLine_AA_I_UI8(uint8_t *image, int32_t column, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t numActive, const int32_t *activeEdges, const uint8_t *fillValue, int16_t opacity, const int16_t *weightTable, int32_t fieldStride, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_FillVerticalScanLine_AA_I_I8(int8_t *image, int32_t column, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t numActive, const int32_t *activeEdges, const int8_t *fillValue, int16_t opacity, const int16_t *weightTable, int32_t fieldStride, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_FillVerticalScanLine_AA_I_UI16(uint16_t *image, int32_t column, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t numActive, const int32_t *activeEdges, const uint16_t *fillValue, int16_t opacity, const int16_t *weightTable, int32_t fieldStride, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_FillVerticalScanLine_AA_I_I16(int16_t *image, int32_t column, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t numActive, const int32_t *activeEdges, const int16_t *fillValue, int16_t opacity, const int16_t *weightTable, int32_t fieldStride, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_FillVerticalScanLine_AA_RGB_D(double *red, double *green, double *blue, int32_t column, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t numActive, const int32_t *activeEdges, const double *fillValue, double opacity, const double *weightTable, int32_t fieldStride);
+ORNEX_API void ORNEX_FillVerticalScanLine_AA_RGB_R(float *red, float *green, float *blue, int32_t column, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t numActive, const int32_t *activeEdges, const float *fillValue, float opacity, const float *weightTable, int32_t fieldStride);
+ORNEX_API void ORNEX_FillVerticalScanLine_AA_RGB_Bool(uint8_t *red, uint8_t *green, uint8_t *blue, int32_t column, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t numActive, const int32_t *activeEdges, const uint8_t *fillValue, int16_t opacity, const int16_t *weightTable, int32_t fieldStride);
+ORNEX_API void ORNEX_FillVerticalScanLine_AA_RGB_UI8(uint8_t *red, uint8_t *green, uint8_t *blue, int32_t column, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t numActive, const int32_t *activeEdges, const uint8_t *fillValue, int16_t opacity, const int16_t *weightTable, int32_t fieldStride);
+ORNEX_API void ORNEX_FillVerticalScanLine_AA_RGB_I8(int8_t *red, int8_t *green, int8_t *blue, int32_t column, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t numActive, const int32_t *activeEdges, const int8_t *fillValue, int16_t opacity, const int16_t *weightTable, int32_t fieldStride);
+ORNEX_API void ORNEX_FillVerticalScanLine_AA_RGB_UI16(uint16_t *red, uint16_t *green, uint16_t *blue, int32_t column, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t numActive, const int32_t *activeEdges, const uint16_t *fillValue, int16_t opacity, const int16_t *weightTable, int32_t fieldStride);
+ORNEX_API void ORNEX_FillVerticalScanLine_AA_RGB_I16(int16_t *red, int16_t *green, int16_t *blue, int32_t column, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t numActive, const int32_t *activeEdges, const int16_t *fillValue, int16_t opacity, const int16_t *weightTable, int32_t fieldStride);
+
+/* ------------------------------------------------------------------------
  * Geometric transforms: subdivided projective warp
  *
  * Warps a column-major source (inRows x inCols per plane) onto an output
@@ -615,6 +672,79 @@ ORNEX_API void ORNEX_AACircle_SymOctantPtsRGB_I8(int8_t *planeR, int8_t *planeG,
 ORNEX_API void ORNEX_AACircle_SymOctantPtsRGB_UI16(uint16_t *planeR, uint16_t *planeG, uint16_t *planeB, int32_t cr, int32_t cc, int32_t a, int32_t b, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, uint16_t termAR, uint16_t termAG, uint16_t termAB, uint16_t termBR, uint16_t termBG, uint16_t termBB, uint32_t w, int32_t flag);
 ORNEX_API void ORNEX_AACircle_SymOctantPtsRGB_I16(int16_t *planeR, int16_t *planeG, int16_t *planeB, int32_t cr, int32_t cc, int32_t a, int32_t b, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int16_t termAR, int16_t termAG, int16_t termAB, int16_t termBR, int16_t termBG, int16_t termBB, uint32_t w, int32_t flag);
 ORNEX_API int32_t ORNEX_DrawAACircle_Delta(int32_t x, int32_t y, int32_t r, const int16_t *sqrtTable, uint8_t *flagOut);
+
+/* ------------------------------------------------------------------------
+ * Circles: anti-aliased filled discs
+ *
+ * ORNEX_Draw_AA_FilledCircle_*: fills the disc of radius R about pixel
+ * (cr, cc) with the colour (numPlanes values, or three for RGB; copied at
+ * entry, so it may point into the image) and an opacity (double/float in
+ * [0, 1]; int16 Q10, 1024 opaque, for the integer members). Pixel (a, b)
+ * from the centre, Q = R*R - a*a - b*b: Q >= R is blended with the opacity,
+ * Q <= -R is left alone, otherwise it is blended with opacity * cov, cov =
+ * (Q + R) / (2R) (_D, _R, in their own precision) or ((Q + R) * 512) / R
+ * (integer members, Q10, the effective opacity (opacity * cov) >> 10; a cov
+ * of 0 skips the pixel). Every pixel is blended at most once, as
+ * ORNEX_FillPolygon_InterpFlt_* / _InterpFix_* blend. Only pixels inside
+ * rowMin .. rowMax, colMin .. colMax (inclusive) are written; a rectangle
+ * reaching beyond the image is not guarded. radius < 1 draws nothing.
+ * Intended range: 1 <= radius <= 32767 with cr, cc +- (radius + 1) in int32;
+ * beyond it the arithmetic wraps. Intensity members take numPlanes values of
+ * heap scratch (none when radius < 1); numPlanes <= 0 writes nothing.
+ * ORNEX_AACircle_4PtsLines*: blends rows cr - a .. cr + a of columns cc + b
+ * and cc - b (one column when b = 0), each clipped with ORNEX_ClipLine;
+ * a < 0 blends nothing. ORNEX_AACircle_8PtsLines*: the same for (a, b) and,
+ * when a != b, for (b, a). The kernels take the colour through values and
+ * blend every pixel of every span with opacity.
+ * ---------------------------------------------------------------------- */
+ORNEX_API void ORNEX_Draw_AA_FilledCircle_I_D(double *dst, const double *value, int32_t cr, int32_t cc, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t radius, double opacity, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_Draw_AA_FilledCircle_I_R(float *dst, const float *value, int32_t cr, int32_t cc, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t radius, float opacity, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_Draw_AA_FilledCircle_I_UI8(uint8_t *dst, const uint8_t *value, int32_t cr, int32_t cc, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t radius, int16_t opacity, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_Draw_AA_FilledCircle_I_I8(int8_t *dst, const int8_t *value, int32_t cr, int32_t cc, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t radius, int16_t opacity, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_Draw_AA_FilledCircle_I_UI16(uint16_t *dst, const uint16_t *value, int32_t cr, int32_t cc, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t radius, int16_t opacity, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_Draw_AA_FilledCircle_I_I16(int16_t *dst, const int16_t *value, int32_t cr, int32_t cc, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t radius, int16_t opacity, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_Draw_AA_FilledCircle_RGB_D(double *planeR, double *planeG, double *planeB, const double *value, int32_t cr, int32_t cc, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t radius, double opacity);
+ORNEX_API void ORNEX_Draw_AA_FilledCircle_RGB_R(float *planeR, float *planeG, float *planeB, const float *value, int32_t cr, int32_t cc, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t radius, float opacity);
+ORNEX_API void ORNEX_Draw_AA_FilledCircle_RGB_UI8(uint8_t *planeR, uint8_t *planeG, uint8_t *planeB, const uint8_t *value, int32_t cr, int32_t cc, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t radius, int16_t opacity);
+ORNEX_API void ORNEX_Draw_AA_FilledCircle_RGB_I8(int8_t *planeR, int8_t *planeG, int8_t *planeB, const int8_t *value, int32_t cr, int32_t cc, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t radius, int16_t opacity);
+ORNEX_API void ORNEX_Draw_AA_FilledCircle_RGB_UI16(uint16_t *planeR, uint16_t *planeG, uint16_t *planeB, const uint16_t *value, int32_t cr, int32_t cc, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t radius, int16_t opacity);
+ORNEX_API void ORNEX_Draw_AA_FilledCircle_RGB_I16(int16_t *planeR, int16_t *planeG, int16_t *planeB, const int16_t *value, int32_t cr, int32_t cc, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t radius, int16_t opacity);
+ORNEX_API void ORNEX_AACircle_4PtsLinesI_D(double *dst, int32_t cr, int32_t cc, int32_t a, int32_t b, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const double *values, double opacity, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_AACircle_4PtsLinesI_R(float *dst, int32_t cr, int32_t cc, int32_t a, int32_t b, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const float *values, float opacity, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_AACircle_4PtsLinesI_UI8(uint8_t *dst, int32_t cr, int32_t cc, int32_t a, int32_t b, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const uint8_t *values, int16_t opacity, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_AACircle_4PtsLinesI_I8(int8_t *dst, int32_t cr, int32_t cc, int32_t a, int32_t b, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const int8_t *values, int16_t opacity, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_AACircle_4PtsLinesI_UI16(uint16_t *dst, int32_t cr, int32_t cc, int32_t a, int32_t b, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const uint16_t *values, int16_t opacity, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_AACircle_4PtsLinesI_I16(int16_t *dst, int32_t cr, int32_t cc, int32_t a, int32_t b, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const int16_t *values, int16_t opacity, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_AACircle_4PtsLinesRGB_D(double *planeR, double *planeG, double *planeB, int32_t cr, int32_t cc, int32_t a, int32_t b, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const double *values, double opacity);
+ORNEX_API void ORNEX_AACircle_4PtsLinesRGB_R(float *planeR, float *planeG, float *planeB, int32_t cr, int32_t cc, int32_t a, int32_t b, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const float *values, float opacity);
+ORNEX_API void ORNEX_AACircle_4PtsLinesRGB_UI8(uint8_t *planeR, uint8_t *planeG, uint8_t *planeB, int32_t cr, int32_t cc, int32_t a, int32_t b, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const uint8_t *values, int16_t opacity);
+ORNEX_API void ORNEX_AACircle_4PtsLinesRGB_I8(int8_t *planeR, int8_t *planeG, int8_t *planeB, int32_t cr, int32_t cc, int32_t a, int32_t b, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const int8_t *values, int16_t opacity);
+ORNEX_API void ORNEX_AACircle_4PtsLinesRGB_UI16(uint16_t *planeR, uint16_t *planeG, uint16_t *planeB, int32_t cr, int32_t cc, int32_t a, int32_t b, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const uint16_t *values, int16_t opacity);
+ORNEX_API void ORNEX_AACircle_4PtsLinesRGB_I16(int16_t *planeR, int16_t *planeG, int16_t *planeB, int32_t cr, int32_t cc, int32_t a, int32_t b, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const int16_t *values, int16_t opacity);
+ORNEX_API void ORNEX_AACircle_8PtsLinesI_D(double *dst, int32_t cr, int32_t cc, int32_t a, int32_t b, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const double *values, double opacity, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_AACircle_8PtsLinesI_R(float *dst, int32_t cr, int32_t cc, int32_t a, int32_t b, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const float *values, float opacity, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_AACircle_8PtsLinesI_UI8(uint8_t *dst, int32_t cr, int32_t cc, int32_t a, int32_t b, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const uint8_t *values, int16_t opacity, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_AACircle_8PtsLinesI_I8(int8_t *dst, int32_t cr, int32_t cc, int32_t a, int32_t b, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const int8_t *values, int16_t opacity, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_AACircle_8PtsLinesI_UI16(uint16_t *dst, int32_t cr, int32_t cc, int32_t a, int32_t b, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const uint16_t *values, int16_t opacity, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_AACircle_8PtsLinesI_I16(int16_t *dst, int32_t cr, int32_t cc, int32_t a, int32_t b, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const int16_t *values, int16_t opacity, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_AACircle_8PtsLinesRGB_D(double *planeR, double *planeG, double *planeB, int32_t cr, int32_t cc, int32_t a, int32_t b, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const double *values, double opacity);
+ORNEX_API void ORNEX_AACircle_8PtsLinesRGB_R(float *planeR, float *planeG, float *planeB, int32_t cr, int32_t cc, int32_t a, int32_t b, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const float *values, float opacity);
+ORNEX_API void ORNEX_AACircle_8PtsLinesRGB_UI8(uint8_t *planeR, uint8_t *planeG, uint8_t *planeB, int32_t cr, int32_t cc, int32_t a, int32_t b, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const uint8_t *values, int16_t opacity);
+ORNEX_API void ORNEX_AACircle_8PtsLinesRGB_I8(int8_t *planeR, int8_t *planeG, int8_t *planeB, int32_t cr, int32_t cc, int32_t a, int32_t b, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const int8_t *values, int16_t opacity);
+ORNEX_API void ORNEX_AACircle_8PtsLinesRGB_UI16(uint16_t *planeR, uint16_t *planeG, uint16_t *planeB, int32_t cr, int32_t cc, int32_t a, int32_t b, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const uint16_t *values, int16_t opacity);
+ORNEX_API void ORNEX_AACircle_8PtsLinesRGB_I16(int16_t *planeR, int16_t *planeG, int16_t *planeB, int32_t cr, int32_t cc, int32_t a, int32_t b, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const int16_t *values, int16_t opacity);
+ORNEX_API void ORNEX_Draw_AA_Circle_I_D(double *dst, const double *value, int32_t x0, int32_t y0, int32_t cr, int32_t cc, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t radius, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_Draw_AA_Circle_I_R(float *dst, const float *value, int32_t x0, int32_t y0, int32_t cr, int32_t cc, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t radius, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_Draw_AA_Circle_I_UI8(uint8_t *dst, const uint8_t *value, const int16_t *sqrtTable, int32_t x0, int32_t y0, int32_t cr, int32_t cc, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t radius, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_Draw_AA_Circle_I_I8(int8_t *dst, const int8_t *value, const int16_t *sqrtTable, int32_t x0, int32_t y0, int32_t cr, int32_t cc, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t radius, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_Draw_AA_Circle_I_UI16(uint16_t *dst, const uint16_t *value, const int16_t *sqrtTable, int32_t x0, int32_t y0, int32_t cr, int32_t cc, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t radius, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_Draw_AA_Circle_I_I16(int16_t *dst, const int16_t *value, const int16_t *sqrtTable, int32_t x0, int32_t y0, int32_t cr, int32_t cc, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t radius, int32_t numPlanes, int32_t planeStride);
+ORNEX_API void ORNEX_Draw_AA_Circle_RGB_D(double *planeR, double *planeG, double *planeB, const double *value, int32_t x0, int32_t y0, int32_t cr, int32_t cc, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t radius);
+ORNEX_API void ORNEX_Draw_AA_Circle_RGB_R(float *planeR, float *planeG, float *planeB, const float *value, int32_t x0, int32_t y0, int32_t cr, int32_t cc, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t radius);
+ORNEX_API void ORNEX_Draw_AA_Circle_RGB_UI8(uint8_t *planeR, uint8_t *planeG, uint8_t *planeB, const uint8_t *value, const int16_t *sqrtTable, int32_t x0, int32_t y0, int32_t cr, int32_t cc, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t radius);
+ORNEX_API void ORNEX_Draw_AA_Circle_RGB_I8(int8_t *planeR, int8_t *planeG, int8_t *planeB, const int8_t *value, const int16_t *sqrtTable, int32_t x0, int32_t y0, int32_t cr, int32_t cc, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t radius);
+ORNEX_API void ORNEX_Draw_AA_Circle_RGB_UI16(uint16_t *planeR, uint16_t *planeG, uint16_t *planeB, const uint16_t *value, const int16_t *sqrtTable, int32_t x0, int32_t y0, int32_t cr, int32_t cc, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t radius);
+ORNEX_API void ORNEX_Draw_AA_Circle_RGB_I16(int16_t *planeR, int16_t *planeG, int16_t *planeB, const int16_t *value, const int16_t *sqrtTable, int32_t x0, int32_t y0, int32_t cr, int32_t cc, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t radius);
 ORNEX_API void ORNEX_Draw_AA_Circle_I_D(double *dst, const double *value, int32_t x0, int32_t y0, int32_t cr, int32_t cc, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t radius, int32_t numPlanes, int32_t planeStride);
 ORNEX_API void ORNEX_Draw_AA_Circle_I_R(float *dst, const float *value, int32_t x0, int32_t y0, int32_t cr, int32_t cc, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t radius, int32_t numPlanes, int32_t planeStride);
 ORNEX_API void ORNEX_Draw_AA_Circle_I_UI8(uint8_t *dst, const uint8_t *value, const int16_t *sqrtTable, int32_t x0, int32_t y0, int32_t cr, int32_t cc, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t radius, int32_t numPlanes, int32_t planeStride);

@@ -43,6 +43,11 @@ public:
         while (position < count_ && field(currentRowField, position) <= row) {
             ++position;
         }
+        insertAt(position, sortedTable, sortedStride, sortedEdge);
+    }
+
+    void insertAt(int32_t position, const int32_t *sortedTable, int32_t sortedStride, int32_t sortedEdge)
+    {
         for (int32_t edge = count_; edge > position; --edge) {
             copyEdge(edge - 1, edge);
         }
@@ -78,18 +83,24 @@ public:
         }
     }
 
-    // Insertion by moving each edge down before the first edge above it
-    // whose row is strictly larger, from the bottom of the list up.
     void resortByRow()
     {
-        if (rowsAscending()) {
+        resortBy([this](int32_t edge) { return field(currentRowField, edge); });
+    }
+
+    // Insertion by moving each edge down before the first edge above it
+    // whose key is strictly larger, from the bottom of the list up.
+    template <class Key>
+    void resortBy(const Key &key)
+    {
+        if (ascendingBy(key)) {
             return;
         }
         int32_t position = count_ - 1;
         while (position >= 1) {
-            const int32_t row = field(currentRowField, position);
+            const int32_t value = key(position);
             int32_t target = 0;
-            while (target < position && field(currentRowField, target) <= row) {
+            while (target < position && key(target) <= value) {
                 ++target;
             }
             if (target == position) {
@@ -128,11 +139,11 @@ private:
         }
     }
 
-    bool rowsAscending() const
+    template <class Key>
+    bool ascendingBy(const Key &key) const
     {
-        const int32_t *rows = currentRows();
         for (int32_t edge = 1; edge < count_; ++edge) {
-            if (rows[edge - 1] > rows[edge]) {
+            if (key(edge - 1) > key(edge)) {
                 return false;
             }
         }

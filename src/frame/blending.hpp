@@ -45,4 +45,18 @@ struct Q10OpacityBlend {
     }
 };
 
+// The opacity of a partly covered pixel: opacity * coverage in the
+// opacity's own precision for floating images; for Q10 images a 32-bit
+// product shifted back arithmetically and taken as a signed 16-bit opacity.
+template <class Real>
+inline Real scaledOpacity(Real opacity, Real coverage)
+{
+    return opacity * coverage;
+}
+
+inline int16_t scaledOpacity(int16_t opacity, int32_t coverage)
+{
+    return static_cast<int16_t>(wrapMul(opacity, coverage) >> 10);
+}
+
 } // namespace ornex

@@ -1,0 +1,490 @@
+#include "ornex_rt.h"
+
+#include <algorithm>
+#include <type_traits>
+
+#include "draw/clip_rectangle.hpp"
+#include "draw/column_sweep.hpp"
+#include "draw/edge_table.hpp"
+#include "draw/polygon_blend.hpp"
+#include "frame/blending.hpp"
+#include "frame/element_traits.hpp"
+#include "frame/wrap_arithmetic.hpp"
+
+namespace ornex::draw {
+namespace {
+
+// Coverage sums: the image's own precision with 1 for full, or Q10 in 32
+// bits with 1024 for full. Weight tables and opacities have the same type
+// as the floating coverages, int16 Q10 otherwise.
+template <class T>
+struct FloatingCoverageSum {
+    using Value = T;
+    static constexpr T full = T(1);
+    static T add(T sum, T term) { return sum + term; }
+    static T average(T left, T right) { return (left + right) * T(0.5); }
+};
+
+struct FixedCoverageSum {
+    using Value = int32_t;
+    static constexpr int32_t full = 1024;
+    static int32_t add(int32_t sum, int32_t term) { return wrapAdd(sum, term); }
+    static int32_t average(int32_t left, int32_t right) { return wrapAdd(left, right) >> 1; }
+};
+
+template <class T>
+using CoverageSumOf = std::conditional_t<std::is_floating_point_v<T>, FloatingCoverageSum<T>, FixedCoverageSum>;
+
+// An active edge as one sample line sees it: the Q10 row of its crossing
+// and its normal weight.
+struct SampledEdge {
+    int32_t key;
+    int32_t weight;
+};
+
+// The active list as the scan-line function reads it: field f of edge k at
+// f*fieldStride + k.
+struct ActiveList {
+    const int32_t *fields;
+    int32_t count;
+    int32_t fieldStride;
+
+    int32_t field(int32_t f, int32_t edge) const { return fields[f * fieldStride + edge]; }
+
+    // Q10 row where the edge crosses the column it has reached, shifted by
+    // quarterColumns / 4 of a column.
+    int32_t crossingKey(int32_t edge, int32_t quarterColumns) const
+    {
+        const int32_t along =
+            wrapAdd(wrapMul(4, field(errorTermField, edge)), wrapMul(quarterColumns, field(rowDeltaField, edge)));
+        return wrapAdd(wrapMul(field(currentRowField, edge), 1024),
+                       wrapDiv(wrapMul(along, 256), field(scanLengthField, edge)));
+    }
+
+    SampledEdge sampled(int32_t edge, int32_t quarterColumns) const
+    {
+        // A weight of 0 (steeper than 1024 rows per column) would spread one
+        // crossing over the whole column.
+        return {crossingKey(edge, quarterColumns), std::clamp(field(normalWeightField, edge), 1, 1024)};
+    }
+};
+
+constexpr int32_t distanceIndexCount = 49;
+constexpr int32_t noCoverageIndex = 0;
+constexpr int32_t fullCoverageIndex = 48;
+
+// Q10 perpendicular distance from the edge's line to the centre of row
+// `row`, positive below the crossing. The clamp changes no index; it keeps
+// the product within 32 bits.
+inline int32_t perpendicularDistance(int32_t row, SampledEdge edge)
+{
+    const int32_t rowOffset = std::clamp(wrapSub(wrapMul(row, 1024), edge.key), -(1 << 21), (1 << 21) - 1);
+    return rowOffset * edge.weight / 1024;
+}
+
+// Table index of a signed distance (positive on the polygon's side), in
+// 1/16 pixel with halves away from zero.
+inline int32_t distanceIndex(int32_t insideDistance)
+{
+    const int32_t sixteenths =
+        insideDistance >= 0 ? (insideDistance + 32) / 64 : -((32 - insideDistance) / 64);
+    return std::clamp(24 + sixteenths, noCoverageIndex, fullCoverageIndex);
+}
+
+// The first row at which the perpendicular distance reaches threshold; the
+// distance never decreases down the column.
+inline int32_t firstRowReaching(SampledEdge edge, int32_t threshold)
+{
+    const int64_t offset = int64_t(edge.key) + int64_t(threshold) * 1024 / edge.weight;
+    int32_t row = static_cast<int32_t>(std::clamp<int64_t>((offset >= 0 ? offset : offset - 1023) / 1024,
+                                                           INT32_MIN + 1, INT32_MAX - 1));
+    while (perpendicularDistance(wrapSub(row, 1), edge) >= threshold) {
+        row = wrapSub(row, 1);
+    }
+    while (perpendicularDistance(row, edge) < threshold) {
+        row = wrapAdd(row, 1);
+    }
+    return row;
+}
+
+// Distances that give index 1 and index 48 (see distanceIndex).
+constexpr int32_t firstReachingDistance = -1503;
+constexpr int32_t firstFullDistance = 1504;
+
+// The two edges of one even-odd span, with the rows where both indices are
+// at least 1 (reach) and where both are 48 (full).
+struct EdgePair {
+    int32_t sample;
+    SampledEdge upper;
+    SampledEdge lower;
+    int32_t reachFirst, fullFirst, fullLast, reachLast;
+
+    EdgePair() = default;
+    EdgePair(int32_t sampleIndex, SampledEdge upperEdge, SampledEdge lowerEdge)
+        : sample(sampleIndex), upper(upperEdge), lower(lowerEdge),
+          reachFirst(firstRowReaching(upper, firstReachingDistance)),
+          fullFirst(firstRowReaching(upper, firstFullDistance)),
+          fullLast(wrapSub(firstRowReaching(lower, wrapNeg(firstFullDistance) + 1), 1)),
+          reachLast(wrapSub(firstRowReaching(lower, wrapNeg(firstReachingDistance) + 1), 1))
+    {
+    }
+
+    bool reaches(int32_t row) const { return row >= reachFirst && row <= reachLast; }
+    bool fullAt(int32_t row) const { return row >= fullFirst && row <= fullLast; }
+};
+
+template <class T>
+class ColumnCoverage {
+public:
+    using Sum = CoverageSumOf<T>;
+    using Value = typename Sum::Value;
+
+    explicit ColumnCoverage(const OpacityOf<T> *weightTable) : table_(weightTable) {}
+
+    // max(0, w(upper) + w(lower) - full), nothing when either index is 0.
+    Value pairContribution(int32_t row, SampledEdge upper, SampledEdge lower) const
+    {
+        const int32_t upperIndex = distanceIndex(perpendicularDistance(row, upper));
+        if (upperIndex == noCoverageIndex) {
+            return Value(0);
+        }
+        const int32_t lowerIndex = distanceIndex(wrapNeg(perpendicularDistance(row, lower)));
+        if (lowerIndex == noCoverageIndex) {
+            return Value(0);
+        }
+        const Value overlap = (weight(upperIndex) + weight(lowerIndex)) - Sum::full;
+        return overlap > Value(0) ? overlap : Value(0);
+    }
+
+    // Spans of each sample add, each sample capped at full; a vertex column
+    // averages its left and right samples.
+    template <class ForEachPair>
+    Value rowCoverage(int32_t row, bool vertexColumn, const ForEachPair &forEachPair) const
+    {
+        Value sums[2] = {Value(0), Value(0)};
+        forEachPair([&](int32_t sample, SampledEdge upper, SampledEdge lower) {
+            sums[sample] = Sum::add(sums[sample], pairContribution(row, upper, lower));
+        });
+        const Value left = sums[0] < Sum::full ? sums[0] : Sum::full;
+        if (!vertexColumn) {
+            return left;
+        }
+        const Value right = sums[1] < Sum::full ? sums[1] : Sum::full;
+        return Sum::average(left, right);
+    }
+
+private:
+    Value weight(int32_t index) const { return index == fullCoverageIndex ? Sum::full : Value(table_[index]); }
+
+    const OpacityOf<T> *table_;
+};
+
+// Pairs consecutive edges of each sample's list: all edges at the column's
+// centre, or, where an edge starts or ends, the edges reaching the left
+// half at -1/4 (sample 0) and those reaching the right half at +1/4
+// (sample 1).
+template <class Visit>
+void forEachSpan(const ActiveList &edges, int32_t column, bool vertexColumn, const Visit &visit)
+{
+    auto pairUp = [&](int32_t sample, int32_t quarterColumns, int32_t excludedEndField) {
+        bool pending = false;
+        SampledEdge upper{};
+        for (int32_t k = 0; k < edges.count; ++k) {
+            if (excludedEndField >= 0 && edges.field(excludedEndField, k) == column) {
+                continue;
+            }
+            const SampledEdge edge = edges.sampled(k, quarterColumns);
+            if (pending) {
+                visit(sample, upper, edge);
+            } else {
+                upper = edge;
+            }
+            pending = !pending;
+        }
+    };
+    if (!vertexColumn) {
+        pairUp(0, 0, -1);
+    } else {
+        pairUp(0, -1, scanStartField);
+        pairUp(1, 1, scanEndField);
+    }
+}
+
+bool isVertexColumn(const ActiveList &edges, int32_t column)
+{
+    for (int32_t k = 0; k < edges.count; ++k) {
+        if (edges.field(scanStartField, k) == column || edges.field(scanEndField, k) == column) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// Spans cached on the stack; a column with more falls back to evaluating
+// every row the spans can reach.
+constexpr int32_t cachedPairCapacity = 32;
+
+template <class T, class Planes>
+class ColumnFill {
+public:
+    ColumnFill(const Planes &planes, int32_t column, const ClipRectangle &clip, int32_t numRows, const T *fillValue,
+               OpacityOf<T> opacity, const OpacityOf<T> *weightTable)
+        : planes_(planes), clip_(clip), columnStart_(wrapMul(column, numRows)), fillValue_(fillValue),
+          opacity_(opacity), coverage_(weightTable)
+    {
+    }
+
+    void blendRows(int32_t firstRow, int32_t lastRow, typename ColumnCoverage<T>::Value cov) const
+    {
+        if (cov != decltype(cov)(0)) {
+            blendRun(planes_, fillValue_, wrapAdd(columnStart_, firstRow), scaledOpacity(opacity_, cov), firstRow,
+                     lastRow);
+        }
+    }
+
+    // Rows between events keep every pair's state (out of reach, partly
+    // covered, full): a stretch with no partly covered pair has one
+    // coverage and is blended as one run.
+    void fillCached(const EdgePair *pairs, int32_t numPairs, bool vertexColumn) const
+    {
+        auto forEachPair = [&](const auto &visit) {
+            for (int32_t j = 0; j < numPairs; ++j) {
+                visit(pairs[j].sample, pairs[j].upper, pairs[j].lower);
+            }
+        };
+        int32_t events[4 * cachedPairCapacity];
+        int32_t numEvents = 0;
+        for (int32_t j = 0; j < numPairs; ++j) {
+            events[numEvents++] = pairs[j].reachFirst;
+            events[numEvents++] = pairs[j].fullFirst;
+            events[numEvents++] = wrapAdd(pairs[j].fullLast, 1);
+            events[numEvents++] = wrapAdd(pairs[j].reachLast, 1);
+        }
+        std::sort(events, events + numEvents);
+        for (int32_t e = 0; e + 1 < numEvents; ++e) {
+            const int32_t first = std::max(events[e], clip_.rowMin);
+            const int32_t last = std::min(wrapSub(events[e + 1], 1), clip_.rowMax);
+            if (first > last) {
+                continue;
+            }
+            bool partlyCovered = false;
+            for (int32_t j = 0; j < numPairs && !partlyCovered; ++j) {
+                partlyCovered = pairs[j].reaches(first) && !pairs[j].fullAt(first);
+            }
+            if (!partlyCovered) {
+                blendRows(first, last, coverage_.rowCoverage(first, vertexColumn, forEachPair));
+                continue;
+            }
+            for (int32_t row = first; row <= last; ++row) {
+                blendRows(row, row, coverage_.rowCoverage(row, vertexColumn, forEachPair));
+            }
+        }
+    }
+
+    void fillUncached(const ActiveList &edges, int32_t column, bool vertexColumn) const
+    {
+        auto forEachPair = [&](const auto &visit) { forEachSpan(edges, column, vertexColumn, visit); };
+        int32_t first = INT32_MAX;
+        int32_t last = INT32_MIN;
+        forEachPair([&](int32_t sample, SampledEdge upper, SampledEdge lower) {
+            const EdgePair pair(sample, upper, lower);
+            first = std::min(first, pair.reachFirst);
+            last = std::max(last, pair.reachLast);
+        });
+        first = std::max(first, clip_.rowMin);
+        last = std::min(last, clip_.rowMax);
+        for (int32_t row = first; row <= last; ++row) {
+            blendRows(row, row, coverage_.rowCoverage(row, vertexColumn, forEachPair));
+        }
+    }
+
+private:
+    const Planes &planes_;
+    ClipRectangle clip_;
+    int32_t columnStart_;
+    const T *fillValue_;
+    OpacityOf<T> opacity_;
+    ColumnCoverage<T> coverage_;
+};
+
+template <class T, class Planes>
+void fillColumnAntialiased(const Planes &planes, int32_t column, const ClipRectangle &clip, int32_t numRows,
+                           const ActiveList &edges, const T *fillValue, OpacityOf<T> opacity,
+                           const OpacityOf<T> *weightTable)
+{
+    if (column < clip.colMin || column > clip.colMax || edges.count < 2) {
+        return;
+    }
+    const bool vertexColumn = isVertexColumn(edges, column);
+    const ColumnFill<T, Planes> fill(planes, column, clip, numRows, fillValue, opacity, weightTable);
+    EdgePair pairs[cachedPairCapacity];
+    int32_t numPairs = 0;
+    forEachSpan(edges, column, vertexColumn, [&](int32_t sample, SampledEdge upper, SampledEdge lower) {
+        if (numPairs < cachedPairCapacity) {
+            pairs[numPairs] = EdgePair(sample, upper, lower);
+        }
+        ++numPairs;
+    });
+    if (numPairs <= cachedPairCapacity) {
+        fill.fillCached(pairs, numPairs, vertexColumn);
+    } else {
+        fill.fillUncached(edges, column, vertexColumn);
+    }
+}
+
+// Inserts before the first active edge whose crossing lies below the new
+// one's, or at the same row with a steeper descent, so that edges leaving
+// one vertex are in the order of their rows a quarter column on.
+void insertByCrossing(ActiveEdges &active, const ActiveList &list, const int32_t *sortedTable, int32_t numEdges,
+                      int32_t sortedEdge)
+{
+    const int32_t key = wrapMul(sortedTable[currentRowField * numEdges + sortedEdge], 1024);
+    const int32_t rowDelta = sortedTable[rowDeltaField * numEdges + sortedEdge];
+    const int32_t scanLength = sortedTable[scanLengthField * numEdges + sortedEdge];
+    int32_t position = 0;
+    for (; position < list.count; ++position) {
+        const int32_t activeKey = list.crossingKey(position, 0);
+        if (activeKey > key ||
+            (activeKey == key && wrapMul(list.field(rowDeltaField, position), scanLength) >
+                                     wrapMul(rowDelta, list.field(scanLengthField, position)))) {
+            break;
+        }
+    }
+    active.insertAt(position, sortedTable, numEdges, sortedEdge);
+}
+
+template <class T, class Planes>
+void fillPolygonAntialiased(int32_t *edgeBuffer, int32_t numValues, const int32_t *vertices, int32_t *sortRecords,
+                            const Planes &planes, const ClipRectangle &clip, int32_t numRows, const T *fillValue,
+                            OpacityOf<T> opacity, const OpacityOf<T> *weightTable)
+{
+    const int32_t numEdges = numValues / 2;
+    if (numEdges <= 0) {
+        return;
+    }
+    int32_t *sortedTable = edgeBuffer + edgeFieldCount * numEdges;
+    int32_t fieldOffsets[edgeFieldCount];
+    for (int32_t f = 0; f < edgeFieldCount; ++f) {
+        fieldOffsets[f] = f * numEdges;
+    }
+    createEdgesTable(vertices, numValues, edgeBuffer, sortedTable, sortRecords, fieldOffsets, true);
+
+    ActiveEdges active(edgeBuffer, numEdges);
+    int32_t scan = sortedTable[scanStartField * numEdges];
+    int32_t next = 0;
+    for (;;) {
+        for (; next < numEdges && sortedTable[scanStartField * numEdges + next] == scan; ++next) {
+            if (sortedTable[scanEndField * numEdges + next] != scan) {
+                insertByCrossing(active, ActiveList{edgeBuffer, active.count(), numEdges}, sortedTable, numEdges,
+                                 next);
+            }
+        }
+        if (active.count() == 0) {
+            return;
+        }
+        const ActiveList list{edgeBuffer, active.count(), numEdges};
+        fillColumnAntialiased(planes, scan, clip, numRows, list, fillValue, opacity, weightTable);
+        // Unlike the plain fill, an edge is removed after its last column.
+        active.removeEndingAt(scan);
+        active.advance();
+        const ActiveList advanced{edgeBuffer, active.count(), numEdges};
+        active.resortBy([&](int32_t edge) { return advanced.crossingKey(edge, 0); });
+        scan = wrapAdd(scan, 1);
+    }
+}
+
+template <class T, class Raw, class Opacity>
+int32_t fillIntensity(int32_t *edgeBuffer, int32_t numValues, const int32_t *vertices, int32_t *sortRecords,
+                      Raw *image, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows,
+                      const Raw *fillValue, Opacity opacity, const Opacity *weightTable, int32_t numPlanes,
+                      int32_t planeStride)
+{
+    fillPolygonAntialiased(edgeBuffer, numValues, vertices, sortRecords,
+                           IntensityPlanes<T>{reinterpret_cast<T *>(image), numPlanes, planeStride},
+                           ClipRectangle{rowMin, rowMax, colMin, colMax}, numRows,
+                           reinterpret_cast<const T *>(fillValue), opacity, weightTable);
+    return 0;
+}
+
+template <class T, class Raw, class Opacity>
+int32_t fillRgb(int32_t *edgeBuffer, int32_t numValues, const int32_t *vertices, int32_t *sortRecords, Raw *red,
+                Raw *green, Raw *blue, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax,
+                int32_t numRows, const Raw *fillValue, Opacity opacity, const Opacity *weightTable)
+{
+    fillPolygonAntialiased(
+        edgeBuffer, numValues, vertices, sortRecords,
+        RgbPlanes<T>{reinterpret_cast<T *>(red), reinterpret_cast<T *>(green), reinterpret_cast<T *>(blue)},
+        ClipRectangle{rowMin, rowMax, colMin, colMax}, numRows, reinterpret_cast<const T *>(fillValue), opacity,
+        weightTable);
+    return 0;
+}
+
+template <class T, class Raw, class Opacity>
+void scanLineIntensity(Raw *image, int32_t column, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax,
+                       int32_t numRows, int32_t numActive, const int32_t *activeEdges, const Raw *fillValue,
+                       Opacity opacity, const Opacity *weightTable, int32_t fieldStride, int32_t numPlanes,
+                       int32_t planeStride)
+{
+    fillColumnAntialiased(IntensityPlanes<T>{reinterpret_cast<T *>(image), numPlanes, planeStride}, column,
+                          ClipRectangle{rowMin, rowMax, colMin, colMax}, numRows,
+                          ActiveList{activeEdges, numActive, fieldStride}, reinterpret_cast<const T *>(fillValue),
+                          opacity, weightTable);
+}
+
+template <class T, class Raw, class Opacity>
+void scanLineRgb(Raw *red, Raw *green, Raw *blue, int32_t column, int32_t rowMin, int32_t rowMax, int32_t colMin,
+                 int32_t colMax, int32_t numRows, int32_t numActive, const int32_t *activeEdges,
+                 const Raw *fillValue, Opacity opacity, const Opacity *weightTable, int32_t fieldStride)
+{
+    fillColumnAntialiased(
+        RgbPlanes<T>{reinterpret_cast<T *>(red), reinterpret_cast<T *>(green), reinterpret_cast<T *>(blue)}, column,
+        ClipRectangle{rowMin, rowMax, colMin, colMax}, numRows, ActiveList{activeEdges, numActive, fieldStride},
+        reinterpret_cast<const T *>(fillValue), opacity, weightTable);
+}
+
+} // namespace
+} // namespace ornex::draw
+
+using ornex::LogicalByte;
+using namespace ornex::draw;
+
+#define ORNEX_AAPOLY_I_ARGS(T, O) int32_t *edgeBuffer, int32_t numValues, const int32_t *vertices, int32_t *sortRecords, T *image, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const T *fillValue, O opacity, const O *weightTable, int32_t numPlanes, int32_t planeStride
+#define ORNEX_AAPOLY_I_PASS edgeBuffer, numValues, vertices, sortRecords, image, rowMin, rowMax, colMin, colMax, numRows, fillValue, opacity, weightTable, numPlanes, planeStride
+#define ORNEX_AAPOLY_RGB_ARGS(T, O) int32_t *edgeBuffer, int32_t numValues, const int32_t *vertices, int32_t *sortRecords, T *red, T *green, T *blue, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const T *fillValue, O opacity, const O *weightTable
+#define ORNEX_AAPOLY_RGB_PASS edgeBuffer, numValues, vertices, sortRecords, red, green, blue, rowMin, rowMax, colMin, colMax, numRows, fillValue, opacity, weightTable
+#define ORNEX_AASCAN_I_ARGS(T, O) T *image, int32_t column, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t numActive, const int32_t *activeEdges, const T *fillValue, O opacity, const O *weightTable, int32_t fieldStride, int32_t numPlanes, int32_t planeStride
+#define ORNEX_AASCAN_I_PASS image, column, rowMin, rowMax, colMin, colMax, numRows, numActive, activeEdges, fillValue, opacity, weightTable, fieldStride, numPlanes, planeStride
+#define ORNEX_AASCAN_RGB_ARGS(T, O) T *red, T *green, T *blue, int32_t column, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t numActive, const int32_t *activeEdges, const T *fillValue, O opacity, const O *weightTable, int32_t fieldStride
+#define ORNEX_AASCAN_RGB_PASS red, green, blue, column, rowMin, rowMax, colMin, colMax, numRows, numActive, activeEdges, fillValue, opacity, weightTable, fieldStride
+
+extern "C" {
+int32_t ORNEX_FillOnePolygon_AA_I_D(ORNEX_AAPOLY_I_ARGS(double, double)) { return fillIntensity<double>(ORNEX_AAPOLY_I_PASS); }
+int32_t ORNEX_FillOnePolygon_AA_I_R(ORNEX_AAPOLY_I_ARGS(float, float)) { return fillIntensity<float>(ORNEX_AAPOLY_I_PASS); }
+int32_t ORNEX_FillOnePolygon_AA_I_Bool(ORNEX_AAPOLY_I_ARGS(uint8_t, int16_t)) { return fillIntensity<LogicalByte>(ORNEX_AAPOLY_I_PASS); }
+int32_t ORNEX_FillOnePolygon_AA_I_UI8(ORNEX_AAPOLY_I_ARGS(uint8_t, int16_t)) { return fillIntensity<uint8_t>(ORNEX_AAPOLY_I_PASS); }
+int32_t ORNEX_FillOnePolygon_AA_I_I8(ORNEX_AAPOLY_I_ARGS(int8_t, int16_t)) { return fillIntensity<int8_t>(ORNEX_AAPOLY_I_PASS); }
+int32_t ORNEX_FillOnePolygon_AA_I_UI16(ORNEX_AAPOLY_I_ARGS(uint16_t, int16_t)) { return fillIntensity<uint16_t>(ORNEX_AAPOLY_I_PASS); }
+int32_t ORNEX_FillOnePolygon_AA_I_I16(ORNEX_AAPOLY_I_ARGS(int16_t, int16_t)) { return fillIntensity<int16_t>(ORNEX_AAPOLY_I_PASS); }
+int32_t ORNEX_FillOnePolygon_AA_RGB_D(ORNEX_AAPOLY_RGB_ARGS(double, double)) { return fillRgb<double>(ORNEX_AAPOLY_RGB_PASS); }
+int32_t ORNEX_FillOnePolygon_AA_RGB_R(ORNEX_AAPOLY_RGB_ARGS(float, float)) { return fillRgb<float>(ORNEX_AAPOLY_RGB_PASS); }
+int32_t ORNEX_FillOnePolygon_AA_RGB_Bool(ORNEX_AAPOLY_RGB_ARGS(uint8_t, int16_t)) { return fillRgb<LogicalByte>(ORNEX_AAPOLY_RGB_PASS); }
+int32_t ORNEX_FillOnePolygon_AA_RGB_UI8(ORNEX_AAPOLY_RGB_ARGS(uint8_t, int16_t)) { return fillRgb<uint8_t>(ORNEX_AAPOLY_RGB_PASS); }
+int32_t ORNEX_FillOnePolygon_AA_RGB_I8(ORNEX_AAPOLY_RGB_ARGS(int8_t, int16_t)) { return fillRgb<int8_t>(ORNEX_AAPOLY_RGB_PASS); }
+int32_t ORNEX_FillOnePolygon_AA_RGB_UI16(ORNEX_AAPOLY_RGB_ARGS(uint16_t, int16_t)) { return fillRgb<uint16_t>(ORNEX_AAPOLY_RGB_PASS); }
+int32_t ORNEX_FillOnePolygon_AA_RGB_I16(ORNEX_AAPOLY_RGB_ARGS(int16_t, int16_t)) { return fillRgb<int16_t>(ORNEX_AAPOLY_RGB_PASS); }
+
+void ORNEX_FillVerticalScanLine_AA_I_D(ORNEX_AASCAN_I_ARGS(double, double)) { scanLineIntensity<double>(ORNEX_AASCAN_I_PASS); }
+void ORNEX_FillVerticalScanLine_AA_I_R(ORNEX_AASCAN_I_ARGS(float, float)) { scanLineIntensity<float>(ORNEX_AASCAN_I_PASS); }
+void ORNEX_FillVerticalScanLine_AA_I_Bool(ORNEX_AASCAN_I_ARGS(uint8_t, int16_t)) { scanLineIntensity<LogicalByte>(ORNEX_AASCAN_I_PASS); }
+void ORNEX_FillVerticalScanLine_AA_I_UI8(ORNEX_AASCAN_I_ARGS(uint8_t, int16_t)) { scanLineIntensity<uint8_t>(ORNEX_AASCAN_I_PASS); }
+void ORNEX_FillVerticalScanLine_AA_I_I8(ORNEX_AASCAN_I_ARGS(int8_t, int16_t)) { scanLineIntensity<int8_t>(ORNEX_AASCAN_I_PASS); }
+void ORNEX_FillVerticalScanLine_AA_I_UI16(ORNEX_AASCAN_I_ARGS(uint16_t, int16_t)) { scanLineIntensity<uint16_t>(ORNEX_AASCAN_I_PASS); }
+void ORNEX_FillVerticalScanLine_AA_I_I16(ORNEX_AASCAN_I_ARGS(int16_t, int16_t)) { scanLineIntensity<int16_t>(ORNEX_AASCAN_I_PASS); }
+void ORNEX_FillVerticalScanLine_AA_RGB_D(ORNEX_AASCAN_RGB_ARGS(double, double)) { scanLineRgb<double>(ORNEX_AASCAN_RGB_PASS); }
+void ORNEX_FillVerticalScanLine_AA_RGB_R(ORNEX_AASCAN_RGB_ARGS(float, float)) { scanLineRgb<float>(ORNEX_AASCAN_RGB_PASS); }
+void ORNEX_FillVerticalScanLine_AA_RGB_Bool(ORNEX_AASCAN_RGB_ARGS(uint8_t, int16_t)) { scanLineRgb<LogicalByte>(ORNEX_AASCAN_RGB_PASS); }
+void ORNEX_FillVerticalScanLine_AA_RGB_UI8(ORNEX_AASCAN_RGB_ARGS(uint8_t, int16_t)) { scanLineRgb<uint8_t>(ORNEX_AASCAN_RGB_PASS); }
+void ORNEX_FillVerticalScanLine_AA_RGB_I8(ORNEX_AASCAN_RGB_ARGS(int8_t, int16_t)) { scanLineRgb<int8_t>(ORNEX_AASCAN_RGB_PASS); }
+void ORNEX_FillVerticalScanLine_AA_RGB_UI16(ORNEX_AASCAN_RGB_ARGS(uint16_t, int16_t)) { scanLineRgb<uint16_t>(ORNEX_AASCAN_RGB_PASS); }
+void ORNEX_FillVerticalScanLine_AA_RGB_I16(ORNEX_AASCAN_RGB_ARGS(int16_t, int16_t)) { scanLineRgb<int16_t>(ORNEX_AASCAN_RGB_PASS); }
+}
