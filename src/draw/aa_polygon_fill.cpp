@@ -1,6 +1,7 @@
 #include "ornex_rt.h"
 
 #include <algorithm>
+#include <cmath>
 #include <type_traits>
 
 #include "draw/clip_rectangle.hpp"
@@ -91,28 +92,57 @@ inline int32_t distanceIndex(int32_t insideDistance)
     return std::clamp(24 + sixteenths, noCoverageIndex, fullCoverageIndex);
 }
 
-// The first row at which the perpendicular distance reaches threshold; the
-// distance never decreases down the column.
+// The first row at which the perpendicular distance reaches threshold, in
+// closed form: trunc(v*n/1024) >= T holds from v = ceil(1024T/n) for T >= 1
+// and from floor(1024(T - 1)/n) + 1 otherwise, v = row*1024 - key. The clamp
+// on v never matters: thresholds lie within +-1504, reached well inside it.
 inline int32_t firstRowReaching(SampledEdge edge, int32_t threshold)
 {
-    const int64_t offset = int64_t(edge.key) + int64_t(threshold) * 1024 / edge.weight;
-    int32_t row = static_cast<int32_t>(std::clamp<int64_t>((offset >= 0 ? offset : offset - 1023) / 1024,
-                                                           INT32_MIN + 1, INT32_MAX - 1));
-    while (perpendicularDistance(wrapSub(row, 1), edge) >= threshold) {
-        row = wrapSub(row, 1);
-    }
-    while (perpendicularDistance(row, edge) < threshold) {
-        row = wrapAdd(row, 1);
-    }
-    return row;
+    const int32_t n = edge.weight;
+    const int32_t firstOffset =
+        threshold >= 1 ? (1024 * threshold + n - 1) / n : 1 - (1024 * (1 - threshold) + n - 1) / n;
+    const int64_t offset = int64_t(edge.key) + firstOffset;
+    return static_cast<int32_t>(std::clamp<int64_t>(-((-offset) >> 10), INT32_MIN, INT32_MAX));
 }
 
-// Distances that give index 1 and index 48 (see distanceIndex).
-constexpr int32_t firstReachingDistance = -1503;
-constexpr int32_t firstFullDistance = 1504;
+// The smallest inside distance whose index is at least `index`.
+constexpr int32_t firstDistanceOfIndex(int32_t index)
+{
+    return index > 24 ? 64 * (index - 24) - 32 : -64 * (24 - index) - 31;
+}
 
-// The two edges of one even-odd span, with the rows where both indices are
-// at least 1 (reach) and where both are 48 (full).
+// Inside distances from which an edge can add to a span and from which it
+// counts as full. Read off the table: a run of entries from index 1 that
+// add nothing (none above 0 while no entry exceeds full) acts as index 0, a
+// run up to index 47 that equals full acts as index 48; with the box
+// profile that narrows the partly covered band from 3 pixels to 1.
+struct BandLimits {
+    int32_t reaching;
+    int32_t full;
+};
+
+template <class T>
+BandLimits bandLimitsOf(const OpacityOf<T> *weightTable)
+{
+    using Value = typename CoverageSumOf<T>::Value;
+    constexpr Value full = CoverageSumOf<T>::full;
+    bool bounded = true;
+    for (int32_t i = 1; i < fullCoverageIndex; ++i) {
+        bounded = bounded && Value(weightTable[i]) <= full;
+    }
+    int32_t lastEmpty = noCoverageIndex;
+    while (bounded && lastEmpty + 1 < fullCoverageIndex && Value(weightTable[lastEmpty + 1]) <= Value(0)) {
+        ++lastEmpty;
+    }
+    int32_t firstFull = fullCoverageIndex;
+    while (firstFull - 1 > noCoverageIndex && Value(weightTable[firstFull - 1]) == full) {
+        --firstFull;
+    }
+    return {firstDistanceOfIndex(lastEmpty + 1), firstDistanceOfIndex(firstFull)};
+}
+
+// The two edges of one even-odd span, with the rows where both can add
+// (reach) and where both are full.
 struct EdgePair {
     int32_t sample;
     SampledEdge upper;
@@ -120,12 +150,11 @@ struct EdgePair {
     int32_t reachFirst, fullFirst, fullLast, reachLast;
 
     EdgePair() = default;
-    EdgePair(int32_t sampleIndex, SampledEdge upperEdge, SampledEdge lowerEdge)
+    EdgePair(int32_t sampleIndex, SampledEdge upperEdge, SampledEdge lowerEdge, const BandLimits &limits)
         : sample(sampleIndex), upper(upperEdge), lower(lowerEdge),
-          reachFirst(firstRowReaching(upper, firstReachingDistance)),
-          fullFirst(firstRowReaching(upper, firstFullDistance)),
-          fullLast(wrapSub(firstRowReaching(lower, wrapNeg(firstFullDistance) + 1), 1)),
-          reachLast(wrapSub(firstRowReaching(lower, wrapNeg(firstReachingDistance) + 1), 1))
+          reachFirst(firstRowReaching(upper, limits.reaching)), fullFirst(firstRowReaching(upper, limits.full)),
+          fullLast(wrapSub(firstRowReaching(lower, wrapNeg(limits.full) + 1), 1)),
+          reachLast(wrapSub(firstRowReaching(lower, wrapNeg(limits.reaching) + 1), 1))
     {
     }
 
@@ -156,14 +185,28 @@ public:
         return overlap > Value(0) ? overlap : Value(0);
     }
 
+    // pairContribution for a pair in reach, reading the table only for the
+    // edge that is not full at the row: a full edge's entry is full.
+    Value partialContribution(int32_t row, const EdgePair &pair) const
+    {
+        const Value upperWeight =
+            row >= pair.fullFirst ? Sum::full : weight(distanceIndex(perpendicularDistance(row, pair.upper)));
+        const Value lowerWeight = row <= pair.fullLast
+                                      ? Sum::full
+                                      : weight(distanceIndex(wrapNeg(perpendicularDistance(row, pair.lower))));
+        const Value overlap = (upperWeight + lowerWeight) - Sum::full;
+        return overlap > Value(0) ? overlap : Value(0);
+    }
+
     // Spans of each sample add, each sample capped at full; a vertex column
-    // averages its left and right samples.
-    template <class ForEachPair>
-    Value rowCoverage(int32_t row, bool vertexColumn, const ForEachPair &forEachPair) const
+    // averages its left and right samples. forEachContribution(visit) calls
+    // visit(sample, contribution) for the pairs in list order.
+    template <class ForEachContribution>
+    Value rowCoverage(bool vertexColumn, const ForEachContribution &forEachContribution) const
     {
         Value sums[2] = {Value(0), Value(0)};
-        forEachPair([&](int32_t sample, SampledEdge upper, SampledEdge lower) {
-            sums[sample] = Sum::add(sums[sample], pairContribution(row, upper, lower));
+        forEachContribution([&](int32_t sample, Value contribution) {
+            sums[sample] = Sum::add(sums[sample], contribution);
         });
         const Value left = sums[0] < Sum::full ? sums[0] : Sum::full;
         if (!vertexColumn) {
@@ -171,6 +214,20 @@ public:
         }
         const Value right = sums[1] < Sum::full ? sums[1] : Sum::full;
         return Sum::average(left, right);
+    }
+
+    // A pair out of reach adds exactly nothing and a pair full at the row
+    // exactly full, so neither needs its indices.
+    Value cachedRowCoverage(int32_t row, bool vertexColumn, const EdgePair *pairs, int32_t numPairs) const
+    {
+        return rowCoverage(vertexColumn, [&](const auto &visit) {
+            for (int32_t j = 0; j < numPairs; ++j) {
+                const EdgePair &pair = pairs[j];
+                if (pair.reaches(row)) {
+                    visit(pair.sample, pair.fullAt(row) ? Sum::full : partialContribution(row, pair));
+                }
+            }
+        });
     }
 
 private:
@@ -245,13 +302,38 @@ public:
     // Rows between events keep every pair's state (out of reach, partly
     // covered, full): a stretch with no partly covered pair has one
     // coverage and is blended as one run.
+    // Spans that no other span's reach overlaps get their coverage from
+    // their own pair alone: the others add exactly nothing there.
+    bool fillSeparateSpans(const EdgePair *pairs, int32_t numPairs) const
+    {
+        for (int32_t j = 1; j < numPairs; ++j) {
+            if (pairs[j - 1].reachLast >= pairs[j].reachFirst) {
+                return false;
+            }
+        }
+        for (int32_t j = 0; j < numPairs; ++j) {
+            const EdgePair &pair = pairs[j];
+            const int32_t first = std::max(pair.reachFirst, clip_.rowMin);
+            const int32_t last = std::min(pair.reachLast, clip_.rowMax);
+            const int32_t fullFirst = std::max(pair.fullFirst, first);
+            const int32_t fullLast = std::min(pair.fullLast, last);
+            for (int32_t row = first; row <= last; ++row) {
+                if (row == fullFirst && fullFirst <= fullLast) {
+                    blendRows(fullFirst, fullLast, coverage_.cachedRowCoverage(row, false, &pair, 1));
+                    row = fullLast;
+                    continue;
+                }
+                blendRows(row, row, coverage_.cachedRowCoverage(row, false, &pair, 1));
+            }
+        }
+        return true;
+    }
+
     void fillCached(const EdgePair *pairs, int32_t numPairs, bool vertexColumn) const
     {
-        auto forEachPair = [&](const auto &visit) {
-            for (int32_t j = 0; j < numPairs; ++j) {
-                visit(pairs[j].sample, pairs[j].upper, pairs[j].lower);
-            }
-        };
+        if (!vertexColumn && fillSeparateSpans(pairs, numPairs)) {
+            return;
+        }
         int32_t events[4 * cachedPairCapacity];
         int32_t numEvents = 0;
         for (int32_t j = 0; j < numPairs; ++j) {
@@ -260,7 +342,14 @@ public:
             events[numEvents++] = wrapAdd(pairs[j].fullLast, 1);
             events[numEvents++] = wrapAdd(pairs[j].reachLast, 1);
         }
-        std::sort(events, events + numEvents);
+        for (int32_t e = 1; e < numEvents; ++e) {
+            const int32_t event = events[e];
+            int32_t k = e;
+            for (; k > 0 && events[k - 1] > event; --k) {
+                events[k] = events[k - 1];
+            }
+            events[k] = event;
+        }
         for (int32_t e = 0; e + 1 < numEvents; ++e) {
             const int32_t first = std::max(events[e], clip_.rowMin);
             const int32_t last = std::min(wrapSub(events[e + 1], 1), clip_.rowMax);
@@ -272,29 +361,32 @@ public:
                 partlyCovered = pairs[j].reaches(first) && !pairs[j].fullAt(first);
             }
             if (!partlyCovered) {
-                blendRows(first, last, coverage_.rowCoverage(first, vertexColumn, forEachPair));
+                blendRows(first, last, coverage_.cachedRowCoverage(first, vertexColumn, pairs, numPairs));
                 continue;
             }
             for (int32_t row = first; row <= last; ++row) {
-                blendRows(row, row, coverage_.rowCoverage(row, vertexColumn, forEachPair));
+                blendRows(row, row, coverage_.cachedRowCoverage(row, vertexColumn, pairs, numPairs));
             }
         }
     }
 
-    void fillUncached(const ActiveList &edges, int32_t column, bool vertexColumn) const
+    void fillUncached(const ActiveList &edges, int32_t column, bool vertexColumn, const BandLimits &limits) const
     {
-        auto forEachPair = [&](const auto &visit) { forEachSpan(edges, column, vertexColumn, visit); };
         int32_t first = INT32_MAX;
         int32_t last = INT32_MIN;
-        forEachPair([&](int32_t sample, SampledEdge upper, SampledEdge lower) {
-            const EdgePair pair(sample, upper, lower);
+        forEachSpan(edges, column, vertexColumn, [&](int32_t sample, SampledEdge upper, SampledEdge lower) {
+            const EdgePair pair(sample, upper, lower, limits);
             first = std::min(first, pair.reachFirst);
             last = std::max(last, pair.reachLast);
         });
         first = std::max(first, clip_.rowMin);
         last = std::min(last, clip_.rowMax);
         for (int32_t row = first; row <= last; ++row) {
-            blendRows(row, row, coverage_.rowCoverage(row, vertexColumn, forEachPair));
+            blendRows(row, row, coverage_.rowCoverage(vertexColumn, [&](const auto &visit) {
+                forEachSpan(edges, column, vertexColumn, [&](int32_t sample, SampledEdge upper, SampledEdge lower) {
+                    visit(sample, coverage_.pairContribution(row, upper, lower));
+                });
+            }));
         }
     }
 
@@ -310,7 +402,7 @@ private:
 template <class T, class Planes>
 void fillColumnAntialiased(const Planes &planes, int32_t column, const ClipRectangle &clip, int32_t numRows,
                            const ActiveList &edges, const T *fillValue, OpacityOf<T> opacity,
-                           const OpacityOf<T> *weightTable)
+                           const OpacityOf<T> *weightTable, const BandLimits &limits)
 {
     if (column < clip.colMin || column > clip.colMax || edges.count < 2) {
         return;
@@ -321,14 +413,14 @@ void fillColumnAntialiased(const Planes &planes, int32_t column, const ClipRecta
     int32_t numPairs = 0;
     forEachSpan(edges, column, vertexColumn, [&](int32_t sample, SampledEdge upper, SampledEdge lower) {
         if (numPairs < cachedPairCapacity) {
-            pairs[numPairs] = EdgePair(sample, upper, lower);
+            pairs[numPairs] = EdgePair(sample, upper, lower, limits);
         }
         ++numPairs;
     });
     if (numPairs <= cachedPairCapacity) {
         fill.fillCached(pairs, numPairs, vertexColumn);
     } else {
-        fill.fillUncached(edges, column, vertexColumn);
+        fill.fillUncached(edges, column, vertexColumn, limits);
     }
 }
 
@@ -369,6 +461,7 @@ void fillPolygonAntialiased(int32_t *edgeBuffer, int32_t numValues, const int32_
     }
     createEdgesTable(vertices, numValues, edgeBuffer, sortedTable, sortRecords, fieldOffsets, true);
 
+    const BandLimits limits = bandLimitsOf<T>(weightTable);
     ActiveEdges active(edgeBuffer, numEdges);
     int32_t scan = sortedTable[scanStartField * numEdges];
     int32_t next = 0;
@@ -383,7 +476,7 @@ void fillPolygonAntialiased(int32_t *edgeBuffer, int32_t numValues, const int32_
             return;
         }
         const ActiveList list{edgeBuffer, active.count(), numEdges};
-        fillColumnAntialiased(planes, scan, clip, numRows, list, fillValue, opacity, weightTable);
+        fillColumnAntialiased(planes, scan, clip, numRows, list, fillValue, opacity, weightTable, limits);
         // Unlike the plain fill, an edge is removed after its last column.
         active.removeEndingAt(scan);
         active.advance();
@@ -428,7 +521,7 @@ void scanLineIntensity(Raw *image, int32_t column, int32_t rowMin, int32_t rowMa
     fillColumnAntialiased(IntensityPlanes<T>{reinterpret_cast<T *>(image), numPlanes, planeStride}, column,
                           ClipRectangle{rowMin, rowMax, colMin, colMax}, numRows,
                           ActiveList{activeEdges, numActive, fieldStride}, reinterpret_cast<const T *>(fillValue),
-                          opacity, weightTable);
+                          opacity, weightTable, bandLimitsOf<T>(weightTable));
 }
 
 template <class T, class Raw, class Opacity>
@@ -439,7 +532,7 @@ void scanLineRgb(Raw *red, Raw *green, Raw *blue, int32_t column, int32_t rowMin
     fillColumnAntialiased(
         RgbPlanes<T>{reinterpret_cast<T *>(red), reinterpret_cast<T *>(green), reinterpret_cast<T *>(blue)}, column,
         ClipRectangle{rowMin, rowMax, colMin, colMax}, numRows, ActiveList{activeEdges, numActive, fieldStride},
-        reinterpret_cast<const T *>(fillValue), opacity, weightTable);
+        reinterpret_cast<const T *>(fillValue), opacity, weightTable, bandLimitsOf<T>(weightTable));
 }
 
 } // namespace

@@ -142,10 +142,13 @@ private:
     template <class Key>
     bool ascendingBy(const Key &key) const
     {
+        int32_t previous = count_ > 0 ? key(0) : 0;
         for (int32_t edge = 1; edge < count_; ++edge) {
-            if (key(edge - 1) > key(edge)) {
+            const int32_t current = key(edge);
+            if (previous > current) {
                 return false;
             }
+            previous = current;
         }
         return true;
     }

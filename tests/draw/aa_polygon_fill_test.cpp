@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdint>
 #include <random>
@@ -247,6 +248,116 @@ TEST(AAPolygonFillScanLine, DistanceIndicesOfOnePair)
     EXPECT_EQ(coverageAt(5), 448);
     active[14] = 0; // weight 0 counts as 1: 32/1024 of a pixel is index 24
     EXPECT_EQ(coverageAt(5), 512);
+    // x = 2, e = -491, L = 1024, weight 1000: K0 = 1557, so row 2 lies 491/1024
+    // below the crossing, p = trunc(479.49) = 479 just short of full: index 31.
+    active[4] = 2, active[8] = 1024, active[12] = -491, active[14] = 1000;
+    EXPECT_EQ(coverageAt(5), 960);
+    active[12] = 491; // 491/1024 above: p = trunc(-479.49) = -479, index 17
+    EXPECT_EQ(coverageAt(5), 64);
+}
+
+// One pixel's coverage written out as slowly as it is defined: every pair of
+// each sample, every distance index, nothing skipped.
+template <class W>
+W slowCoverage(const std::vector<int32_t> &fields, int32_t numActive, int32_t column, int32_t row,
+               const std::vector<W> &table, W full)
+{
+    auto field = [&](int32_t f, int32_t k) { return fields[f * numActive + k]; };
+    auto index = [&](int32_t k, int32_t quarter, bool lower) {
+        const int32_t key = field(2, k) * 1024 + ((4 * field(6, k) + quarter * field(3, k)) * 256) / field(4, k);
+        const int64_t v = std::clamp<int64_t>(int64_t(row) * 1024 - key, -(1 << 21), (1 << 21) - 1);
+        const int32_t p = int32_t(v * std::clamp(field(7, k), 1, 1024) / 1024), s = lower ? -p : p;
+        return std::clamp(24 + (s >= 0 ? (s + 32) / 64 : -((32 - s) / 64)), 0, 48);
+    };
+    auto sample = [&](int32_t quarter, int32_t skippedWhenAt) {
+        std::vector<int32_t> list;
+        for (int32_t k = 0; k < numActive; ++k) {
+            if (skippedWhenAt < 0 || field(skippedWhenAt, k) != column) {
+                list.push_back(k);
+            }
+        }
+        W sum = W(0);
+        for (size_t j = 0; j + 1 < list.size(); j += 2) {
+            const int32_t upper = index(list[j], quarter, false), lower = index(list[j + 1], quarter, true);
+            if (upper != 0 && lower != 0) {
+                const W t = ((upper == 48 ? full : table[upper]) + (lower == 48 ? full : table[lower])) - full;
+                sum = t > W(0) ? sum + t : sum;
+            }
+        }
+        return sum < full ? sum : full;
+    };
+    bool vertexColumn = false;
+    for (int32_t k = 0; k < numActive; ++k) {
+        vertexColumn = vertexColumn || field(0, k) == column || field(1, k) == column;
+    }
+    if (!vertexColumn) {
+        return sample(0, -1);
+    }
+    const W left = sample(-1, 0), right = sample(1, 1);
+    if constexpr (std::is_floating_point_v<W>) {
+        return (left + right) * W(0.5);
+    } else {
+        return (left + right) >> 1;
+    }
+}
+
+// Random active lists (in order of crossing, some edges starting or ending
+// at the column, steep ones with weights below 1) and random tables: the
+// box, a ramp over the whole range, and arbitrary entries below zero and
+// above full.
+TEST(AAPolygonFillScanLine, RandomColumnsAgainstTheRowByRowDefinition)
+{
+    std::mt19937 random(11);
+    auto uniform = [&](int32_t low, int32_t high) { return std::uniform_int_distribution<int32_t>(low, high)(random); };
+    const int32_t numRows = 60, column = 20;
+    for (int trial = 0; trial < 300; ++trial) {
+        const int32_t numActive = uniform(2, 9);
+        std::vector<std::array<int32_t, 9>> edges(numActive); // eight fields, then the key
+        for (auto &e : edges) {
+            const int32_t start = column - (uniform(0, 3) == 0 ? 0 : uniform(1, 30));
+            const int32_t end = start == column ? column + uniform(1, 30) : column + uniform(0, 30) * (uniform(0, 2) != 0);
+            const int32_t length = end - start, delta = uniform(-40, 40) * (uniform(0, 5) == 0 ? 40 : 1);
+            const int32_t error = uniform(-length / 2, (length - 1) / 2);
+            const int32_t weight = uniform(0, 7) == 0 ? uniform(0, 1100)
+                                                      : int32_t(1024.0 * length / std::sqrt(double(delta) * delta +
+                                                                                             double(length) * length));
+            e = {start, end == start ? end + 1 : end, uniform(5, 55), delta, length, 0, error, weight, 0};
+            e[4] = e[1] - e[0];
+            e[8] = e[2] * 1024 + (e[6] * 1024) / e[4];
+        }
+        std::stable_sort(edges.begin(), edges.end(), [](const auto &a, const auto &b) { return a[8] < b[8]; });
+        std::vector<int32_t> fields(8 * numActive);
+        for (int32_t k = 0; k < numActive; ++k) {
+            for (int32_t f = 0; f < 8; ++f) {
+                fields[f * numActive + k] = edges[k][f];
+            }
+        }
+        std::vector<int16_t> q10 = boxTable<int16_t>();
+        std::vector<double> reals = boxTable<double>();
+        for (int i = 1; i < 48; ++i) {
+            if (trial % 3 == 1) {
+                q10[i] = int16_t(i * 1024 / 48);
+            } else if (trial % 3 == 2) {
+                q10[i] = int16_t(i < 20 ? uniform(-300, 0) : uniform(-300, 1300));
+            }
+            reals[i] = trial % 3 == 0 ? reals[i] : q10[i] / 1024.0;
+        }
+        std::vector<uint16_t> fixedImage((column + 1) * numRows, 0);
+        std::vector<double> realImage((column + 1) * numRows, 0.0);
+        const uint16_t one = 1024;
+        const double unit = 1.0;
+        ORNEX_FillVerticalScanLine_AA_I_UI16(fixedImage.data(), column, 0, numRows - 1, 0, column, numRows, numActive,
+                                             fields.data(), &one, 1024, q10.data(), numActive, 1, 0);
+        ORNEX_FillVerticalScanLine_AA_I_D(realImage.data(), column, 0, numRows - 1, 0, column, numRows, numActive,
+                                          fields.data(), &unit, 1.0, reals.data(), numActive, 1, 0);
+        std::vector<int32_t> q10Wide(q10.begin(), q10.end());
+        for (int32_t row = 0; row < numRows; ++row) {
+            ASSERT_EQ(fixedImage[column * numRows + row], slowCoverage<int32_t>(fields, numActive, column, row, q10Wide, 1024))
+                << trial << " row " << row;
+            ASSERT_EQ(realImage[column * numRows + row], slowCoverage<double>(fields, numActive, column, row, reals, 1.0))
+                << trial << " row " << row;
+        }
+    }
 }
 
 // Area of the convex polygon inside the unit square about (row, col),
