@@ -96,13 +96,22 @@ inline int32_t distanceIndex(int32_t insideDistance)
 // closed form: trunc(v*n/1024) >= T holds from v = ceil(1024T/n) for T >= 1
 // and from floor(1024(T - 1)/n) + 1 otherwise, v = row*1024 - key. The clamp
 // on v never matters: thresholds lie within +-1504, reached well inside it.
+inline int32_t firstOffsetReaching(int32_t threshold, int32_t weight)
+{
+    return threshold >= 1 ? (1024 * threshold + weight - 1) / weight
+                          : 1 - (1024 * (1 - threshold) + weight - 1) / weight;
+}
+
+// The first row whose offset from the crossing key is at least firstOffset.
+inline int32_t firstRowFrom(int32_t key, int32_t firstOffset)
+{
+    const int64_t offset = int64_t(key) + firstOffset;
+    return static_cast<int32_t>(std::clamp<int64_t>(-((-offset) >> 10), INT32_MIN, INT32_MAX));
+}
+
 inline int32_t firstRowReaching(SampledEdge edge, int32_t threshold)
 {
-    const int32_t n = edge.weight;
-    const int32_t firstOffset =
-        threshold >= 1 ? (1024 * threshold + n - 1) / n : 1 - (1024 * (1 - threshold) + n - 1) / n;
-    const int64_t offset = int64_t(edge.key) + firstOffset;
-    return static_cast<int32_t>(std::clamp<int64_t>(-((-offset) >> 10), INT32_MIN, INT32_MAX));
+    return firstRowFrom(edge.key, firstOffsetReaching(threshold, edge.weight));
 }
 
 // The smallest inside distance whose index is at least `index`.
@@ -141,6 +150,25 @@ BandLimits bandLimitsOf(const OpacityOf<T> *weightTable)
     return {firstDistanceOfIndex(lastEmpty + 1), firstDistanceOfIndex(firstFull)};
 }
 
+// What the sweep keeps per active edge beside its fields: the crossing key
+// at the column the edge has reached, its clamped weight, and the row
+// offsets from the key where it starts to reach and to be full as the upper
+// edge of a span, and where it stops being full and reaching as the lower.
+struct EdgeCache {
+    int32_t key;
+    int32_t weight;
+    int32_t upperReach, upperFull, lowerFull, lowerReach;
+
+    EdgeCache() = default;
+    EdgeCache(int32_t crossingKey, int32_t clampedWeight, const BandLimits &limits)
+        : key(crossingKey), weight(clampedWeight), upperReach(firstOffsetReaching(limits.reaching, weight)),
+          upperFull(firstOffsetReaching(limits.full, weight)),
+          lowerFull(firstOffsetReaching(wrapNeg(limits.full) + 1, weight)),
+          lowerReach(firstOffsetReaching(wrapNeg(limits.reaching) + 1, weight))
+    {
+    }
+};
+
 // The two edges of one even-odd span, with the rows where both can add
 // (reach) and where both are full.
 struct EdgePair {
@@ -155,6 +183,15 @@ struct EdgePair {
           reachFirst(firstRowReaching(upper, limits.reaching)), fullFirst(firstRowReaching(upper, limits.full)),
           fullLast(wrapSub(firstRowReaching(lower, wrapNeg(limits.full) + 1), 1)),
           reachLast(wrapSub(firstRowReaching(lower, wrapNeg(limits.reaching) + 1), 1))
+    {
+    }
+
+    EdgePair(const EdgeCache &upperEdge, const EdgeCache &lowerEdge)
+        : sample(0), upper{upperEdge.key, upperEdge.weight}, lower{lowerEdge.key, lowerEdge.weight},
+          reachFirst(firstRowFrom(upper.key, upperEdge.upperReach)),
+          fullFirst(firstRowFrom(upper.key, upperEdge.upperFull)),
+          fullLast(wrapSub(firstRowFrom(lower.key, lowerEdge.lowerFull), 1)),
+          reachLast(wrapSub(firstRowFrom(lower.key, lowerEdge.lowerReach), 1))
     {
     }
 
@@ -302,6 +339,23 @@ public:
     // Rows between events keep every pair's state (out of reach, partly
     // covered, full): a stretch with no partly covered pair has one
     // coverage and is blended as one run.
+    // Rows first .. last of a span alone in its reach, one pixel at a time.
+    void blendPartlyCovered(const EdgePair &pair, int32_t first, int32_t last) const
+    {
+        using Sum = typename ColumnCoverage<T>::Sum;
+        for (int32_t row = first; row <= last; ++row) {
+            const auto sum = Sum::add(decltype(Sum::full)(0), coverage_.partialContribution(row, pair));
+            const auto cov = sum < Sum::full ? sum : Sum::full;
+            if (cov != decltype(cov)(0)) {
+                const auto pixelOpacity = scaledOpacity(opacity_, cov);
+                const int32_t index = wrapAdd(columnStart_, row);
+                for (int32_t p = 0; p < planes_.count(); ++p) {
+                    blendRunOfPlane(planes_.plane(p) + index, 1, fillValue_[p], pixelOpacity);
+                }
+            }
+        }
+    }
+
     // Spans that no other span's reach overlaps get their coverage from
     // their own pair alone: the others add exactly nothing there.
     bool fillSeparateSpans(const EdgePair *pairs, int32_t numPairs) const
@@ -317,14 +371,13 @@ public:
             const int32_t last = std::min(pair.reachLast, clip_.rowMax);
             const int32_t fullFirst = std::max(pair.fullFirst, first);
             const int32_t fullLast = std::min(pair.fullLast, last);
-            for (int32_t row = first; row <= last; ++row) {
-                if (row == fullFirst && fullFirst <= fullLast) {
-                    blendRows(fullFirst, fullLast, coverage_.cachedRowCoverage(row, false, &pair, 1));
-                    row = fullLast;
-                    continue;
-                }
-                blendRows(row, row, coverage_.cachedRowCoverage(row, false, &pair, 1));
+            if (fullFirst > fullLast) {
+                blendPartlyCovered(pair, first, last);
+                continue;
             }
+            blendPartlyCovered(pair, first, fullFirst - 1);
+            blendRows(fullFirst, fullLast, coverage_.cachedRowCoverage(fullFirst, false, &pair, 1));
+            blendPartlyCovered(pair, fullLast + 1, last);
         }
         return true;
     }
@@ -424,25 +477,97 @@ void fillColumnAntialiased(const Planes &planes, int32_t column, const ClipRecta
     }
 }
 
-// Inserts before the first active edge whose crossing lies below the new
-// one's, or at the same row with a steeper descent, so that edges leaving
-// one vertex are in the order of their rows a quarter column on.
-void insertByCrossing(ActiveEdges &active, const ActiveList &list, const int32_t *sortedTable, int32_t numEdges,
-                      int32_t sortedEdge)
+// A column without vertices from the cached keys and band offsets: the
+// spans are consecutive pairs of the whole list, sampled on the centre line.
+template <class T, class Planes>
+void fillColumnFromCache(const Planes &planes, int32_t column, const ClipRectangle &clip, int32_t numRows,
+                         const ActiveList &edges, const EdgeCache *cache, const T *fillValue, OpacityOf<T> opacity,
+                         const OpacityOf<T> *weightTable, const BandLimits &limits)
 {
-    const int32_t key = wrapMul(sortedTable[currentRowField * numEdges + sortedEdge], 1024);
-    const int32_t rowDelta = sortedTable[rowDeltaField * numEdges + sortedEdge];
-    const int32_t scanLength = sortedTable[scanLengthField * numEdges + sortedEdge];
-    int32_t position = 0;
-    for (; position < list.count; ++position) {
-        const int32_t activeKey = list.crossingKey(position, 0);
-        if (activeKey > key ||
-            (activeKey == key && wrapMul(list.field(rowDeltaField, position), scanLength) >
-                                     wrapMul(rowDelta, list.field(scanLengthField, position)))) {
-            break;
-        }
+    if (column < clip.colMin || column > clip.colMax || edges.count < 2) {
+        return;
     }
-    active.insertAt(position, sortedTable, numEdges, sortedEdge);
+    if (isVertexColumn(edges, column) || edges.count / 2 > cachedPairCapacity) {
+        fillColumnAntialiased(planes, column, clip, numRows, edges, fillValue, opacity, weightTable, limits);
+        return;
+    }
+    EdgePair pairs[cachedPairCapacity];
+    const int32_t numPairs = edges.count / 2;
+    for (int32_t j = 0; j < numPairs; ++j) {
+        pairs[j] = EdgePair(cache[2 * j], cache[2 * j + 1]);
+    }
+    const ColumnFill<T, Planes> fill(planes, column, clip, numRows, fillValue, opacity, weightTable);
+    fill.fillCached(pairs, numPairs, false);
+}
+
+// Sweeps with a cache of each active edge's key and band offsets when the
+// polygon has few enough edges for it to live on the stack.
+constexpr int32_t cachedEdgeCapacity = 64;
+
+template <class Companion, class T, class Planes>
+void sweepAntialiased(int32_t *edgeBuffer, int32_t numEdges, const int32_t *sortedTable, Companion *cache,
+                      const Planes &planes, const ClipRectangle &clip, int32_t numRows, const T *fillValue,
+                      OpacityOf<T> opacity, const OpacityOf<T> *weightTable, const BandLimits &limits)
+{
+    constexpr bool cached = std::is_same_v<Companion, EdgeCache>;
+    ActiveEdges<Companion> active(edgeBuffer, numEdges, cache);
+    auto listOf = [&] { return ActiveList{edgeBuffer, active.count(), numEdges}; };
+    auto keyAt = [&](int32_t position) {
+        if constexpr (cached) {
+            return active.companion(position).key;
+        } else {
+            return listOf().crossingKey(position, 0);
+        }
+    };
+    int32_t scan = sortedTable[scanStartField * numEdges];
+    int32_t next = 0;
+    for (;;) {
+        for (; next < numEdges && sortedTable[scanStartField * numEdges + next] == scan; ++next) {
+            if (sortedTable[scanEndField * numEdges + next] == scan) {
+                continue;
+            }
+            // Before the first edge crossing below the new one, or at the
+            // same row with a steeper descent: edges leaving one vertex are
+            // then in the order of their rows a quarter column on.
+            const int32_t key = wrapMul(sortedTable[currentRowField * numEdges + next], 1024);
+            const int32_t rowDelta = sortedTable[rowDeltaField * numEdges + next];
+            const int32_t scanLength = sortedTable[scanLengthField * numEdges + next];
+            int32_t position = 0;
+            for (; position < active.count(); ++position) {
+                const int32_t activeKey = keyAt(position);
+                if (activeKey > key ||
+                    (activeKey == key && wrapMul(active.field(rowDeltaField, position), scanLength) >
+                                             wrapMul(rowDelta, active.field(scanLengthField, position)))) {
+                    break;
+                }
+            }
+            active.insertAt(position, sortedTable, numEdges, next);
+            if constexpr (cached) {
+                active.companion(position) =
+                    EdgeCache(key, std::clamp(active.field(normalWeightField, position), 1, 1024), limits);
+            }
+        }
+        if (active.count() == 0) {
+            return;
+        }
+        if constexpr (cached) {
+            fillColumnFromCache(planes, scan, clip, numRows, listOf(), cache, fillValue, opacity, weightTable,
+                                limits);
+        } else {
+            fillColumnAntialiased(planes, scan, clip, numRows, listOf(), fillValue, opacity, weightTable, limits);
+        }
+        // Unlike the plain fill, an edge is removed after its last column.
+        active.removeEndingAt(scan);
+        active.advance();
+        if constexpr (cached) {
+            const ActiveList advanced = listOf();
+            for (int32_t k = 0; k < advanced.count; ++k) {
+                active.companion(k).key = advanced.crossingKey(k, 0);
+            }
+        }
+        active.resortBy(keyAt);
+        scan = wrapAdd(scan, 1);
+    }
 }
 
 template <class T, class Planes>
@@ -462,27 +587,13 @@ void fillPolygonAntialiased(int32_t *edgeBuffer, int32_t numValues, const int32_
     createEdgesTable(vertices, numValues, edgeBuffer, sortedTable, sortRecords, fieldOffsets, true);
 
     const BandLimits limits = bandLimitsOf<T>(weightTable);
-    ActiveEdges active(edgeBuffer, numEdges);
-    int32_t scan = sortedTable[scanStartField * numEdges];
-    int32_t next = 0;
-    for (;;) {
-        for (; next < numEdges && sortedTable[scanStartField * numEdges + next] == scan; ++next) {
-            if (sortedTable[scanEndField * numEdges + next] != scan) {
-                insertByCrossing(active, ActiveList{edgeBuffer, active.count(), numEdges}, sortedTable, numEdges,
-                                 next);
-            }
-        }
-        if (active.count() == 0) {
-            return;
-        }
-        const ActiveList list{edgeBuffer, active.count(), numEdges};
-        fillColumnAntialiased(planes, scan, clip, numRows, list, fillValue, opacity, weightTable, limits);
-        // Unlike the plain fill, an edge is removed after its last column.
-        active.removeEndingAt(scan);
-        active.advance();
-        const ActiveList advanced{edgeBuffer, active.count(), numEdges};
-        active.resortBy([&](int32_t edge) { return advanced.crossingKey(edge, 0); });
-        scan = wrapAdd(scan, 1);
+    if (numEdges <= cachedEdgeCapacity) {
+        EdgeCache cache[cachedEdgeCapacity];
+        sweepAntialiased(edgeBuffer, numEdges, sortedTable, cache, planes, clip, numRows, fillValue, opacity,
+                         weightTable, limits);
+    } else {
+        sweepAntialiased<NoCompanion>(edgeBuffer, numEdges, sortedTable, nullptr, planes, clip, numRows, fillValue,
+                                      opacity, weightTable, limits);
     }
 }
 

@@ -1,18 +1,27 @@
 #pragma once
 
 #include <cstdint>
+#include <type_traits>
 
 #include "draw/edge_table.hpp"
 #include "frame/wrap_arithmetic.hpp"
 
 namespace ornex::draw {
 
+// No per-edge data beside the eight fields.
+struct NoCompanion {};
+
 // The active edges of a column sweep: up to numEdges records with the eight
 // edge fields, stored field by field with stride numEdges, kept in order of
-// current row.
+// current row. A sweep may keep data of its own per edge in a companion
+// array that every move of a record carries along.
+template <class Companion = NoCompanion>
 class ActiveEdges {
 public:
-    ActiveEdges(int32_t *table, int32_t stride) : table_(table), stride_(stride) {}
+    ActiveEdges(int32_t *table, int32_t stride, Companion *companion = nullptr)
+        : table_(table), stride_(stride), companion_(companion)
+    {
+    }
 
     int32_t count() const { return count_; }
     int32_t field(int32_t f, int32_t edge) const { return table_[f * stride_ + edge]; }
@@ -55,6 +64,32 @@ public:
             field(f, position) = sortedTable[f * sortedStride + sortedEdge];
         }
         ++count_;
+    }
+
+    Companion &companion(int32_t edge) { return companion_[edge]; }
+    const Companion &companion(int32_t edge) const { return companion_[edge]; }
+
+    // Moves edge `from` up to position `to` (to < from), shifting the edges
+    // between down by one.
+    void moveUp(int32_t from, int32_t to)
+    {
+        int32_t moved[edgeFieldCount];
+        for (int32_t f = 0; f < edgeFieldCount; ++f) {
+            moved[f] = field(f, from);
+        }
+        Companion movedCompanion{};
+        if constexpr (hasCompanion) {
+            movedCompanion = companion_[from];
+        }
+        for (int32_t edge = from; edge > to; --edge) {
+            copyEdge(edge - 1, edge);
+        }
+        for (int32_t f = 0; f < edgeFieldCount; ++f) {
+            field(f, to) = moved[f];
+        }
+        if constexpr (hasCompanion) {
+            companion_[to] = movedCompanion;
+        }
     }
 
     // One column on: the current row moves to the nearer integer of the
@@ -107,16 +142,7 @@ public:
                 --position;
                 continue;
             }
-            int32_t moved[edgeFieldCount];
-            for (int32_t f = 0; f < edgeFieldCount; ++f) {
-                moved[f] = field(f, position);
-            }
-            for (int32_t edge = position; edge > target; --edge) {
-                copyEdge(edge - 1, edge);
-            }
-            for (int32_t f = 0; f < edgeFieldCount; ++f) {
-                field(f, target) = moved[f];
-            }
+            moveUp(position, target);
         }
     }
 
@@ -137,7 +163,12 @@ private:
         for (int32_t f = 0; f < edgeFieldCount; ++f) {
             field(f, to) = field(f, from);
         }
+        if constexpr (hasCompanion) {
+            companion_[to] = companion_[from];
+        }
     }
+
+    static constexpr bool hasCompanion = !std::is_same_v<Companion, NoCompanion>;
 
     template <class Key>
     bool ascendingBy(const Key &key) const
@@ -155,6 +186,7 @@ private:
 
     int32_t *table_;
     int32_t stride_;
+    Companion *companion_;
     int32_t count_ = 0;
 };
 
