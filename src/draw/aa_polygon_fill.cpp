@@ -226,11 +226,8 @@ public:
     // edge that is not full at the row: a full edge's entry is full.
     Value partialContribution(int32_t row, const EdgePair &pair) const
     {
-        const Value upperWeight =
-            row >= pair.fullFirst ? Sum::full : weight(distanceIndex(perpendicularDistance(row, pair.upper)));
-        const Value lowerWeight = row <= pair.fullLast
-                                      ? Sum::full
-                                      : weight(distanceIndex(wrapNeg(perpendicularDistance(row, pair.lower))));
+        const Value upperWeight = row >= pair.fullFirst ? Sum::full : bandWeight(row, pair.upper, false);
+        const Value lowerWeight = row <= pair.fullLast ? Sum::full : bandWeight(row, pair.lower, true);
         const Value overlap = (upperWeight + lowerWeight) - Sum::full;
         return overlap > Value(0) ? overlap : Value(0);
     }
@@ -268,6 +265,16 @@ public:
     }
 
 private:
+    // The table entry of an edge that reaches the row without being full
+    // there: its distance lies inside the band limits, so neither the
+    // distance clamp nor the index clamp can act.
+    Value bandWeight(int32_t row, SampledEdge edge, bool lowerEdge) const
+    {
+        const int32_t perpendicular = wrapSub(wrapMul(row, 1024), edge.key) * edge.weight / 1024;
+        const int32_t inside = lowerEdge ? -perpendicular : perpendicular;
+        return Value(table_[24 + (inside >= 0 ? (inside + 32) / 64 : -((32 - inside) / 64))]);
+    }
+
     Value weight(int32_t index) const { return index == fullCoverageIndex ? Sum::full : Value(table_[index]); }
 
     const OpacityOf<T> *table_;
@@ -343,14 +350,18 @@ public:
     void blendPartlyCovered(const EdgePair &pair, int32_t first, int32_t last) const
     {
         using Sum = typename ColumnCoverage<T>::Sum;
+        using PixelBlend = std::conditional_t<std::is_floating_point_v<T>, FloatingOpacityBlend<T, double>,
+                                              Q10OpacityBlend<T>>;
+        const int32_t numPlanes = planes_.count();
         for (int32_t row = first; row <= last; ++row) {
             const auto sum = Sum::add(decltype(Sum::full)(0), coverage_.partialContribution(row, pair));
             const auto cov = sum < Sum::full ? sum : Sum::full;
             if (cov != decltype(cov)(0)) {
                 const auto pixelOpacity = scaledOpacity(opacity_, cov);
                 const int32_t index = wrapAdd(columnStart_, row);
-                for (int32_t p = 0; p < planes_.count(); ++p) {
-                    blendRunOfPlane(planes_.plane(p) + index, 1, fillValue_[p], pixelOpacity);
+                for (int32_t p = 0; p < numPlanes; ++p) {
+                    T &pixel = planes_.plane(p)[index];
+                    pixel = PixelBlend(fillValue_[p], pixelOpacity)(pixel);
                 }
             }
         }
