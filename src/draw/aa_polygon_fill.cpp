@@ -343,9 +343,6 @@ public:
         }
     }
 
-    // Rows between events keep every pair's state (out of reach, partly
-    // covered, full): a stretch with no partly covered pair has one
-    // coverage and is blended as one run.
     // Rows first .. last of a span alone in its reach, one pixel at a time.
     void blendPartlyCovered(const EdgePair &pair, int32_t first, int32_t last) const
     {
@@ -386,13 +383,20 @@ public:
                 blendPartlyCovered(pair, first, last);
                 continue;
             }
-            blendPartlyCovered(pair, first, fullFirst - 1);
+            if (fullFirst > first) {
+                blendPartlyCovered(pair, first, fullFirst - 1);
+            }
             blendRows(fullFirst, fullLast, coverage_.cachedRowCoverage(fullFirst, false, &pair, 1));
-            blendPartlyCovered(pair, fullLast + 1, last);
+            if (fullLast < last) {
+                blendPartlyCovered(pair, fullLast + 1, last);
+            }
         }
         return true;
     }
 
+    // Rows between events keep every pair's state (out of reach, partly
+    // covered, full): a stretch with no partly covered pair has one
+    // coverage and is blended as one run.
     void fillCached(const EdgePair *pairs, int32_t numPairs, bool vertexColumn) const
     {
         if (!vertexColumn && fillSeparateSpans(pairs, numPairs)) {
