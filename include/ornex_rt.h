@@ -95,8 +95,20 @@ ORNEX_API void ORNEX_SearchMethod_3Step_MSE_R(const float *block, const float *r
  *   (oR/2, oC/2). Pass padded1 == image1 to use the image itself, neither
  *   cleared nor copied; padded1Rows is then its row count.
  * - padded2 (padded2Rows x padded2Cols): cleared, then image2 copied in at
- *   (dR + oR/2, dC + oC/2). The natural size is the image plus that margin on
- *   every side: (numRows + 2*(dR + oR/2)) x (numCols + 2*(dC + oC/2)).
+ *   (dR + oR/2, dC + oC/2). Its natural size is the image plus that margin
+ *   on every side: (numRows + 2*(dR + oR/2)) x (numCols + 2*(dC + oC/2)).
+ *   The block grid follows from padded2Rows and padded2Cols: at that size it
+ *   is (numRows / (bR - oR)) x (numCols / (bC - oC)) blocks.
+ * Room that the blocks and search regions read, with padded2 at that size:
+ * - padded1: (numRows + oR) x (numCols + oC), a whole overlap more than the
+ *   image, since the last blocks reach oR - oR/2 rows and oC - oC/2 columns
+ *   past it.
+ * - padded2: padded2Rows * (padded2Cols + oC%2) + oR%2 elements. With an
+ *   odd oC the last search regions reach one column past padded2Cols, with
+ *   an odd oR one row past padded2Rows (the element after a column's last
+ *   row is the next column's first, and after the last column a spare
+ *   one). The spare elements are read but neither cleared nor written: pass
+ *   them as zero.
  *
  * Blocks: with r0 = dR + oR/2 and c0 = dC + oC/2, block positions c = c0,
  * c0 + sC, ... while c < padded2Cols - c0 - sC + 1, and r likewise down the
@@ -733,18 +745,6 @@ ORNEX_API void ORNEX_AACircle_8PtsLinesRGB_UI8(uint8_t *planeR, uint8_t *planeG,
 ORNEX_API void ORNEX_AACircle_8PtsLinesRGB_I8(int8_t *planeR, int8_t *planeG, int8_t *planeB, int32_t cr, int32_t cc, int32_t a, int32_t b, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const int8_t *values, int16_t opacity);
 ORNEX_API void ORNEX_AACircle_8PtsLinesRGB_UI16(uint16_t *planeR, uint16_t *planeG, uint16_t *planeB, int32_t cr, int32_t cc, int32_t a, int32_t b, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const uint16_t *values, int16_t opacity);
 ORNEX_API void ORNEX_AACircle_8PtsLinesRGB_I16(int16_t *planeR, int16_t *planeG, int16_t *planeB, int32_t cr, int32_t cc, int32_t a, int32_t b, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const int16_t *values, int16_t opacity);
-ORNEX_API void ORNEX_Draw_AA_Circle_I_D(double *dst, const double *value, int32_t x0, int32_t y0, int32_t cr, int32_t cc, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t radius, int32_t numPlanes, int32_t planeStride);
-ORNEX_API void ORNEX_Draw_AA_Circle_I_R(float *dst, const float *value, int32_t x0, int32_t y0, int32_t cr, int32_t cc, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t radius, int32_t numPlanes, int32_t planeStride);
-ORNEX_API void ORNEX_Draw_AA_Circle_I_UI8(uint8_t *dst, const uint8_t *value, const int16_t *sqrtTable, int32_t x0, int32_t y0, int32_t cr, int32_t cc, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t radius, int32_t numPlanes, int32_t planeStride);
-ORNEX_API void ORNEX_Draw_AA_Circle_I_I8(int8_t *dst, const int8_t *value, const int16_t *sqrtTable, int32_t x0, int32_t y0, int32_t cr, int32_t cc, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t radius, int32_t numPlanes, int32_t planeStride);
-ORNEX_API void ORNEX_Draw_AA_Circle_I_UI16(uint16_t *dst, const uint16_t *value, const int16_t *sqrtTable, int32_t x0, int32_t y0, int32_t cr, int32_t cc, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t radius, int32_t numPlanes, int32_t planeStride);
-ORNEX_API void ORNEX_Draw_AA_Circle_I_I16(int16_t *dst, const int16_t *value, const int16_t *sqrtTable, int32_t x0, int32_t y0, int32_t cr, int32_t cc, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t radius, int32_t numPlanes, int32_t planeStride);
-ORNEX_API void ORNEX_Draw_AA_Circle_RGB_D(double *planeR, double *planeG, double *planeB, const double *value, int32_t x0, int32_t y0, int32_t cr, int32_t cc, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t radius);
-ORNEX_API void ORNEX_Draw_AA_Circle_RGB_R(float *planeR, float *planeG, float *planeB, const float *value, int32_t x0, int32_t y0, int32_t cr, int32_t cc, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t radius);
-ORNEX_API void ORNEX_Draw_AA_Circle_RGB_UI8(uint8_t *planeR, uint8_t *planeG, uint8_t *planeB, const uint8_t *value, const int16_t *sqrtTable, int32_t x0, int32_t y0, int32_t cr, int32_t cc, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t radius);
-ORNEX_API void ORNEX_Draw_AA_Circle_RGB_I8(int8_t *planeR, int8_t *planeG, int8_t *planeB, const int8_t *value, const int16_t *sqrtTable, int32_t x0, int32_t y0, int32_t cr, int32_t cc, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t radius);
-ORNEX_API void ORNEX_Draw_AA_Circle_RGB_UI16(uint16_t *planeR, uint16_t *planeG, uint16_t *planeB, const uint16_t *value, const int16_t *sqrtTable, int32_t x0, int32_t y0, int32_t cr, int32_t cc, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t radius);
-ORNEX_API void ORNEX_Draw_AA_Circle_RGB_I16(int16_t *planeR, int16_t *planeG, int16_t *planeB, const int16_t *value, const int16_t *sqrtTable, int32_t x0, int32_t y0, int32_t cr, int32_t cc, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t radius);
 ORNEX_API void ORNEX_Draw_AA_Circle_I_D(double *dst, const double *value, int32_t x0, int32_t y0, int32_t cr, int32_t cc, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t radius, int32_t numPlanes, int32_t planeStride);
 ORNEX_API void ORNEX_Draw_AA_Circle_I_R(float *dst, const float *value, int32_t x0, int32_t y0, int32_t cr, int32_t cc, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t radius, int32_t numPlanes, int32_t planeStride);
 ORNEX_API void ORNEX_Draw_AA_Circle_I_UI8(uint8_t *dst, const uint8_t *value, const int16_t *sqrtTable, int32_t x0, int32_t y0, int32_t cr, int32_t cc, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t radius, int32_t numPlanes, int32_t planeStride);

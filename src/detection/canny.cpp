@@ -38,7 +38,11 @@ template <class T, class ChooseThresholds>
 void canny(const T *image, const T *smoothing, const T *derivative, const CannyBuffers<T> &buffers,
            int32_t numRows, int32_t numCols, int32_t length, const ChooseThresholds &chooseThresholds)
 {
-    const size_t bytes = numRows > 0 && numCols > 0 ? static_cast<size_t>(numRows) * numCols * sizeof(T) : 0;
+    // An image without pixels has no edge map to clear or trace.
+    if (numRows < 1 || numCols < 1) {
+        return;
+    }
+    const size_t bytes = static_cast<size_t>(numRows) * numCols * sizeof(T);
     T *a = buffers.workA, *b = buffers.workB, *c = buffers.magnitude;
     smoothAcrossColumns(image, smoothing, a, numRows, numCols, length);
     smoothDownRows(image, smoothing, b, numRows, numCols, length);

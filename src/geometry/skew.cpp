@@ -73,7 +73,8 @@ void skewLinear(const SourceLine<T> &source, T offset, OutputLine<T> out, T back
 {
     const int64_t whole = wholePositions(offset);
     const T fraction = std::fabs(offset - T(whole));
-    if (fraction == T(0)) {
+    // An empty line has no end value to blend: the background throughout.
+    if (fraction == T(0) || source.length < 1) {
         copyShifted(source, whole, out, background);
         return;
     }

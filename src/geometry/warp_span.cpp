@@ -194,6 +194,11 @@ void computeSpan(const WarpImages<T> &images, const T *matrix, int32_t column, i
         spanEnd < images.outRowFirst) {
         return;
     }
+    // A source without pixels has nothing to sample, an output without
+    // pixels no room for a sample.
+    if (images.inRows < 1 || images.inCols < 1 || images.outRows < 1 || images.outCols < 1) {
+        return;
+    }
     switch (images.method) {
     case 1: sampleSpan<NearestTaps<T>>(images, matrix, column, spanStart, spanEnd); break;
     case 2: sampleSpan<BilinearTaps<T>>(images, matrix, column, spanStart, spanEnd); break;

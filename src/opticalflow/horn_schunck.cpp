@@ -131,6 +131,11 @@ void updateInteriorRows(const T *__restrict uHere, const T *__restrict uLeft, co
 template <bool trackChange, class T>
 T sweep(T *u, T *v, const HornSchunckWork<T> &work, int32_t numRows, int32_t numCols)
 {
+    // An image without pixels has nothing to update, and its working
+    // columns and velocity planes hold no element to touch.
+    if (numRows < 1 || numCols < 1) {
+        return 0;
+    }
     const DerivativeProducts<T> &products = work.products;
     const ptrdiff_t stride = numRows;
     const size_t columnBytes = static_cast<size_t>(numRows) * sizeof(T);
@@ -177,11 +182,9 @@ T sweep(T *u, T *v, const HornSchunckWork<T> &work, int32_t numRows, int32_t num
             std::memcpy(v + base - stride, work.vColumns[(c - 1) & 1], columnBytes);
         }
     }
-    if (numCols > 0) {
-        const ptrdiff_t lastBase = static_cast<ptrdiff_t>(numCols - 1) * stride;
-        std::memcpy(u + lastBase, work.uColumns[(numCols - 1) & 1], columnBytes);
-        std::memcpy(v + lastBase, work.vColumns[(numCols - 1) & 1], columnBytes);
-    }
+    const ptrdiff_t lastBase = static_cast<ptrdiff_t>(numCols - 1) * stride;
+    std::memcpy(u + lastBase, work.uColumns[(numCols - 1) & 1], columnBytes);
+    std::memcpy(v + lastBase, work.vColumns[(numCols - 1) & 1], columnBytes);
     return largestChange;
 }
 
@@ -240,8 +243,8 @@ void hornSchunckComplex(const T *image1, const T *image2, T *velocity, const Hor
     sobelDerivative(image1, image2, u, v, work.colSmooth1, work.colSmooth2, work.products, smoothness, numRows,
                     numCols);
     iterate(u, v, work, numRows, numCols, stop);
-    std::memcpy(work.products.gradXX, u, static_cast<size_t>(pixels) * sizeof(T));
-    std::memcpy(work.products.gradYY, v, static_cast<size_t>(pixels) * sizeof(T));
+    std::copy(u, u + pixels, work.products.gradXX);
+    std::copy(v, v + pixels, work.products.gradYY);
     for (ptrdiff_t i = 0; i < pixels; ++i) {
         ComplexVelocity<T>::store(velocity, i, work.products.gradXX[i], work.products.gradYY[i]);
     }

@@ -38,7 +38,7 @@ void weightedSums(const T *const *frames, T *scratch, T *sums[5], const Gaussian
                   int32_t numRows, int32_t numCols)
 {
     T *sumXX = sums[0], *sumYY = sums[1], *sumXY = sums[2], *sumXT = sums[3], *sumYT = sums[4];
-    const int32_t pixels = numRows * numCols;
+    const int32_t pixels = numRows > 0 && numCols > 0 ? numRows * numCols : 0;
     // Both temporal filters are centred on the same frame.
     const int32_t derivativeLength = filters.temporalDerivative.length;
     const int32_t smoothingLength = filters.temporalSmoothing.length;

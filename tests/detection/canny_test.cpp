@@ -2,9 +2,11 @@
 
 #include <cmath>
 #include <limits>
+#include <memory>
 #include <random>
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "detection/hysteresis.hpp"
@@ -162,6 +164,22 @@ TEST(Canny, ConstantImageHasNoEdges)
                                           &magnitude);
     EXPECT_EQ(edges, Grid(5, std::string(6, '.')));
     EXPECT_EQ(magnitude, std::vector<double>(30, 0.0));
+}
+
+TEST(Canny, ImagesWithoutPixelsTouchNoBuffer)
+{
+    // Buffers of exactly their stated size, none when M or N is below 1:
+    // AddressSanitizer reports any element touched (-1 x -1 is not one
+    // pixel), and a negative size taken as a byte count crashes outright.
+    const double smoothing[2] = {1, 0}, derivative[2] = {0, 0.5}, thresholds[2] = {0.1, 0.2}, percentage = 70;
+    for (const auto &[rows, cols] : {std::pair{0, 3}, {-1, 3}, {3, -1}, {-1, -1}}) {
+        const std::unique_ptr<double[]> image(new double[0]), a(new double[0]), b(new double[0]), c(new double[0]);
+        const std::unique_ptr<uint8_t[]> edges(new uint8_t[0]);
+        ORNEX_EdgeCanny_userTh_D(image.get(), smoothing, derivative, a.get(), b.get(), edges.get(), c.get(),
+                                 thresholds, rows, cols, 2);
+        ORNEX_EdgeCanny_autoTh_D(image.get(), smoothing, derivative, a.get(), b.get(), edges.get(), c.get(),
+                                 &percentage, rows, cols, 2);
+    }
 }
 
 TEST(Canny, RightBorderBandIsOneColumnWider)

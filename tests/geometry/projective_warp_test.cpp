@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
+#include <memory>
 #include <type_traits>
 #include <vector>
 
@@ -324,6 +325,11 @@ TYPED_TEST(ProjectiveWarp, SpanIsWrittenOnlyInsideTheWindowAtItsOwnIndices)
                       nullptr, identity.data(), 12, 10, 6, nearest, exact, 0, 0, 1);
         Warp<T>::span(untouched.data(), nullptr, nullptr, 3, 2, 9, 1, 6, -5, 1, 12, 0, source.plane(0), nullptr,
                       nullptr, identity.data(), 12, 10, 6, nearest, exact, 0, 0, 1);
+        // A source without pixels (a heap block of exactly none) has nothing
+        // to sample.
+        const std::unique_ptr<T[]> empty(new T[0]);
+        Warp<T>::span(untouched.data(), nullptr, nullptr, 3, 2, 9, 1, 6, -3, 4, 0, 0, empty.get(), nullptr, nullptr,
+                      identity.data(), 0, 10, 6, nearest, exact, 0, 0, 1);
         EXPECT_EQ(untouched, std::vector<T>(60, T(-1)));
     }
 }

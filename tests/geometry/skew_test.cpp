@@ -105,6 +105,8 @@ TYPED_TEST(Skew, BackgroundOnlyAndFirstWrittenPosition)
     for (Kernel kernel : {nearest, linear, cubic}) {
         EXPECT_EQ(skew<T>(kernel, line, 4, T(9.5), T(5)), std::vector<T>(4, T(5))) << kernel;
         EXPECT_EQ(skew<T>(kernel, line, 4, T(-9.5), T(5)), std::vector<T>(4, T(5))) << kernel;
+        // An empty line (no source element to read) shows the background.
+        EXPECT_EQ(skew<T>(kernel, {}, 3, T(0.5), T(5)), std::vector<T>(3, T(5))) << kernel;
         // Nothing stored from position 4 of 4 on.
         EXPECT_EQ(skew<T>(kernel, line, 4, T(1), T(5), 4), std::vector<T>(4, T(-77))) << kernel;
         // From position 2 on: the values of positions 2 and 3, stored first.

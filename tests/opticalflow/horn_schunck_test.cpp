@@ -1,6 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
+#include <memory>
+#include <utility>
 #include <vector>
 
 #include "flow_images.hpp"
@@ -151,6 +154,37 @@ TYPED_TEST(HornSchunck, SinglePixelNeverMoves)
     EXPECT_EQ(b.velocityY[0], T(0));
     EXPECT_EQ(b.products[5][0], T(0.25));
     EXPECT_EQ(b.products[3][0], T(0));
+}
+
+TYPED_TEST(HornSchunck, ImagesWithoutPixelsTouchNoBuffer)
+{
+    using T = typename TypeParam::T;
+    // Every buffer is a heap block of exactly its stated size (none when M or
+    // N is below 1): AddressSanitizer reports any element touched, and a
+    // negative size taken as a byte count crashes outright.
+    for (const auto &[rows, cols] : {std::pair{0, 3}, {3, 0}, {0, 0}, {-1, 3}, {3, -2}, {-2, -3}}) {
+        SCOPED_TRACE(testing::Message() << rows << " x " << cols);
+        const size_t m = size_t(std::max(rows, 0)), n = size_t(std::max(cols, 0));
+        std::vector<std::unique_ptr<T[]>> blocks;
+        auto exactly = [&](size_t count) { return blocks.emplace_back(new T[count]).get(); };
+        T *image1 = exactly(m * n), *image2 = exactly(m * n), *velocity = exactly(2 * m * n);
+        T *velocityY = exactly(m * n), *lines[4] = {exactly(m), exactly(m), exactly(n), exactly(n)};
+        T *p[6], *columns[4];
+        for (T *&product : p) {
+            product = exactly(m * n);
+        }
+        for (T *&column : columns) {
+            column = exactly(m);
+        }
+        const T smoothness = 1, threshold = 0;
+        const int32_t sweeps = 2;
+        TypeParam::realFlow(image1, image2, velocity, velocityY, lines[0], lines[1], lines[2], lines[3], p[0], p[1],
+                            p[2], p[3], p[4], p[5], columns[0], columns[1], columns[2], columns[3], &smoothness, 1,
+                            0, &sweeps, &threshold, rows, cols);
+        TypeParam::complexFlow(image1, image2, velocity, lines[0], lines[1], lines[2], lines[3], p[0], p[1], p[2],
+                               p[3], p[4], p[5], columns[0], columns[1], columns[2], columns[3], &smoothness, 1, 0,
+                               &sweeps, &threshold, rows, cols);
+    }
 }
 
 TYPED_TEST(HornSchunck, OneSweepFromZeroIsTheConstraintAlone)

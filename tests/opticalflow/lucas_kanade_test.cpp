@@ -2,6 +2,8 @@
 
 #include <cmath>
 #include <cstdint>
+#include <memory>
+#include <utility>
 #include <vector>
 
 #include "flow_images.hpp"
@@ -161,6 +163,21 @@ std::vector<T> gder(const std::vector<std::vector<T>> &frames, int32_t rows, int
         complexResult ? run(ORNEX_OpticalFlow_LK_GDER_C) : run(ORNEX_OpticalFlow_LK_GDER_R);
     }
     return result;
+}
+
+TEST(LucasKanadeGaussianDerivative, ImagesWithoutPixelsTouchNoBuffer)
+{
+    // Every buffer a heap block of exactly its stated size, none when M or N
+    // is below 1, so that AddressSanitizer sees any element touched: -2 x -3
+    // is not six pixels.
+    const std::unique_ptr<double[]> none(new double[0]);
+    double *nothing = none.get();
+    const double *frames[1] = {nothing};
+    const double one = 1;
+    for (const auto &[rows, cols] : {std::pair{0, 4}, {-1, 4}, {-2, -3}}) {
+        ORNEX_OpticalFlow_LK_GDER_D(frames, nothing, nothing, nothing, nothing, nothing, nothing, &one, &one, &one,
+                                    &one, &one, &one, rows, cols, 1, 1, 1, 1, 1, 1);
+    }
 }
 
 TEST(LucasKanadeGaussianDerivative, TranslatedPatternMovesWithTheContent)
