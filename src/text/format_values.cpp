@@ -111,8 +111,11 @@ int32_t formatNumbers(char *destination, char *format, const void *values, int32
     if (!putCut(format, percent, [&](const char *text) { return out.putText(text); })) {
         return out.written();
     }
+    // The walk ends at the end of the format or as soon as the conversion
+    // counter passes valueLimit; what is left of the format, a "%%" piece
+    // as much as any other, is dropped.
     int32_t k = 0;
-    while (percent != nullptr && *percent != '\0') {
+    while (percent != nullptr && k <= valueLimit) {
         if (percent[1] == '%') {
             // "%%" writes one '%' and takes no value; the text after it up to
             // the next '%' is written as it stands.
@@ -124,9 +127,6 @@ int32_t formatNumbers(char *destination, char *format, const void *values, int32
             }
             percent = next;
             continue;
-        }
-        if (k > valueLimit) {
-            break;
         }
         char *next = std::strchr(percent + 1, '%');
         char *end = next != nullptr ? next : percent + std::strlen(percent);

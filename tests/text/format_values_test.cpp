@@ -42,6 +42,10 @@ TEST(FormatValues, DoublePercentWritesOnePercentAndTakesNoValue)
     int32_t values[] = {100, 7};
     EXPECT_EQ(format("100%%", values, 0, 6), "100%");
     EXPECT_EQ(format("%d%% of %d", values, 1, 6), "100% of 7");
+    // Once the counter passes the limit the rest of the format is dropped,
+    // a "%%" as well.
+    EXPECT_EQ(format("x=%d%%", &values[1], 0, 6), "x=7");
+    EXPECT_EQ(format("100%%", values, -1, 6), "100");
 }
 
 TEST(FormatValues, EachTypeCodeWidensItsValue)
