@@ -1,9 +1,9 @@
 #pragma once
 
 // Drawing into images: plain and anti-aliased lines and circles, filled
-// polygons, text from the caller's glyphs, and number formatting. Every
-// function draws into the caller's image and checks all of its arguments
-// before the first pixel is written.
+// polygons, anti-aliased filled discs and polygons, text from the caller's
+// glyphs, and number formatting. Every function draws into the caller's
+// image and checks all of its arguments before the first pixel is written.
 
 #include <algorithm>
 #include <array>
@@ -92,6 +92,19 @@ template <class T>
 ClipRect wholeImage(const RgbView<T> &image)
 {
     return wholeImage(image.red);
+}
+
+// The caller's clip rectangle, which must lie inside the image, or else the
+// whole image.
+template <class View>
+ClipRect clipRect(const View &image, const std::optional<ClipRect> &clip)
+{
+    const ClipRect whole = wholeImage(image);
+    const ClipRect rect = clip.value_or(whole);
+    detail::require(rect.rowMin >= 0 && rect.rowMin <= rect.rowMax && rect.rowMax <= whole.rowMax &&
+                        rect.colMin >= 0 && rect.colMin <= rect.colMax && rect.colMax <= whole.colMax,
+                    "clip", "must lie inside the image");
+    return rect;
 }
 
 inline void requireLineSpan(Point from, Point to)
@@ -280,10 +293,7 @@ void drawLine(ImageView<T> image, Point from, Point to, const std::vector<T> &va
 {
     draw_detail::requireCanvas(image, "image");
     draw_detail::requireOnePerPlane(image, values, "values");
-    const ClipRect rect = clip.value_or(draw_detail::wholeImage(image));
-    detail::require(rect.rowMin >= 0 && rect.rowMin <= rect.rowMax && rect.rowMax < image.rows && rect.colMin >= 0 &&
-                        rect.colMin <= rect.colMax && rect.colMax < image.cols,
-                    "clip", "must lie inside the image");
+    const ClipRect rect = draw_detail::clipRect(image, clip);
     draw_detail::requireLineSpan(from, to);
     const std::vector<unsigned char> bytes = draw_detail::valueBytes(values);
     ORNEX_Line_Bresenham(from.row, from.col, to.row, to.col, image.data, image.rows, bytes.data(), sizeof(T),
@@ -298,10 +308,7 @@ void drawLine(RgbView<T> image, Point from, Point to, const std::array<T, 3> &co
               const std::optional<ClipRect> &clip = std::nullopt)
 {
     draw_detail::requireCanvas(image, "image");
-    const ClipRect rect = clip.value_or(draw_detail::wholeImage(image));
-    detail::require(rect.rowMin >= 0 && rect.rowMin <= rect.rowMax && rect.rowMax < image.rows() &&
-                        rect.colMin >= 0 && rect.colMin <= rect.colMax && rect.colMax < image.cols(),
-                    "clip", "must lie inside the image");
+    const ClipRect rect = draw_detail::clipRect(image, clip);
     draw_detail::requireLineSpan(from, to);
     ORNEX_Line_Bresenham_RGB(from.row, from.col, to.row, to.col, image.red.data, image.green.data, image.blue.data,
                              image.rows(), colour.data(), sizeof(T), rect.rowMin, rect.rowMax, rect.colMin,
@@ -587,6 +594,195 @@ void fillPolygon(RgbView<T> image, const std::vector<Point> &vertices, const std
     else if constexpr (std::same_as<T, int8_t>) fill(ORNEX_FillOnePolygon_RGB_I8);
     else if constexpr (std::same_as<T, uint16_t>) fill(ORNEX_FillOnePolygon_RGB_UI16);
     else fill(ORNEX_FillOnePolygon_RGB_I16);
+}
+
+// ---------------------------------------------------------------------------
+// Anti-aliased filled discs and polygons
+
+// Fills the disc of `radius` around `centre` with `colour` (one value per
+// plane), anti-aliased: a pixel wholly inside is blended at `opacity`, a
+// pixel the circle passes through at `opacity` times the share of it the
+// disc covers (one half when its centre lies on the circle), a pixel outside
+// is left alone. Each pixel is blended once, as fillPolygon blends; only
+// pixels inside `clip` (default: the whole image) are written.
+//   Image<uint8_t> image(64, 64);
+//   fillAntialiasedCircle(image.view(), {32, 32}, 20, {255});
+//   fillAntialiasedCircle(image.view(), {32, 32}, 20, {128}, 0.5, ClipRect{0, 31, 0, 63});
+template <BlendPixel T>
+void fillAntialiasedCircle(ImageView<T> image, Point centre, int32_t radius, const std::vector<T> &colour,
+                           double opacity = 1.0, const std::optional<ClipRect> &clip = std::nullopt)
+{
+    draw_detail::requireCanvas(image, "image");
+    draw_detail::requireOnePerPlane(image, colour, "colour");
+    draw_detail::requireNearOrigin(centre, "centre");
+    draw_detail::requireRadius(radius);
+    draw_detail::requireOpacity(opacity);
+    const ClipRect rect = draw_detail::clipRect(image, clip);
+    const auto fill = [&](auto kernel) {
+        kernel(image.data, colour.data(), centre.row, centre.col, rect.rowMin, rect.rowMax, rect.colMin, rect.colMax,
+               image.rows, radius, draw_detail::fillOpacity<T>(opacity), image.planes,
+               static_cast<int32_t>(image.planeSize()));
+    };
+    if constexpr (std::same_as<T, double>) fill(ORNEX_Draw_AA_FilledCircle_I_D);
+    else if constexpr (std::same_as<T, float>) fill(ORNEX_Draw_AA_FilledCircle_I_R);
+    else if constexpr (std::same_as<T, uint8_t>) fill(ORNEX_Draw_AA_FilledCircle_I_UI8);
+    else if constexpr (std::same_as<T, int8_t>) fill(ORNEX_Draw_AA_FilledCircle_I_I8);
+    else if constexpr (std::same_as<T, uint16_t>) fill(ORNEX_Draw_AA_FilledCircle_I_UI16);
+    else fill(ORNEX_Draw_AA_FilledCircle_I_I16);
+}
+
+// The same for an RGB image.
+//   fillAntialiasedCircle(rgb, {32, 32}, 20, {0.2, 0.4, 1.0}, 0.8);
+template <BlendPixel T>
+void fillAntialiasedCircle(RgbView<T> image, Point centre, int32_t radius, const std::array<T, 3> &colour,
+                           double opacity = 1.0, const std::optional<ClipRect> &clip = std::nullopt)
+{
+    draw_detail::requireCanvas(image, "image");
+    draw_detail::requireNearOrigin(centre, "centre");
+    draw_detail::requireRadius(radius);
+    draw_detail::requireOpacity(opacity);
+    const ClipRect rect = draw_detail::clipRect(image, clip);
+    const auto fill = [&](auto kernel) {
+        kernel(image.red.data, image.green.data, image.blue.data, colour.data(), centre.row, centre.col, rect.rowMin,
+               rect.rowMax, rect.colMin, rect.colMax, image.rows(), radius, draw_detail::fillOpacity<T>(opacity));
+    };
+    if constexpr (std::same_as<T, double>) fill(ORNEX_Draw_AA_FilledCircle_RGB_D);
+    else if constexpr (std::same_as<T, float>) fill(ORNEX_Draw_AA_FilledCircle_RGB_R);
+    else if constexpr (std::same_as<T, uint8_t>) fill(ORNEX_Draw_AA_FilledCircle_RGB_UI8);
+    else if constexpr (std::same_as<T, int8_t>) fill(ORNEX_Draw_AA_FilledCircle_RGB_I8);
+    else if constexpr (std::same_as<T, uint16_t>) fill(ORNEX_Draw_AA_FilledCircle_RGB_UI16);
+    else fill(ORNEX_Draw_AA_FilledCircle_RGB_I16);
+}
+
+// The edge profile of fillAntialiasedPolygon: entry i is the share of a
+// pixel whose centre lies (i - 24)/16 pixel inside an edge. This one, the
+// box profile clamp(1/2 + (i - 24)/16, 0, 1), runs the edges through the
+// vertex centres.
+inline std::vector<double> polygonBoxProfile()
+{
+    std::vector<double> weights(49);
+    for (int i = 0; i < 49; ++i) {
+        weights[i] = std::clamp(0.5 + (i - 24) / 16.0, 0.0, 1.0);
+    }
+    return weights;
+}
+
+namespace draw_detail {
+
+// Vertex rows and image rows beyond these would wrap the filler's Q10 rows;
+// longer edges would wrap the squared lengths of their normals.
+inline constexpr int32_t lowestAntialiasedRow = -524288;
+inline constexpr int32_t highestAntialiasedRow = 524287;
+inline constexpr int64_t maxAntialiasedEdge = 32767;
+
+inline void requireAntialiasedPolygon(const std::vector<Point> &vertices)
+{
+    requirePolygon(vertices);
+    for (size_t k = 0; k < vertices.size(); ++k) {
+        const Point from = vertices[k], to = vertices[(k + 1) % vertices.size()];
+        detail::require(from.row >= lowestAntialiasedRow && from.row <= highestAntialiasedRow, "vertices",
+                        "rows must lie within -524288 .. 524287");
+        detail::require(std::llabs(int64_t(to.row) - from.row) <= maxAntialiasedEdge &&
+                            std::llabs(int64_t(to.col) - from.col) <= maxAntialiasedEdge,
+                        "vertices", "edges must span at most 32767 rows and columns");
+    }
+}
+
+template <class View>
+void requireAntialiasedRows(const View &image)
+{
+    detail::require(wholeImage(image).rowMax <= highestAntialiasedRow, "image", "must have at most 524288 rows");
+}
+
+// The edge profile as the filler of T reads it: in the element type for
+// floating images, in Q10 (1024 = all) rounded to nearest for the others.
+template <class T>
+auto polygonWeightTable(const std::vector<double> &weights)
+{
+    detail::require(weights.size() == 49, "weights", "needs 49 entries");
+    using W = std::conditional_t<std::is_floating_point_v<T>, T, int16_t>;
+    std::vector<W> table;
+    for (const double weight : weights) {
+        detail::require(weight >= 0.0 && weight <= 1.0, "weights", "entries must lie in [0, 1]");
+        table.push_back(std::is_floating_point_v<T> ? W(weight) : W(roundToInt(1024.0 * weight)));
+    }
+    return table;
+}
+
+} // namespace draw_detail
+
+// Fills the closed polygon through `vertices` (the last joins the first) by
+// the even-odd rule, anti-aliased: each pixel is blended once with `values`
+// (one per plane) at `opacity` times the share of it the polygon covers.
+// That share comes from the distances of the pixel centre to the edges
+// through `weights` (see polygonBoxProfile; entries 0 and 48 always stand
+// for none and all); with the box profile an axis-aligned rectangle's sides
+// are half covered and its corners a quarter. Only pixels inside `clip`
+// (default: the whole image) are written; vertices may lie outside, with
+// rows within -524288 .. 524287 and edges at most 32767 rows and columns
+// long. Integer and logical images blend in steps of 1/1024, as fillPolygon.
+//   Image<uint8_t> image(100, 100);
+//   fillAntialiasedPolygon(image.view(), {{10, 10}, {10, 80}, {90, 45}}, {200});
+//   fillAntialiasedPolygon(image.view(), {{0, 0}, {0, 50}, {50, 50}}, {255}, 0.5, ClipRect{0, 49, 0, 99});
+template <FillPixel T>
+void fillAntialiasedPolygon(ImageView<T> image, const std::vector<Point> &vertices, const std::vector<T> &values,
+                            double opacity = 1.0, const std::optional<ClipRect> &clip = std::nullopt,
+                            const std::vector<double> &weights = polygonBoxProfile())
+{
+    draw_detail::requireCanvas(image, "image");
+    draw_detail::requireAntialiasedRows(image);
+    draw_detail::requireAntialiasedPolygon(vertices);
+    draw_detail::requireOnePerPlane(image, values, "values");
+    draw_detail::requireOpacity(opacity);
+    const ClipRect rect = draw_detail::clipRect(image, clip);
+    const auto table = draw_detail::polygonWeightTable<T>(weights);
+    const std::vector<int32_t> list = draw_detail::interleave(vertices);
+    std::vector<int32_t> edges(16 * vertices.size()), sortRecords(6 * vertices.size());
+    const std::vector<draw_detail::FillElement<T>> fillValues(values.begin(), values.end());
+    const auto fill = [&](auto kernel) {
+        kernel(edges.data(), static_cast<int32_t>(list.size()), list.data(), sortRecords.data(),
+               draw_detail::fillPixels(image.data), rect.rowMin, rect.rowMax, rect.colMin, rect.colMax, image.rows,
+               fillValues.data(), draw_detail::fillOpacity<T>(opacity), table.data(), image.planes,
+               static_cast<int32_t>(image.planeSize()));
+    };
+    if constexpr (std::same_as<T, double>) fill(ORNEX_FillOnePolygon_AA_I_D);
+    else if constexpr (std::same_as<T, float>) fill(ORNEX_FillOnePolygon_AA_I_R);
+    else if constexpr (std::same_as<T, bool>) fill(ORNEX_FillOnePolygon_AA_I_Bool);
+    else if constexpr (std::same_as<T, uint8_t>) fill(ORNEX_FillOnePolygon_AA_I_UI8);
+    else if constexpr (std::same_as<T, int8_t>) fill(ORNEX_FillOnePolygon_AA_I_I8);
+    else if constexpr (std::same_as<T, uint16_t>) fill(ORNEX_FillOnePolygon_AA_I_UI16);
+    else fill(ORNEX_FillOnePolygon_AA_I_I16);
+}
+
+// The same for an RGB image.
+//   fillAntialiasedPolygon(rgb, {{10, 10}, {10, 80}, {90, 45}}, {255, 0, 255}, 0.75);
+template <FillPixel T>
+void fillAntialiasedPolygon(RgbView<T> image, const std::vector<Point> &vertices, const std::array<T, 3> &colour,
+                            double opacity = 1.0, const std::optional<ClipRect> &clip = std::nullopt,
+                            const std::vector<double> &weights = polygonBoxProfile())
+{
+    draw_detail::requireCanvas(image, "image");
+    draw_detail::requireAntialiasedRows(image);
+    draw_detail::requireAntialiasedPolygon(vertices);
+    draw_detail::requireOpacity(opacity);
+    const ClipRect rect = draw_detail::clipRect(image, clip);
+    const auto table = draw_detail::polygonWeightTable<T>(weights);
+    const std::vector<int32_t> list = draw_detail::interleave(vertices);
+    std::vector<int32_t> edges(16 * vertices.size()), sortRecords(6 * vertices.size());
+    const std::array<draw_detail::FillElement<T>, 3> fillValues{colour[0], colour[1], colour[2]};
+    const auto fill = [&](auto kernel) {
+        kernel(edges.data(), static_cast<int32_t>(list.size()), list.data(), sortRecords.data(),
+               draw_detail::fillPixels(image.red.data), draw_detail::fillPixels(image.green.data),
+               draw_detail::fillPixels(image.blue.data), rect.rowMin, rect.rowMax, rect.colMin, rect.colMax,
+               image.rows(), fillValues.data(), draw_detail::fillOpacity<T>(opacity), table.data());
+    };
+    if constexpr (std::same_as<T, double>) fill(ORNEX_FillOnePolygon_AA_RGB_D);
+    else if constexpr (std::same_as<T, float>) fill(ORNEX_FillOnePolygon_AA_RGB_R);
+    else if constexpr (std::same_as<T, bool>) fill(ORNEX_FillOnePolygon_AA_RGB_Bool);
+    else if constexpr (std::same_as<T, uint8_t>) fill(ORNEX_FillOnePolygon_AA_RGB_UI8);
+    else if constexpr (std::same_as<T, int8_t>) fill(ORNEX_FillOnePolygon_AA_RGB_I8);
+    else if constexpr (std::same_as<T, uint16_t>) fill(ORNEX_FillOnePolygon_AA_RGB_UI16);
+    else fill(ORNEX_FillOnePolygon_AA_RGB_I16);
 }
 
 // ---------------------------------------------------------------------------

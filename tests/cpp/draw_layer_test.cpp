@@ -1,11 +1,15 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <functional>
 #include <limits>
 #include <memory>
+#include <numbers>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -644,6 +648,176 @@ TEST(PolygonFillErrors, RejectedBeforeAnythingIsWritten)
     } catch (const std::invalid_argument &error) {
         EXPECT_STREQ(error.what(), "vertices: needs at least 3 points");
     }
+}
+
+// ---------------------------------------------------------------------------
+// Anti-aliased filled discs and polygons
+
+// What a blend at `share` leaves of `colour` over a zero background:
+// integer and logical images keep the whole part (the Q10 product shifts
+// down), floating images the product.
+template <class T>
+T portion(T colour, double share)
+{
+    if constexpr (std::is_floating_point_v<T>) {
+        return T(colour * share);
+    } else {
+        return T(std::floor(double(colour) * share));
+    }
+}
+
+TYPED_TEST(Blending, FilledDiscCoversItsArea)
+{
+    using T = typename TypeParam::T;
+    const std::vector<T> colour = colours<T>(2);
+    ornex::Image<T> image(31, 33, 2);
+    ornex::fillAntialiasedCircle(image.view(), {15, 16}, 10, colour);
+    EXPECT_EQ(image(15, 16, 1), colour[1]);
+    EXPECT_EQ(image(15, 26, 0), portion(colour[0], 0.5)) << "a pixel centred on the circle is half inside";
+    EXPECT_EQ(image(15, 27, 0), T(0));
+    double covered = 0;
+    for (int32_t c = 0; c < 33; ++c) {
+        for (int32_t r = 0; r < 31; ++r) {
+            covered += double(image(r, c, 0)) / double(colour[0]);
+        }
+    }
+    EXPECT_NEAR(covered, std::numbers::pi * 100, std::numbers::pi);
+
+    ornex::Image<T> clipped(31, 33, 2);
+    ornex::fillAntialiasedCircle(clipped.view(), {15, 16}, 10, colour, 0.5, ClipRect{0, 30, 0, 16});
+    EXPECT_EQ(clipped(15, 16, 0), portion(colour[0], 0.5));
+    EXPECT_EQ(clipped(15, 17, 0), T(0));
+
+    const std::vector<T> three = colours<T>(3);
+    ornex::Image<T> red(31, 33), green(31, 33), blue(31, 33);
+    ornex::fillAntialiasedCircle(RgbView<T>{red.view(), green.view(), blue.view()}, {15, 16}, 10,
+                                 {three[0], three[1], three[2]});
+    EXPECT_EQ(red(15, 16), three[0]);
+    EXPECT_EQ(green(20, 16), three[1]);
+    EXPECT_EQ(blue(15, 6), portion(three[2], 0.5));
+    EXPECT_EQ(blue(15, 5), T(0));
+}
+
+// A zero background (logical images included), so that each pixel shows
+// the share of the colour blended into it.
+template <class T>
+Pixels<T> zeros(int32_t rows, int32_t cols, int32_t planes = 1)
+{
+    Pixels<T> pixels(rows, cols, planes);
+    std::fill(pixels.data.get(), pixels.data.get() + pixels.size(), T(0));
+    return pixels;
+}
+
+// The rectangle of rows 2 .. 9 and columns 3 .. 12.
+template <class T>
+struct FilledRectangle {
+    const std::vector<Point> corners{{2, 3}, {2, 12}, {9, 12}, {9, 3}};
+    const T colour = value<T>(std::is_signed_v<T> ? -81 : 201);
+};
+
+TYPED_TEST(PolygonFill, AntialiasedRectangleHalvesItsSidesAndQuartersItsCorners)
+{
+    using T = typename TypeParam::T;
+    const FilledRectangle<T> rectangle;
+    Pixels<T> pixels = zeros<T>(12, 16, 2);
+    const ImageView<T> image = pixels.view();
+    ornex::fillAntialiasedPolygon(image, rectangle.corners, {rectangle.colour, rectangle.colour});
+    const struct {
+        int32_t row, col;
+        double share;
+    } shares[] = {{5, 7, 1},    {2, 7, 0.5},   {9, 7, 0.5}, {5, 3, 0.5}, {5, 12, 0.5},
+                  {2, 3, 0.25}, {9, 12, 0.25}, {1, 7, 0},   {5, 2, 0},   {5, 13, 0}};
+    for (const auto &pixel : shares) {
+        for (int32_t p = 0; p < 2; ++p) {
+            EXPECT_EQ(image(pixel.row, pixel.col, p), portion(rectangle.colour, pixel.share))
+                << pixel.row << "," << pixel.col << " plane " << p;
+        }
+    }
+
+    Pixels<T> clippedPixels = zeros<T>(12, 16);
+    const ImageView<T> clipped = clippedPixels.view();
+    ornex::fillAntialiasedPolygon(clipped, rectangle.corners, {rectangle.colour}, 0.5, ClipRect{0, 11, 0, 7});
+    EXPECT_EQ(clipped(5, 7), portion(rectangle.colour, 0.5));
+    EXPECT_EQ(clipped(5, 8), T(0));
+}
+
+TYPED_TEST(PolygonFill, AntialiasedFillReadsTheCallersWeights)
+{
+    using T = typename TypeParam::T;
+    const FilledRectangle<T> rectangle;
+    // Every edge half a pixel further out: the rows of the top and bottom
+    // sides are then wholly inside, the row beyond them untouched.
+    std::vector<double> outward(49);
+    for (int i = 0; i < 49; ++i) {
+        outward[i] = std::clamp(1 + (i - 24) / 16.0, 0.0, 1.0);
+    }
+    Pixels<T> red = zeros<T>(12, 16), green = zeros<T>(12, 16), blue = zeros<T>(12, 16);
+    const T c = rectangle.colour;
+    ornex::fillAntialiasedPolygon(RgbView<T>{red.view(), green.view(), blue.view()}, rectangle.corners, {c, c, c},
+                                  1.0, std::nullopt, outward);
+    for (const ImageView<T> plane : {red.view(), green.view(), blue.view()}) {
+        EXPECT_EQ(plane(2, 7), c);
+        EXPECT_EQ(plane(9, 7), c);
+        EXPECT_EQ(plane(1, 7), T(0));
+    }
+}
+
+TEST(AntialiasedFillErrors, RejectedBeforeAnythingIsWritten)
+{
+    Pixels<uint8_t> image(10, 12, 2), tall(524289, 1);
+    RgbPixels<float> rgb(10, 12);
+    const Pixels<uint8_t> before(image), tallBefore(tall);
+    const RgbPixels<float> rgbBefore(rgb);
+    const std::vector<uint8_t> two{5, 6};
+    const std::vector<Point> triangle{{0, 0}, {0, 9}, {9, 4}};
+    std::vector<double> badWeight = ornex::polygonBoxProfile();
+    badWeight[30] = 1.5;
+    const struct {
+        std::function<void()> call;
+        const char *message;
+    } cases[] = {
+        {[&] { ornex::fillAntialiasedCircle(image.view(), {5, 5}, 0, two); }, "radius: must be positive"},
+        {[&] { ornex::fillAntialiasedCircle(image.view(), {5, 5}, 40000, two); }, "radius: must be at most 32000"},
+        {[&] { ornex::fillAntialiasedCircle(image.view(), {5, 5}, 3, std::vector<uint8_t>{5}); },
+         "colour: needs one value per plane"},
+        {[&] { ornex::fillAntialiasedCircle(image.view(), {1 << 30, 5}, 3, two); },
+         "centre: coordinates must lie within -268435456 .. 268435456"},
+        {[&] { ornex::fillAntialiasedCircle(image.view(), {5, 5}, 3, two, 1.5); }, "opacity: must lie in [0, 1]"},
+        {[&] { ornex::fillAntialiasedCircle(image.view(), {5, 5}, 3, two, 1.0, ClipRect{0, 10, 0, 11}); },
+         "clip: must lie inside the image"},
+        {[&] { ornex::fillAntialiasedCircle(rgb.view(), {5, 5}, 3, {1, 1, 1}, std::nan("")); },
+         "opacity: must lie in [0, 1]"},
+        {[&] { ornex::fillAntialiasedCircle(rgb.view(), {5, 5}, 3, {1, 1, 1}, 1.0, ClipRect{3, 2, 0, 11}); },
+         "clip: must lie inside the image"},
+        {[&] { ornex::fillAntialiasedPolygon(image.view(), {{0, 0}, {9, 9}}, two); },
+         "vertices: needs at least 3 points"},
+        {[&] { ornex::fillAntialiasedPolygon(image.view(), {{600000, 0}, {600000, 9}, {600009, 4}}, two); },
+         "vertices: rows must lie within -524288 .. 524287"},
+        {[&] { ornex::fillAntialiasedPolygon(image.view(), {{0, 0}, {0, 40000}, {9, 4}}, two); },
+         "vertices: edges must span at most 32767 rows and columns"},
+        {[&] { ornex::fillAntialiasedPolygon(image.view(), triangle, std::vector<uint8_t>{5}); },
+         "values: needs one value per plane"},
+        {[&] { ornex::fillAntialiasedPolygon(image.view(), triangle, two, 1.0, std::nullopt, {0.0, 0.5, 1.0}); },
+         "weights: needs 49 entries"},
+        {[&] { ornex::fillAntialiasedPolygon(image.view(), triangle, two, 1.0, std::nullopt, badWeight); },
+         "weights: entries must lie in [0, 1]"},
+        {[&] { ornex::fillAntialiasedPolygon(tall.view(), triangle, {uint8_t(5)}); },
+         "image: must have at most 524288 rows"},
+        {[&] { ornex::fillAntialiasedPolygon(rgb.view(), triangle, {1, 1, 1}, -0.1); }, "opacity: must lie in [0, 1]"},
+        {[&] { ornex::fillAntialiasedPolygon(rgb.view(), triangle, {1, 1, 1}, 1.0, ClipRect{0, 9, 0, 12}); },
+         "clip: must lie inside the image"},
+    };
+    for (const auto &[call, message] : cases) {
+        try {
+            call();
+            ADD_FAILURE() << "no exception; expected " << message;
+        } catch (const std::invalid_argument &error) {
+            EXPECT_STREQ(error.what(), message);
+        }
+    }
+    EXPECT_TRUE(same(image, before));
+    EXPECT_TRUE(same(tall, tallBefore));
+    EXPECT_TRUE(same(rgb, rgbBefore));
 }
 
 // ---------------------------------------------------------------------------
