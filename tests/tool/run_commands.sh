@@ -31,7 +31,8 @@ ok draw "$ornex" draw a.png 'polygon:4,6,3,26,18,24,20,5@0.9,0.4,0.2' 'aaline:1,
   'line:0,0,0,31' 'circle:12,16,3' 'text:22,2,ab' --size 24,32 --font-size 10
 ok draw-over "$ornex" draw b.png 'polygon:5,8,4,28,19,26,21,7@0.9,0.4,0.2' 'aaline:2,3,23,32' --input a.png
 ok draw-big "$ornex" draw big.png 'circle:10,10,5' --size 40,40
-for file in a.png b.png big.png; do [ -s "$file" ] || fail "draw did not write $file"; done
+ok draw-aa "$ornex" draw aa.png 'aadisc:12,16,6@0.2,1,0.4' 'aapolygon:4,6,3,26,18,24,20,5@0.9,0.4,0.2' --size 24,32
+for file in a.png b.png big.png aa.png; do [ -s "$file" ] || fail "draw did not write $file"; done
 
 ok edges "$ornex" edges a.png edges.png --sigma 1
 grep -q 'edge pixels' out.txt || fail "edges: no count printed"
@@ -66,6 +67,8 @@ refused bad-extension out.bmp "unsupported extension" "$ornex" shear a.png out.b
 refused missing-folder nowhere/out.png "cannot write 'nowhere/out.png'" "$ornex" shear a.png nowhere/out.png --amount 1
 refused bad-item out.png "item 'star:1,2'" "$ornex" draw out.png star:1,2
 refused bad-radius out.png "radius: must be positive" "$ornex" draw out.png circle:5,5,0
+refused bad-disc out.png "radius: must be positive" "$ornex" draw out.png aadisc:5,5,0
+refused odd-aapolygon out.png "item 'aapolygon:1,2,3,4,5'" "$ornex" draw out.png aapolygon:1,2,3,4,5
 refused warp-corners out.png "--to: expects 8" "$ornex" warp a.png out.png --to 1,2,3
 refused unknown-command out.png "unknown command 'blur'" "$ornex" blur a.png out.png
 

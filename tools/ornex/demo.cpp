@@ -33,8 +33,9 @@ Picture buildScene(const Font &font)
         }
     }
     RgbView<double> planes = colourPlanes(scene);
-    fillPolygon(planes, {{40, 30}, {28, 125}, {112, 142}, {122, 48}}, {0.85, 0.25, 0.2});
-    fillPolygon(planes, {{150, 60}, {205, 95}, {150, 130}, {185, 95}}, {0.95, 0.8, 0.2}, 0.8);
+    fillAntialiasedPolygon(planes, {{40, 30}, {28, 125}, {112, 142}, {122, 48}}, {0.85, 0.25, 0.2});
+    fillAntialiasedPolygon(planes, {{150, 60}, {205, 95}, {150, 130}, {185, 95}}, {0.95, 0.8, 0.2}, 0.8);
+    fillAntialiasedCircle(planes, {150, 235}, 30, {0.25, 0.45, 0.95}, 0.85);
     drawAntialiasedCircle(planes, {150, 235}, 42, {0.2, 0.95, 0.4});
     drawAntialiasedCircle(planes, {70, 230}, 25, {0.9, 0.9, 0.95});
     for (const auto &line : drawnLines) {

@@ -49,11 +49,12 @@ Item parseItem(const std::string &word)
     item.numbers = parseNumbers(rest, "item '" + word + "'");
     const size_t count = item.numbers.size();
     const bool line = item.kind == "line" || item.kind == "aaline";
-    const bool circle = item.kind == "circle" || item.kind == "aacircle";
-    if ((line && count != 4) || (circle && count != 3) ||
-        (item.kind == "polygon" && (count < 6 || count % 2 != 0)) || (!line && !circle && item.kind != "polygon")) {
+    const bool circle = item.kind == "circle" || item.kind == "aacircle" || item.kind == "aadisc";
+    const bool polygon = item.kind == "polygon" || item.kind == "aapolygon";
+    if ((line && count != 4) || (circle && count != 3) || (polygon && (count < 6 || count % 2 != 0)) ||
+        (!line && !circle && !polygon)) {
         throw ToolError("item '" + word + "': expects line:R1,C1,R2,C2, aaline:..., circle:R,C,RADIUS, "
-                        "aacircle:..., polygon:R,C,R,C,R,C[,...] or text:ROW,COL,WORDS");
+                        "aacircle:..., aadisc:..., polygon:R,C,R,C,R,C[,...], aapolygon:... or text:ROW,COL,WORDS");
     }
     return item;
 }
@@ -61,6 +62,15 @@ Item parseItem(const std::string &word)
 Point at(const std::vector<double> &numbers, size_t k)
 {
     return {int32_t(std::lround(numbers[k])), int32_t(std::lround(numbers[k + 1]))};
+}
+
+std::vector<Point> vertices(const std::vector<double> &numbers)
+{
+    std::vector<Point> points;
+    for (size_t k = 0; k < numbers.size(); k += 2) {
+        points.push_back(at(numbers, k));
+    }
+    return points;
 }
 
 } // namespace
@@ -78,7 +88,8 @@ int runDraw(const std::vector<std::string> &words)
         std::fputs(usage(synopsis,
                          "Draws items in order, each KIND:NUMBERS with an optional @R,G,B colour (0..1, default\n"
                          "white): line:R1,C1,R2,C2  aaline:R1,C1,R2,C2  circle:R,C,RADIUS  aacircle:R,C,RADIUS\n"
-                         "polygon:R,C,R,C,R,C[,...] (filled)  text:ROW,COL,WORDS (baseline row, white, DejaVu Sans).",
+                         "aadisc:R,C,RADIUS (filled)  polygon:R,C,R,C,R,C[,...] (filled)  aapolygon:R,C,R,C,R,C[,...]\n"
+                         "(filled)  text:ROW,COL,WORDS (baseline row, white, DejaVu Sans). aa items are anti-aliased.",
                          options)
                        .c_str(),
                    stdout);
@@ -117,12 +128,12 @@ int runDraw(const std::vector<std::string> &words)
             drawCircle(planes, at(n, 0), int32_t(std::lround(n[2])), item.colour);
         } else if (item.kind == "aacircle") {
             drawAntialiasedCircle(planes, at(n, 0), int32_t(std::lround(n[2])), item.colour);
+        } else if (item.kind == "aadisc") {
+            fillAntialiasedCircle(planes, at(n, 0), int32_t(std::lround(n[2])), item.colour);
         } else if (item.kind == "polygon") {
-            std::vector<Point> vertices;
-            for (size_t k = 0; k < n.size(); k += 2) {
-                vertices.push_back(at(n, k));
-            }
-            fillPolygon(planes, vertices, item.colour);
+            fillPolygon(planes, vertices(n), item.colour);
+        } else if (item.kind == "aapolygon") {
+            fillAntialiasedPolygon(planes, vertices(n), item.colour);
         } else {
             drawText(planes, item.text, at(n, 0), font, item.colour);
         }
