@@ -6,36 +6,13 @@
 #include <vector>
 
 #include "ornex_rt.h"
+#include "random_shapes.hpp"
 
 namespace {
 
-constexpr int32_t side = 1024;
-constexpr int circleCount = 2000;
-constexpr int32_t minRadius = 5;
-constexpr int32_t maxRadius = 60;
+using namespace bench_shapes;
+
 constexpr int32_t tableSize = 4096;
-
-struct Circle {
-    int32_t row;
-    int32_t col;
-    int32_t radius;
-};
-
-// Each circle: an integer radius uniform in 5..60, then a centre uniform over
-// the positions that keep the whole circle inside the image.
-std::vector<Circle> randomCircles()
-{
-    std::mt19937 random(2024);
-    std::uniform_int_distribution<int32_t> radiusOf(minRadius, maxRadius);
-    std::vector<Circle> circles(circleCount);
-    for (auto &circle : circles) {
-        circle.radius = radiusOf(random);
-        std::uniform_int_distribution<int32_t> centre(circle.radius, side - 1 - circle.radius);
-        circle.row = centre(random);
-        circle.col = centre(random);
-    }
-    return circles;
-}
 
 // Entry t holds 4096 * sqrt(1 - (t / 4096)^2), rounded: the height of the unit
 // circle in 1/4096 steps, scaled by 4096.

@@ -6,35 +6,11 @@
 #include <vector>
 
 #include "ornex_rt.h"
+#include "random_shapes.hpp"
 
 namespace {
 
-constexpr int32_t side = 1024;
-constexpr int32_t box = 128;
-constexpr int polygonCount = 1000;
-constexpr int32_t vertexCount = 8;
-constexpr int32_t numValues = 2 * vertexCount;
-
-using Polygon = std::array<int32_t, numValues>;
-
-// Each polygon: a 128x128 box at a random position fully inside the image,
-// and 8 vertices uniformly random inside that box, as (row, column) pairs.
-std::vector<Polygon> randomPolygons()
-{
-    std::mt19937 random(2024);
-    std::uniform_int_distribution<int32_t> corner(0, side - box);
-    std::uniform_int_distribution<int32_t> offset(0, box - 1);
-    std::vector<Polygon> polygons(polygonCount);
-    for (auto &polygon : polygons) {
-        const int32_t top = corner(random);
-        const int32_t left = corner(random);
-        for (int32_t v = 0; v < vertexCount; ++v) {
-            polygon[2 * v] = top + offset(random);
-            polygon[2 * v + 1] = left + offset(random);
-        }
-    }
-    return polygons;
-}
+using namespace bench_shapes;
 
 // One member of the polygon filler, filling every polygon with `fill`.
 template <class T, class Opacity, auto fillPolygon>

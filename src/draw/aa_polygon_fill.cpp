@@ -594,12 +594,7 @@ void fillPolygonAntialiased(int32_t *edgeBuffer, int32_t numValues, const int32_
     if (numEdges <= 0) {
         return;
     }
-    int32_t *sortedTable = edgeBuffer + edgeFieldCount * numEdges;
-    int32_t fieldOffsets[edgeFieldCount];
-    for (int32_t f = 0; f < edgeFieldCount; ++f) {
-        fieldOffsets[f] = f * numEdges;
-    }
-    createEdgesTable(vertices, numValues, edgeBuffer, sortedTable, sortRecords, fieldOffsets, true);
+    const int32_t *sortedTable = buildSortedEdgeTable(edgeBuffer, numValues, vertices, sortRecords, true);
 
     const BandLimits limits = bandLimitsOf<T>(weightTable);
     if (numEdges <= cachedEdgeCapacity) {

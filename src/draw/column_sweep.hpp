@@ -190,6 +190,22 @@ private:
     int32_t count_ = 0;
 };
 
+// Builds the sorted edge table of a polygon with at least one edge into the
+// second half of the edge buffer, the first half serving as the builder's
+// work table, and returns where it starts.
+inline int32_t *buildSortedEdgeTable(int32_t *edgeBuffer, int32_t numValues, const int32_t *vertices,
+                                     int32_t *sortRecords, bool wantNormalWeight)
+{
+    const int32_t numEdges = numValues / 2;
+    int32_t *sortedTable = edgeBuffer + edgeFieldCount * numEdges;
+    int32_t fieldOffsets[edgeFieldCount];
+    for (int32_t f = 0; f < edgeFieldCount; ++f) {
+        fieldOffsets[f] = f * numEdges;
+    }
+    createEdgesTable(vertices, numValues, edgeBuffer, sortedTable, sortRecords, fieldOffsets, wantNormalWeight);
+    return sortedTable;
+}
+
 // Scan-converts a closed integer polygon column by column. The edge buffer
 // holds 16 values per edge: the active list (also the table builder's work
 // table) and then the sorted edge table. For each column with active edges,
@@ -200,15 +216,10 @@ void sweepPolygonColumns(int32_t *edgeBuffer, int32_t numValues, const int32_t *
                          VisitColumn &&visitColumn)
 {
     const int32_t numEdges = numValues / 2;
-    if (numEdges == 0) {
+    if (numEdges <= 0) {
         return;
     }
-    int32_t *sortedTable = edgeBuffer + edgeFieldCount * numEdges;
-    int32_t fieldOffsets[edgeFieldCount];
-    for (int32_t f = 0; f < edgeFieldCount; ++f) {
-        fieldOffsets[f] = f * numEdges;
-    }
-    createEdgesTable(vertices, numValues, edgeBuffer, sortedTable, sortRecords, fieldOffsets, false);
+    const int32_t *sortedTable = buildSortedEdgeTable(edgeBuffer, numValues, vertices, sortRecords, false);
 
     int32_t scan = sortedTable[scanStartField * numEdges];
     // Deliberately the end of the last edge in sorted order (read as element

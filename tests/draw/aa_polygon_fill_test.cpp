@@ -181,6 +181,9 @@ TEST(AAPolygonFillBlend, OpacityScaledByCoverageAndStoredTruncated)
     EXPECT_EQ(logical[half], 127);
     std::vector<uint16_t> untouched(48, 77);
     fillWith(ORNEX_FillOnePolygon_AA_I_UI16, untouched, 6, rectangle, uint16_t(9000), int16_t(0), 0, 5, 0, 7);
+    const uint16_t fill = 9000;
+    ORNEX_FillOnePolygon_AA_I_UI16(nullptr, -2, rectangle.data(), nullptr, untouched.data(), 0, 5, 0, 7, 6, &fill,
+                                   1024, boxTable<int16_t>().data(), 1, 48);
     EXPECT_EQ(untouched, std::vector<uint16_t>(48, 77));
 }
 

@@ -289,6 +289,10 @@ TYPED_TEST(PolygonFill, NoVertexOrOneVertexDrawsNothing)
     fillWhole<M>(canvas, {}, T(9), M::opaque);
     fillWhole<M>(canvas, {1, 1}, T(9), M::opaque);
     fillWhole<M>(canvas, {1, 1, 3, 1}, T(9), M::opaque);
+    // A negative count has no edge: no scratch exists to be read.
+    const int32_t vertex[2] = {1, 1};
+    const T value = T(9);
+    M::fillIntensity(nullptr, -2, vertex, nullptr, canvas.pixels.data(), 0, 3, 0, 3, 4, &value, M::opaque, 1, 16);
     for (const T value : canvas.pixels) {
         EXPECT_EQ(value, T(2));
     }
