@@ -713,8 +713,9 @@ ORNEX_API void ORNEX_Draw_AA_Circle_RGB_I16(int16_t *planeR, int16_t *planeG, in
  * rowMin .. rowMax, colMin .. colMax (inclusive) are written; a rectangle
  * reaching beyond the image is not guarded. radius < 1 draws nothing.
  * Intended range: 1 <= radius <= 32767 with cr, cc +- (radius + 1) in int32;
- * beyond it the arithmetic wraps. Intensity members take numPlanes values of
- * heap scratch (none when radius < 1); numPlanes <= 0 writes nothing.
+ * beyond it the arithmetic wraps. Intensity members copy the colour into
+ * numPlanes values of heap scratch; radius < 1 or numPlanes < 1 writes and
+ * allocates nothing, and a failed allocation draws nothing.
  * ORNEX_AACircle_4PtsLines*: blends rows cr - a .. cr + a of columns cc + b
  * and cc - b (one column when b = 0), each clipped with ORNEX_ClipLine;
  * a < 0 blends nothing. ORNEX_AACircle_8PtsLines*: the same for (a, b) and,
