@@ -1,0 +1,19 @@
+#!/usr/bin/env bash
+# Prints the non-blank lines of tests (tests/) and of everything else that is
+# code (src/, include/, tools/, bench/, cmake/, scripts/, python/ and the top
+# CMakeLists.txt) among the files git tracks, and the ratio of the two.
+# Usage: scripts/test-size.sh
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+count() {
+  git ls-files -- "$@" |
+    grep -E '(\.(c|cc|cpp|h|hpp|inc|in|sh|cmake|py)|CMakeLists\.txt)$' |
+    while IFS= read -r file; do cat "$file"; echo; done |
+    grep -cv '^[[:space:]]*$' || true
+}
+
+tests=$(count tests)
+code=$(count src include tools bench cmake scripts python CMakeLists.txt)
+awk -v tests="$tests" -v code="$code" \
+  'BEGIN { printf "tests %d lines, code %d lines, ratio %.2f\n", tests, code, tests / code }'
