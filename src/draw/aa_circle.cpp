@@ -1,9 +1,7 @@
 #include "ornex_rt.h"
 
-#include <cstdlib>
-#include <memory>
-
 #include "draw/aa_circle.hpp"
+#include "frame/heap_scratch.hpp"
 
 namespace ornex::draw {
 namespace {
@@ -54,18 +52,14 @@ void drawCircle(const Planes &planes, const T *value, const int16_t *sqrtTable, 
     }
 }
 
-struct FreeDeleter {
-    void operator()(void *memory) const { std::free(memory); }
-};
-
 template <class T>
 void drawIntensity(T *dst, const T *value, const int16_t *sqrtTable, int32_t x0, int32_t y0, int32_t cr, int32_t cc,
                    int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, int32_t radius,
                    int32_t numPlanes, int32_t planeStride)
 {
     const size_t terms = numPlanes > 0 ? static_cast<size_t>(numPlanes) : 0;
-    const std::unique_ptr<T, FreeDeleter> termsA(static_cast<T *>(std::malloc(terms * sizeof(T) + 1)));
-    const std::unique_ptr<T, FreeDeleter> termsB(static_cast<T *>(std::malloc(terms * sizeof(T) + 1)));
+    const HeapScratch<T> termsA = takeHeapScratch<T>(terms * sizeof(T) + 1);
+    const HeapScratch<T> termsB = takeHeapScratch<T>(terms * sizeof(T) + 1);
     if (!termsA || !termsB) {
         return;
     }

@@ -1,14 +1,13 @@
 #include "ornex_rt.h"
 
 #include <algorithm>
-#include <cstdlib>
-#include <memory>
 #include <type_traits>
 
 #include "draw/clip_line.hpp"
 #include "draw/clip_rectangle.hpp"
 #include "draw/polygon_blend.hpp"
 #include "frame/blending.hpp"
+#include "frame/heap_scratch.hpp"
 #include "frame/wrap_arithmetic.hpp"
 
 namespace ornex::draw {
@@ -154,10 +153,6 @@ void fillDisc(const Planes &planes, const T *colour, int32_t cr, int32_t cc, con
     }
 }
 
-struct FreeDeleter {
-    void operator()(void *memory) const { std::free(memory); }
-};
-
 template <class T>
 void fillDiscIntensity(T *dst, const T *value, int32_t cr, int32_t cc, int32_t rowMin, int32_t rowMax,
                        int32_t colMin, int32_t colMax, int32_t numRows, int32_t radius, OpacityOf<T> opacity,
@@ -167,7 +162,7 @@ void fillDiscIntensity(T *dst, const T *value, int32_t cr, int32_t cc, int32_t r
         return;
     }
     // The colour is copied first: value may point into the image.
-    std::unique_ptr<T, FreeDeleter> colour(static_cast<T *>(std::malloc(sizeof(T) * size_t(numPlanes))));
+    const HeapScratch<T> colour = takeHeapScratch<T>(sizeof(T) * size_t(numPlanes));
     if (!colour) {
         return;
     }

@@ -1,12 +1,10 @@
 #include "ornex_rt.h"
 
 #include <algorithm>
-#include <cmath>
 #include <type_traits>
 
 #include "draw/clip_rectangle.hpp"
 #include "draw/column_sweep.hpp"
-#include "draw/edge_table.hpp"
 #include "draw/polygon_blend.hpp"
 #include "frame/blending.hpp"
 #include "frame/element_traits.hpp"
@@ -70,7 +68,6 @@ struct ActiveList {
     }
 };
 
-constexpr int32_t distanceIndexCount = 49;
 constexpr int32_t noCoverageIndex = 0;
 constexpr int32_t fullCoverageIndex = 48;
 
@@ -92,8 +89,8 @@ inline int32_t distanceIndex(int32_t insideDistance)
     return std::clamp(24 + sixteenths, noCoverageIndex, fullCoverageIndex);
 }
 
-// The first row at which the perpendicular distance reaches threshold, in
-// closed form: trunc(v*n/1024) >= T holds from v = ceil(1024T/n) for T >= 1
+// The smallest row offset v from the crossing key (Q10) at which the
+// perpendicular distance reaches threshold, in closed form: trunc(v*n/1024) >= T holds from v = ceil(1024T/n) for T >= 1
 // and from floor(1024(T - 1)/n) + 1 otherwise, v = row*1024 - key. The clamp
 // on v never matters: thresholds lie within +-1504, reached well inside it.
 inline int32_t firstOffsetReaching(int32_t threshold, int32_t weight)
@@ -107,11 +104,6 @@ inline int32_t firstRowFrom(int32_t key, int32_t firstOffset)
 {
     const int64_t offset = int64_t(key) + firstOffset;
     return static_cast<int32_t>(std::clamp<int64_t>(-((-offset) >> 10), INT32_MIN, INT32_MAX));
-}
-
-inline int32_t firstRowReaching(SampledEdge edge, int32_t threshold)
-{
-    return firstRowFrom(edge.key, firstOffsetReaching(threshold, edge.weight));
 }
 
 // The smallest inside distance whose index is at least `index`.
@@ -179,15 +171,13 @@ struct EdgePair {
 
     EdgePair() = default;
     EdgePair(int32_t sampleIndex, SampledEdge upperEdge, SampledEdge lowerEdge, const BandLimits &limits)
-        : sample(sampleIndex), upper(upperEdge), lower(lowerEdge),
-          reachFirst(firstRowReaching(upper, limits.reaching)), fullFirst(firstRowReaching(upper, limits.full)),
-          fullLast(wrapSub(firstRowReaching(lower, wrapNeg(limits.full) + 1), 1)),
-          reachLast(wrapSub(firstRowReaching(lower, wrapNeg(limits.reaching) + 1), 1))
+        : EdgePair(sampleIndex, EdgeCache(upperEdge.key, upperEdge.weight, limits),
+                   EdgeCache(lowerEdge.key, lowerEdge.weight, limits))
     {
     }
 
-    EdgePair(const EdgeCache &upperEdge, const EdgeCache &lowerEdge)
-        : sample(0), upper{upperEdge.key, upperEdge.weight}, lower{lowerEdge.key, lowerEdge.weight},
+    EdgePair(int32_t sampleIndex, const EdgeCache &upperEdge, const EdgeCache &lowerEdge)
+        : sample(sampleIndex), upper{upperEdge.key, upperEdge.weight}, lower{lowerEdge.key, lowerEdge.weight},
           reachFirst(firstRowFrom(upper.key, upperEdge.upperReach)),
           fullFirst(firstRowFrom(upper.key, upperEdge.upperFull)),
           fullLast(wrapSub(firstRowFrom(lower.key, lowerEdge.lowerFull), 1)),
@@ -347,8 +337,6 @@ public:
     void blendPartlyCovered(const EdgePair &pair, int32_t first, int32_t last) const
     {
         using Sum = typename ColumnCoverage<T>::Sum;
-        using PixelBlend = std::conditional_t<std::is_floating_point_v<T>, FloatingOpacityBlend<T, double>,
-                                              Q10OpacityBlend<T>>;
         const int32_t numPlanes = planes_.count();
         for (int32_t row = first; row <= last; ++row) {
             const auto sum = Sum::add(decltype(Sum::full)(0), coverage_.partialContribution(row, pair));
@@ -357,8 +345,7 @@ public:
                 const auto pixelOpacity = scaledOpacity(opacity_, cov);
                 const int32_t index = wrapAdd(columnStart_, row);
                 for (int32_t p = 0; p < numPlanes; ++p) {
-                    T &pixel = planes_.plane(p)[index];
-                    pixel = PixelBlend(fillValue_[p], pixelOpacity)(pixel);
+                    blendRunOfPlane(planes_.plane(p) + index, 1, fillValue_[p], pixelOpacity);
                 }
             }
         }
@@ -509,7 +496,7 @@ void fillColumnFromCache(const Planes &planes, int32_t column, const ClipRectang
     EdgePair pairs[cachedPairCapacity];
     const int32_t numPairs = edges.count / 2;
     for (int32_t j = 0; j < numPairs; ++j) {
-        pairs[j] = EdgePair(cache[2 * j], cache[2 * j + 1]);
+        pairs[j] = EdgePair(0, cache[2 * j], cache[2 * j + 1]);
     }
     const ColumnFill<T, Planes> fill(planes, column, clip, numRows, fillValue, opacity, weightTable);
     fill.fillCached(pairs, numPairs, false);
