@@ -1,5 +1,6 @@
 #include "frame/simd_level.hpp"
 
+#include <atomic>
 #include <cstdlib>
 #include <cstring>
 
@@ -34,10 +35,24 @@ SimdLevel chooseSimdLevel(const char *requested, bool hasAvx2)
     return widest;
 }
 
-SimdLevel simdLevel()
+namespace {
+
+std::atomic<SimdLevel> &currentLevel()
 {
-    static const SimdLevel chosen = chooseSimdLevel(std::getenv("ORNEX_SIMD"), processorHasAvx2());
-    return chosen;
+    static std::atomic<SimdLevel> level{chooseSimdLevel(std::getenv("ORNEX_SIMD"), processorHasAvx2())};
+    return level;
+}
+
+} // namespace
+
+SimdLevel simdLevel() { return currentLevel().load(std::memory_order_relaxed); }
+
+SimdLevel forceSimdLevel(SimdLevel requested)
+{
+    const SimdLevel widest = processorHasAvx2() ? SimdLevel::avx2 : SimdLevel::packed;
+    const SimdLevel level = requested > widest ? widest : requested;
+    currentLevel().store(level, std::memory_order_relaxed);
+    return level;
 }
 
 } // namespace ornex

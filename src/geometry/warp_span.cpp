@@ -95,8 +95,7 @@ constexpr int32_t rowsPerRun = 64;
 bool gatherRuns(int32_t inRows, int32_t inCols)
 {
 #ifdef ORNEX_HAVE_AVX2_PATHS
-    static const bool available = simdLevel() == SimdLevel::avx2;
-    return available && static_cast<int64_t>(inRows) * inCols < (int64_t(1) << 31);
+    return simdLevel() == SimdLevel::avx2 && static_cast<int64_t>(inRows) * inCols < (int64_t(1) << 31);
 #else
     (void)inRows;
     (void)inCols;

@@ -116,6 +116,10 @@ TEST(SimdLevel, EnvironmentOnlyLowersTheLevel)
     EXPECT_EQ(chooseSimdLevel("sse2", true), SimdLevel::packed);
     EXPECT_EQ(chooseSimdLevel("avx2", false), SimdLevel::packed);
     EXPECT_EQ(chooseSimdLevel("fastest please", true), SimdLevel::avx2);
+    const SimdLevel before = simdLevel();
+    EXPECT_EQ(forceSimdLevel(SimdLevel::scalar), SimdLevel::scalar);
+    EXPECT_EQ(simdLevel(), SimdLevel::scalar);
+    forceSimdLevel(before);
 }
 
 } // namespace
