@@ -74,6 +74,11 @@ TEST(WrapArithmetic, WrapsModulo2To32)
     EXPECT_EQ(wrapMul(46341, 46341), -2147479015); // 2147488281 - 2^32
     EXPECT_EQ(wrapNeg(INT32_MIN), INT32_MIN);
     EXPECT_EQ(wrapNeg(5), -5);
+    EXPECT_EQ(wrapAbs(INT32_MIN), INT32_MIN);
+    EXPECT_EQ(wrapAbs(-9), 9);
+    EXPECT_EQ(wrapDiv(INT32_MIN, -1), INT32_MIN);
+    EXPECT_EQ(wrapDiv(-7, 2), -3); // toward zero, not floor
+    EXPECT_EQ(wrapDiv(7, -2), -3);
 }
 
 TEST(ElementTraits, LimitsOfTheFloatingTypes)
