@@ -126,9 +126,9 @@ TEST(PackedPathsLevels, AtLeastOnePackedLevelIsCompared)
     EXPECT_GE(ornex_test::availableSimdLevels().size(), 2u);
 }
 
-// Candidate rows around one and two packs (the runs) and past a tile of 128
-// rows, candidate columns around a tile of four. A column of margin around the
-// region: with no candidate row or column the three-step grid reads offset -1.
+// Candidate rows around one and two packs (the runs) and past a tile of 128 rows, candidate
+// columns around a tile of four. A column and an element of margin around the region: with no
+// candidate row or column the three-step grid reads offset -1.
 TYPED_TEST(PackedPaths, BlockSearch)
 {
     using T = TypeParam;
@@ -140,11 +140,11 @@ TYPED_TEST(PackedPaths, BlockSearch)
                 const int32_t regionRows = blockRows + candidateRows - 1, regionCols = blockCols + candidateCols - 1;
                 const int32_t blockStride = blockRows + random() % 3, regionStride = regionRows + random() % 3;
                 const auto block = randomValues<T>(random, size_t(blockStride) * blockCols, kind);
-                const auto region = randomValues<T>(random, size_t(regionStride) * (regionCols + 2) + 1, kind);
+                const auto region = randomValues<T>(random, size_t(regionStride) * (regionCols + 2) + 2, kind);
                 for (int member = 0; member < 4; ++member) {
                     expectSameAtEveryLevel({member, candidateRows, candidateCols, kind}, [&](Outputs &outputs) {
                         int32_t *best = outputs.add<int32_t>(2);
-                        Members<T>::searches[member](block.data(), region.data() + regionStride, blockStride,
+                        Members<T>::searches[member](block.data(), region.data() + regionStride + 1, blockStride,
                                                     regionStride, blockCols, blockRows, regionCols, regionRows, best,
                                                     best + 1);
                     });
