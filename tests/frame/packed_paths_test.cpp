@@ -98,9 +98,8 @@ struct Members;
 #define PACKED_MEMBERS(T, R, C)                                                                                    \
     template <>                                                                                                    \
     struct Members<T> {                                                                                            \
-        static constexpr decltype(&ORNEX_SearchMethod_Full_MAD_##R) searches[] = {                                 \
-            ORNEX_SearchMethod_Full_MAD_##R, ORNEX_SearchMethod_Full_MSE_##R, ORNEX_SearchMethod_3Step_MAD_##R,    \
-            ORNEX_SearchMethod_3Step_MSE_##R};                                                                     \
+        static constexpr decltype(&ORNEX_SearchMethod_Full_MAD_##R) searches[] = {ORNEX_SearchMethod_Full_MAD_##R, \
+            ORNEX_SearchMethod_Full_MSE_##R, ORNEX_SearchMethod_3Step_MAD_##R, ORNEX_SearchMethod_3Step_MSE_##R};  \
         static constexpr decltype(&ORNEX_BlockMatching_Full_MAD_##R) matchings[] = {                               \
             ORNEX_BlockMatching_Full_MAD_##R,  ORNEX_BlockMatching_Full_MSE_##R, ORNEX_BlockMatching_3Step_MAD_##R, \
             ORNEX_BlockMatching_3Step_MSE_##R, ORNEX_BlockMatching_Full_MAD_##C, ORNEX_BlockMatching_Full_MSE_##C,  \
@@ -226,22 +225,23 @@ TYPED_TEST(PackedPaths, CannySuppressionAndDetector)
 }
 
 // One output column of the projective warp: spans around the gathered packs and past a run of
-// 64 rows; positions inside the source at fractions (kind 0), at whole numbers (1) and far
-// outside, clamped (2); every method, both position walks, plane layouts three, one and two.
+// 64 rows; positions inside the source at fractions, at whole and half numbers and far outside,
+// clamped (kinds 0, 1, 2 modulo 3); every method, both walks, plane layouts three, one and two.
 TYPED_TEST(PackedPaths, WarpSpan)
 {
     using T = TypeParam;
     std::mt19937 random(15);
     std::uniform_real_distribution<T> unit(0, 1);
     for (int32_t length : sizesAroundPacks<T>({64, 65, 65 + 32 / int32_t(sizeof(T))})) {
-        for (int kind = 0; kind < 3; ++kind) {
+        for (int kind = 0; kind < 9; ++kind) {
             const int32_t inRows = 1 << random() % 5, inCols = 1 + random() % 12;
-            const T fractional[9] = {0, (unit(random) - T(0.5)) / 50, T(1.3) + unit(random) * T(inCols - 5), 0,
-                                     T(inRows - 4) / T(length + 4), T(1.25) + unit(random) / 2, 0, T(0.001), 1};
-            const T whole[9] = {0, 0, T(random() % inCols), 0, T(random() % 2), T(int(random() % 7) - 3), 0, 0, 1};
+            const T fractional[9] = {0, (unit(random) - T(0.5)) / 50, T(1.3) + unit(random) * T(inCols - 3), 0,
+                                     T(inRows - 3) / T(length + 4), T(1.25) + unit(random) / 2, 0, T(0.001), 1};
+            const T whole[9] = {0, 0, T(2 + random() % (2 * inCols)) / 2, 0, T(kind % 2), T(2 + random() % 6) / 2,
+                                0, 0, 1};
             const T wide[9] = {0, 2 * unit(random) - 1, T(inCols + 20) * unit(random) - 10, 0, 4 * unit(random) - 2,
                                T(inRows + 20) * unit(random) - 10, 0, (unit(random) - T(0.5)) / 125, 1};
-            const T *matrix = kind == 0 ? fractional : kind == 1 ? whole : wide;
+            const T *matrix = kind % 3 == 0 ? fractional : kind % 3 == 1 ? whole : wide;
             const int32_t rowLower = inRows > 1 ? random() % 2 : 0, colLower = inCols > 1 ? random() % 2 : 0;
             const int32_t outRowFirst = random() % 2, spanStart = random() % 3, outRows = length + 3, outCols = 3;
             const size_t plane = size_t(inRows) * inCols, outPlane = size_t(outRows) * outCols;
