@@ -1,6 +1,36 @@
 #include "ornex_rt.h"
 
 #include "detection/canny_stages.hpp"
+#include "frame/simd_level.hpp"
+
+#define ORNEX_SIMD_NAMESPACE baseline
+#define ORNEX_PACK_BYTES 16
+#include "detection/canny_suppression_kernels.hpp"
+
+namespace ornex::detection {
+
+template <class T>
+void nonMaximumSuppression(const T *gradX, const T *gradY, T *out, int32_t numRows, int32_t numCols)
+{
+    switch (simdLevel()) {
+    case SimdLevel::avx2:
+#ifdef ORNEX_HAVE_AVX2_PATHS
+        avx2::suppress(gradX, gradY, out, numRows, numCols, true);
+        return;
+#endif
+    case SimdLevel::packed:
+        baseline::suppress(gradX, gradY, out, numRows, numCols, true);
+        return;
+    case SimdLevel::scalar:
+        baseline::suppress(gradX, gradY, out, numRows, numCols, false);
+        return;
+    }
+}
+
+template void nonMaximumSuppression(const double *, const double *, double *, int32_t, int32_t);
+template void nonMaximumSuppression(const float *, const float *, float *, int32_t, int32_t);
+
+} // namespace ornex::detection
 
 using namespace ornex::detection;
 
