@@ -1,305 +1,238 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <memory>
 #include <random>
-#include <cstdint>
-#include <string>
-#include <utility>
 #include <vector>
 
-#include "detection/hysteresis.hpp"
 #include "ornex_rt.h"
 
 namespace {
 
-using Grid = std::vector<std::string>; // rows of '#' (edge) and '.'
-
-// Runs the user-threshold driver and draws the edge map.
 template <class T>
-Grid cannyEdges(const std::vector<T> &image, int32_t rows, int32_t cols, const std::vector<T> &smoothing,
-                const std::vector<T> &derivative, T low, T high, std::vector<T> *magnitude = nullptr)
-{
-    std::vector<T> a(rows * cols), b(rows * cols), c(rows * cols);
-    std::vector<uint8_t> edges(rows * cols, 7);
-    const T thresholds[2] = {low, high};
-    const int32_t length = int32_t(smoothing.size());
-    if constexpr (std::is_same_v<T, double>) {
-        ORNEX_EdgeCanny_userTh_D(image.data(), smoothing.data(), derivative.data(), a.data(), b.data(), edges.data(),
-                                 c.data(), thresholds, rows, cols, length);
-    } else {
-        ORNEX_EdgeCanny_userTh_R(image.data(), smoothing.data(), derivative.data(), a.data(), b.data(), edges.data(),
-                                 c.data(), thresholds, rows, cols, length);
-    }
-    if (magnitude) {
-        *magnitude = c;
-    }
-    Grid grid(rows, std::string(cols, '.'));
-    for (int32_t r = 0; r < rows; ++r) {
-        for (int32_t col = 0; col < cols; ++col) {
-            const uint8_t flag = edges[r + col * rows];
-            EXPECT_TRUE(flag == 0 || flag == 1);
-            grid[r][col] = flag ? '#' : '.';
-        }
-    }
-    return grid;
-}
+using Vec = std::vector<T>;
 
-TEST(CannyStages, PeriodicSmoothingAndDerivatives)
-{
-    // One row 1 2 3 4 (and a copy below it), kernel halves of length 2.
-    const std::vector<double> image = {1, 1, 2, 2, 3, 3, 4, 4}; // 2 x 4, column-major
-    const double smoothing[2] = {2, 1};
-    std::vector<double> h(8), v(8);
-    ORNEX_RC_Gaussian_Smoothing_D(image.data(), smoothing, h.data(), v.data(), 2, 4, 2);
-    // H(c) = 2 I(c) + (I(c+1) + I(c-1)), wrapping: column 0 sees 4 and 2.
-    EXPECT_EQ(h, (std::vector<double>{8, 8, 8, 8, 12, 12, 12, 12}));
-    // V down two rows: both neighbours of a row are the other row.
-    EXPECT_EQ(v, (std::vector<double>{4, 4, 8, 8, 12, 12, 16, 16}));
-
-    const double derivative[2] = {99, 0.5}; // element 0 is never read
-    std::vector<double> d(8);
-    ORNEX_C_Derivative_Image_D(image.data(), derivative, d.data(), 2, 4, 2);
-    // 0.5 (I(c-1) - I(c+1)): column 0 is 0.5 (4 - 2).
-    EXPECT_EQ(d, (std::vector<double>{1, 1, -1, -1, -1, -1, 1, 1}));
-    ORNEX_R_Derivative_Image_D(image.data(), derivative, d.data(), 2, 4, 2);
-    EXPECT_EQ(d, std::vector<double>(8, 0));
-    // L = 1: no derivative terms at all.
-    ORNEX_C_Derivative_Image_D(image.data(), derivative, d.data(), 2, 4, 1);
-    EXPECT_EQ(d, std::vector<double>(8, 0));
-}
-
-TEST(CannyStages, SuppressionKeepsBordersAndNormalisesByTheLargest)
-{
-    // 4 x 4 gradients: the corner (0, 0) has magnitude 10 (unsuppressed
-    // border), the interior pixel (1, 1) magnitude 5 above its neighbours
-    // along x (both 0), the other interior pixels 0.
-    std::vector<float> gx(16, 0), gy(16, 0), out(16, -1);
-    gx[0] = 6;
-    gy[0] = 8;
-    gx[1 + 4] = 3;
-    gy[1 + 4] = -4; // |gx| < |gy|: compared along the rows
-    ORNEX_NonMaximum_Suppression_R(gx.data(), gy.data(), out.data(), 4, 4);
-    EXPECT_EQ(out[0], 1.0f);
-    EXPECT_EQ(out[5], 0.5f);
-    for (int i = 0; i < 16; ++i) {
-        if (i != 0 && i != 5) {
-            EXPECT_EQ(out[i], 0.0f) << i;
-        }
-    }
-    // All zero: divided by epsilon, still zero.
-    std::fill(gx.begin(), gx.end(), 0.0f);
-    std::fill(gy.begin(), gy.end(), 0.0f);
-    ORNEX_NonMaximum_Suppression_R(gx.data(), gy.data(), out.data(), 4, 4);
-    EXPECT_EQ(out, std::vector<float>(16, 0.0f));
-}
-
-// The suppression written plainly from its description, magnitudes computed
-// on the spot, to hold the kernel's several-rows-at-once path to it.
+// The whole detector written plainly, one stage per function, wrapping
+// indices for the periodic filters.
 template <class T>
-std::vector<T> slowSuppression(const std::vector<T> &gx, const std::vector<T> &gy, int32_t rows, int32_t cols)
+struct Plain {
+    int M, N;
+    T at(const Vec<T> &v, int r, int c) const { return v[(r % M + M) % M + size_t((c % N + N) % N) * M]; }
+    void smooth(const Vec<T> &in, const Vec<T> &g, Vec<T> &h, Vec<T> &v) const
+    {
+        for (int r = 0; r < M; ++r)
+            for (int c = 0; c < N; ++c) {
+                T sh = g[0] * at(in, r, c), sv = g[0] * at(in, r, c);
+                for (size_t k = 1; k < g.size(); ++k) {
+                    sh = sh + g[k] * (at(in, r, c + k) + at(in, r, c - k));
+                    sv = sv + g[k] * (at(in, r + k, c) + at(in, r - k, c));
+                }
+                h[r + c * M] = sh, v[r + c * M] = sv;
+            }
+    }
+    void derive(const Vec<T> &in, const Vec<T> &d, Vec<T> &out, int dr, int dc) const
+    {
+        for (int r = 0; r < M; ++r)
+            for (int c = 0; c < N; ++c) {
+                T s = 0;
+                for (int k = 1; k < int(d.size()); ++k)
+                    s = s + d[k] * (at(in, r - k * dr, c - k * dc) - at(in, r + k * dr, c + k * dc));
+                out[r + c * M] = s;
+            }
+    }
+    Vec<T> suppress(const Vec<T> &gx, const Vec<T> &gy) const
+    {
+        auto mag = [&](int r, int c) { return std::sqrt(at(gx, r, c) * at(gx, r, c) + at(gy, r, c) * at(gy, r, c)); };
+        Vec<T> out(size_t(M) * N);
+        T largest = 0;
+        for (int c = 0; c < N; ++c)
+            for (int r = 0; r < M; ++r) {
+                const T x = at(gx, r, c), y = at(gy, r, c), m = mag(r, c);
+                T &o = out[r + c * M];
+                if (r == 0 || c == 0 || r == M - 1 || c == N - 1) {
+                    o = m;
+                } else if (const bool same = x * y > 0; std::fabs(x) < std::fabs(y)) {
+                    const T t = std::fabs(x) / std::fabs(y);
+                    const T s1 = (1 - t) * mag(r - 1, c) + t * mag(r - 1, same ? c - 1 : c + 1);
+                    const T s2 = t * mag(r + 1, same ? c + 1 : c - 1) + (1 - t) * mag(r + 1, c);
+                    o = m > s1 && m > s2 ? m : 0;
+                } else {
+                    const T t = std::fabs(y) / std::fabs(x);
+                    const T s1 = (1 - t) * mag(r, c + 1) + t * mag(same ? r + 1 : r - 1, c + 1);
+                    const T s2 = t * mag(same ? r - 1 : r + 1, c - 1) + (1 - t) * mag(r, c - 1);
+                    o = m > s1 && m > s2 ? m : 0;
+                }
+                largest = o > largest ? o : largest;
+            }
+        for (T &o : out) o = o / (largest == 0 ? std::numeric_limits<T>::epsilon() : largest);
+        return out;
+    }
+    std::pair<T, T> automatic(const Vec<T> &m, T percent, int B) const
+    {
+        const T target = T(M * N) * (percent / T(100));
+        int bins[256] = {};
+        for (int r = B; r < M - B; ++r)
+            for (int c = B; c < N - B; ++c) ++bins[int(m[r + c * M] * 255.0) & 255];
+        T sum = 0;
+        int k = 0;
+        while (k < 256 && !((sum = sum + T(bins[k++])) > target)) {}
+        const T high = T(k) * T(0.00390625);
+        return {high * T(0.4), high};
+    }
+    // One chain from each seed, backtracking only at its tip.
+    Vec<uint8_t> hysteresis(const Vec<T> &m, T low, T high) const
+    {
+        Vec<uint8_t> e(size_t(M) * N, 0);
+        auto scan = [&](int r, int c, int from) {
+            for (int p = from; p < 9; ++p) {
+                const int rr = r + p / 3 - 1, cc = c + p % 3 - 1;
+                if (p != 4 && rr >= 0 && rr < M && cc >= 0 && cc < N && m[rr + cc * M] >= low) return p;
+            }
+            return -1;
+        };
+        struct Entry { int r, c, p; };
+        for (int r = 0; r < M; ++r)
+            for (int c = 0; c < N; ++c) {
+                if (!(m[r + c * M] >= high) || e[r + c * M]) continue;
+                e[r + c * M] = 1;
+                int p = scan(r, c, 0);
+                if (p < 0) continue;
+                Vec<Entry> stack{{r, c, p}};
+                bool exhausted = false, visiting = true;
+                while (!stack.empty()) {
+                    const Entry top = stack.back();
+                    const int vr = top.r + top.p / 3 - 1, vc = top.c + top.p % 3 - 1;
+                    if (visiting && !e[vr + vc * M]) {
+                        e[vr + vc * M] = 1;
+                        if ((p = scan(vr, vc, 0)) >= 0) {
+                            stack.push_back({vr, vc, p}), exhausted = false;
+                            continue;
+                        }
+                    }
+                    visiting = !exhausted && (p = scan(top.r, top.c, top.p + 1)) >= 0;
+                    if (visiting) stack.back().p = p, exhausted = false;
+                    else stack.pop_back(), exhausted = true;
+                }
+            }
+        return e;
+    }
+};
+
+template <class T, class D, class R>
+constexpr auto pick(D d, R r)
 {
-    auto mag = [&](int32_t r, int32_t c) {
-        const size_t i = r + size_t(c) * rows;
-        return std::sqrt(gx[i] * gx[i] + gy[i] * gy[i]);
-    };
-    std::vector<T> out(rows * cols);
-    for (int32_t c = 0; c < cols; ++c) {
-        for (int32_t r = 0; r < rows; ++r) {
-            const size_t i = r + size_t(c) * rows;
-            if (r == 0 || c == 0 || r == rows - 1 || c == cols - 1) {
-                out[i] = mag(r, c);
-                continue;
-            }
-            const bool same = gx[i] * gy[i] > T(0);
-            T side1, side2;
-            if (std::fabs(gx[i]) < std::fabs(gy[i])) {
-                const T t = std::fabs(gx[i]) / std::fabs(gy[i]);
-                side1 = (T(1) - t) * mag(r - 1, c) + t * (same ? mag(r - 1, c - 1) : mag(r - 1, c + 1));
-                side2 = t * (same ? mag(r + 1, c + 1) : mag(r + 1, c - 1)) + (T(1) - t) * mag(r + 1, c);
-            } else {
-                const T t = std::fabs(gy[i]) / std::fabs(gx[i]);
-                side1 = (T(1) - t) * mag(r, c + 1) + t * (same ? mag(r + 1, c + 1) : mag(r - 1, c + 1));
-                side2 = t * (same ? mag(r - 1, c - 1) : mag(r + 1, c - 1)) + (T(1) - t) * mag(r, c - 1);
-            }
-            const T m = mag(r, c);
-            out[i] = m > side1 && m > side2 ? m : T(0);
+    if constexpr (std::is_same_v<T, double>) return d; else return r;
+}
+
+template <class T>
+struct Canny {
+    static constexpr auto smooth = pick<T>(ORNEX_RC_Gaussian_Smoothing_D, ORNEX_RC_Gaussian_Smoothing_R);
+    static constexpr auto columns = pick<T>(ORNEX_C_Derivative_Image_D, ORNEX_C_Derivative_Image_R);
+    static constexpr auto rows = pick<T>(ORNEX_R_Derivative_Image_D, ORNEX_R_Derivative_Image_R);
+    static constexpr auto suppress = pick<T>(ORNEX_NonMaximum_Suppression_D, ORNEX_NonMaximum_Suppression_R);
+    static constexpr auto user = pick<T>(ORNEX_EdgeCanny_userTh_D, ORNEX_EdgeCanny_userTh_R);
+    static constexpr auto automatic = pick<T>(ORNEX_EdgeCanny_autoTh_D, ORNEX_EdgeCanny_autoTh_R);
+};
+
+template <class T>
+class CannyTest : public ::testing::Test {};
+using Precisions = ::testing::Types<double, float>;
+TYPED_TEST_SUITE(CannyTest, Precisions);
+
+// Small integers and dyadic weights make equal magnitudes (suppression
+// ties) common; real-valued trials exercise the rounding of each step.
+template <class T>
+Vec<T> randomValues(std::mt19937 &random, size_t n, bool dyadic)
+{
+    Vec<T> v(n);
+    for (T &x : v)
+        x = dyadic ? T(int(random() % 9) - 4) / 4 : T(std::uniform_real_distribution<double>(-3, 3)(random));
+    return v;
+}
+
+TYPED_TEST(CannyTest, StagesAndDriversMatchThePlainPipeline)
+{
+    using T = TypeParam;
+    std::mt19937 random(41);
+    size_t edgesSeen = 0;
+    for (int trial = 0; trial < 300; ++trial) {
+        const int M = 1 + random() % 14, N = 1 + random() % 14, L = 1 + random() % std::min(4, std::min(M, N) + 1);
+        const bool dyadic = trial % 3 != 0;
+        const Plain<T> plain{M, N};
+        const size_t n = size_t(M) * N;
+        Vec<T> image = randomValues<T>(random, n, dyadic), g = randomValues<T>(random, L, dyadic),
+               d = randomValues<T>(random, L, dyadic);
+        if (trial % 7 == 0) image.assign(n, T(2)); // constant: no gradient anywhere
+        Vec<T> h(n), v(n), gx(n), gy(n), out(n + 2, T(-7)), out2(n + 2, T(-7));
+        plain.smooth(image, g, h, v);
+        Canny<T>::smooth(image.data(), g.data(), out.data() + 1, out2.data() + 1, M, N, L);
+        ASSERT_EQ(Vec<T>(out.begin() + 1, out.end() - 1), h) << trial;
+        ASSERT_EQ(Vec<T>(out2.begin() + 1, out2.end() - 1), v) << trial;
+        plain.derive(h, d, gx, 0, 1);
+        plain.derive(v, d, gy, 1, 0);
+        Canny<T>::columns(h.data(), d.data(), out.data() + 1, M, N, L);
+        ASSERT_EQ(Vec<T>(out.begin() + 1, out.end() - 1), gx) << trial;
+        Canny<T>::rows(v.data(), d.data(), out.data() + 1, M, N, L);
+        ASSERT_EQ(Vec<T>(out.begin() + 1, out.end() - 1), gy) << trial;
+        const Vec<T> magnitude = plain.suppress(gx, gy);
+        Canny<T>::suppress(gx.data(), gy.data(), out.data() + 1, M, N);
+        ASSERT_EQ(Vec<T>(out.begin() + 1, out.end() - 1), magnitude) << trial;
+        ASSERT_EQ(out.front(), T(-7));
+        ASSERT_EQ(out.back(), T(-7));
+
+        // Thresholds taken from the magnitudes themselves hit them exactly.
+        const T pick1 = magnitude[random() % n], pick2 = magnitude[random() % n];
+        const T percents[] = {0, 30, 50, 70, 99.5, 100};
+        const T percent = percents[trial % 6];
+        const int B = L / 2;
+        for (const bool automatic : {false, true}) {
+            const auto [low, high] = automatic ? plain.automatic(magnitude, percent, B)
+                                               : std::pair{std::min(pick1, pick2), std::max(pick1, pick2)};
+            Vec<uint8_t> expected = plain.hysteresis(magnitude, low, high);
+            for (int r = 0; r < M; ++r)
+                for (int c = 0; c < N; ++c)
+                    if (r < B || r >= M - B || c < B || c >= N - B - 1) expected[r + c * M] = 0;
+            const T thresholds[2] = {low, high};
+            Vec<T> a(n), b(n), mag(n);
+            Vec<uint8_t> edges(n, 7);
+            (automatic ? Canny<T>::automatic : Canny<T>::user)(image.data(), g.data(), d.data(), a.data(), b.data(),
+                                                                edges.data(), mag.data(),
+                                                                automatic ? &percent : thresholds, M, N, L);
+            ASSERT_EQ(mag, magnitude) << trial;
+            ASSERT_EQ(edges, expected) << trial << (automatic ? " automatic" : " user");
+            edgesSeen += std::count(edges.begin(), edges.end(), 1);
         }
     }
-    T largest = 0;
-    for (T v : out) {
-        largest = v > largest ? v : largest;
-    }
-    for (T &v : out) {
-        v = v / (largest == T(0) ? std::numeric_limits<T>::epsilon() : largest);
-    }
-    return out;
+    EXPECT_GT(edgesSeen, 2000u);
 }
 
-TEST(CannyStages, SuppressionAgreesWithThePlainDescription)
+TYPED_TEST(CannyTest, EdgesOfKnownImagesAndEmptyImages)
 {
-    std::mt19937 random(8);
-    std::uniform_int_distribution<int> small(-3, 3);
-    for (int trial = 0; trial < 20; ++trial) {
-        const int32_t rows = 3 + trial * 7 % 23, cols = 3 + trial * 5 % 11;
-        std::vector<float> gx(rows * cols), gy(rows * cols), out(rows * cols);
-        for (size_t i = 0; i < gx.size(); ++i) {
-            // Small integers make ties and zero gradients common.
-            gx[i] = float(small(random)) / 2;
-            gy[i] = float(small(random)) / 2;
-        }
-        ORNEX_NonMaximum_Suppression_R(gx.data(), gy.data(), out.data(), rows, cols);
-        ASSERT_EQ(out, slowSuppression(gx, gy, rows, cols)) << "trial " << trial;
-        std::vector<double> dx(gx.begin(), gx.end()), dy(gy.begin(), gy.end()), dout(rows * cols);
-        ORNEX_NonMaximum_Suppression_D(dx.data(), dy.data(), dout.data(), rows, cols);
-        ASSERT_EQ(dout, slowSuppression(dx, dy, rows, cols)) << "trial " << trial;
-    }
-}
-
-TEST(Canny, ConstantImageHasNoEdges)
-{
-    std::vector<double> magnitude;
-    const auto edges = cannyEdges<double>(std::vector<double>(30, 5.0), 5, 6, {0.5, 0.25}, {0, 0.5}, 0.1, 0.2,
-                                          &magnitude);
-    EXPECT_EQ(edges, Grid(5, std::string(6, '.')));
-    EXPECT_EQ(magnitude, std::vector<double>(30, 0.0));
-}
-
-TEST(Canny, ImagesWithoutPixelsTouchNoBuffer)
-{
-    // Buffers of exactly their stated size, none when M or N is below 1:
-    // AddressSanitizer reports any element touched (-1 x -1 is not one
-    // pixel), and a negative size taken as a byte count crashes outright.
-    const double smoothing[2] = {1, 0}, derivative[2] = {0, 0.5}, thresholds[2] = {0.1, 0.2}, percentage = 70;
+    using T = TypeParam;
+    // Identical rows 0 50 100 .. 100 50 0, identity smoothing, derivative
+    // 0.5 (I(c-1) - I(c+1)): |Gx| is 50 at columns 1 and 8 against 25 beside
+    // them. B = 1 clears column 0 on the left but columns 8 and 9 on the
+    // right, and rows 0 and 5.
+    const int M = 6, N = 10;
+    const T profile[N] = {0, 50, 100, 100, 100, 100, 100, 100, 50, 0}, g[2] = {1, 0}, d[2] = {0, 0.5};
+    Vec<T> image(M * N), a(M * N), b(M * N), mag(M * N);
+    for (int i = 0; i < M * N; ++i) image[i] = profile[i / M];
+    Vec<uint8_t> edges(M * N, 7), expected(M * N, 0);
+    for (int r = 1; r < 5; ++r) expected[r + 1 * M] = 1;
+    const T thresholds[2] = {T(0.9), T(0.95)};
+    Canny<T>::user(image.data(), g, d, a.data(), b.data(), edges.data(), mag.data(), thresholds, M, N, 2);
+    EXPECT_EQ(edges, expected);
+    // No pixels: nothing touched (zero-length heap blocks for the sanitizer).
+    const T percent = 70;
     for (const auto &[rows, cols] : {std::pair{0, 3}, {-1, 3}, {3, -1}, {-1, -1}}) {
-        const std::unique_ptr<double[]> image(new double[0]), a(new double[0]), b(new double[0]), c(new double[0]);
-        const std::unique_ptr<uint8_t[]> edges(new uint8_t[0]);
-        ORNEX_EdgeCanny_userTh_D(image.get(), smoothing, derivative, a.get(), b.get(), edges.get(), c.get(),
-                                 thresholds, rows, cols, 2);
-        ORNEX_EdgeCanny_autoTh_D(image.get(), smoothing, derivative, a.get(), b.get(), edges.get(), c.get(),
-                                 &percentage, rows, cols, 2);
+        const std::unique_ptr<T[]> none(new T[0]);
+        const std::unique_ptr<uint8_t[]> noEdges(new uint8_t[0]);
+        Canny<T>::user(none.get(), g, d, none.get(), none.get(), noEdges.get(), none.get(), thresholds, rows, cols, 2);
+        Canny<T>::automatic(none.get(), g, d, none.get(), none.get(), noEdges.get(), none.get(), &percent, rows, cols,
+                            2);
     }
-}
-
-TEST(Canny, RightBorderBandIsOneColumnWider)
-{
-    // Identical rows 0 50 100 100 100 100 100 100 50 0: with the identity
-    // smoothing (1, 0) and derivative 0.5 (I(c-1) - I(c+1)), columns 1 and 8
-    // are the two strict maxima of |Gx| (50 against 25 on each side). The
-    // mirror-symmetric edges come out asymmetric: B = 1 clears column 0 on
-    // the left but columns 8 and 9 on the right, and rows 0 and 5.
-    const int32_t rows = 6, cols = 10;
-    const double profile[10] = {0, 50, 100, 100, 100, 100, 100, 100, 50, 0};
-    std::vector<double> image(rows * cols);
-    for (int32_t c = 0; c < cols; ++c) {
-        for (int32_t r = 0; r < rows; ++r) {
-            image[r + c * rows] = profile[c];
-        }
-    }
-    const Grid expected = {"..........", ".#........", ".#........", ".#........", ".#........", ".........."};
-    EXPECT_EQ(cannyEdges<double>(image, rows, cols, {1, 0}, {0, 0.5}, 0.9, 0.95), expected);
-    std::vector<float> single(image.begin(), image.end());
-    EXPECT_EQ(cannyEdges<float>(single, rows, cols, {1, 0}, {0, 0.5}, 0.9f, 0.95f), expected);
-}
-
-TEST(Canny, SingleBrightPixelGivesItsFourNeighbours)
-{
-    // A bright pixel at (4, 4): Gx is +-0.5 v beside it and Gy +-0.5 v above
-    // and below; the pixel itself has no gradient. Each of the four is a
-    // strict maximum along its gradient, and the trace links them through
-    // their diagonal contacts.
-    const int32_t rows = 9, cols = 9;
-    std::vector<double> image(rows * cols, 0);
-    image[4 + 4 * rows] = 80;
-    const Grid expected = {".........", ".........", ".........", "....#....", "...#.#...",
-                           "....#....", ".........", ".........", "........."};
-    EXPECT_EQ(cannyEdges<double>(image, rows, cols, {1, 0, 0}, {0, 0.5, 0}, 0.5, 0.9), expected);
-}
-
-TEST(Canny, FilledRectangleGivesItsOutline)
-{
-    // Rows 10..29, columns 12..35 of a 40 x 48 image. Every edge pixel lies
-    // within one pixel of the rectangle's boundary, and the boundary is
-    // mostly found.
-    const int32_t rows = 40, cols = 48;
-    std::vector<float> image(rows * cols, 20);
-    for (int32_t c = 12; c <= 35; ++c) {
-        for (int32_t r = 10; r <= 29; ++r) {
-            image[r + c * rows] = 200;
-        }
-    }
-    // Gaussian (sigma 1) and derivative-of-Gaussian halves, length 4.
-    std::vector<float> smoothing(4), derivative(4);
-    for (int k = 0; k < 4; ++k) {
-        smoothing[k] = float(std::exp(-0.5 * k * k) / 2.5066282746);
-        derivative[k] = float(k * std::exp(-0.5 * k * k) / 2.5066282746);
-    }
-    const auto edges = cannyEdges<float>(image, rows, cols, smoothing, derivative, 0.2f, 0.5f);
-    auto nearBoundary = [](int32_t r, int32_t c) {
-        const bool rowsInside = r >= 9 && r <= 30, colsInside = c >= 11 && c <= 36;
-        const bool nearRowEdge = (std::abs(r - 9.5) <= 1.5 || std::abs(r - 29.5) <= 1.5) && colsInside;
-        const bool nearColEdge = (std::abs(c - 11.5) <= 1.5 || std::abs(c - 35.5) <= 1.5) && rowsInside;
-        return nearRowEdge || nearColEdge;
-    };
-    int edgeCount = 0;
-    for (int32_t r = 0; r < rows; ++r) {
-        for (int32_t c = 0; c < cols; ++c) {
-            if (edges[r][c] == '#') {
-                ++edgeCount;
-                EXPECT_TRUE(nearBoundary(r, c)) << r << "," << c;
-            }
-        }
-    }
-    // The outline is 2 * (20 + 24) = 88 pixels long.
-    EXPECT_GT(edgeCount, 70);
-}
-
-TEST(CannyAutomatic, FullPercentageGivesThresholdsOneAndPointFour)
-{
-    const std::vector<float> magnitude = {0, 0.1f, 0.5f, 1, 0.7f, 0.2f};
-    const auto thresholds = ornex::detection::automaticThresholds<float>(magnitude.data(), 100.0f, 2, 3, 0);
-    EXPECT_EQ(thresholds.high, 1.0f);
-    EXPECT_EQ(thresholds.low, 0.4f);
-    // 50 per cent of 6 pixels is 3: bins 0 (0), 25 (0.1) and 51 (0.2) reach
-    // 3 but the sum must exceed it, which bin 127 (0.5) does: k = 128.
-    const auto half = ornex::detection::automaticThresholds<float>(magnitude.data(), 50.0f, 2, 3, 0);
-    EXPECT_EQ(half.high, 0.5f);
-    EXPECT_EQ(half.low, 0.5f * 0.4f);
-}
-
-TEST(Hysteresis, FollowsOneChainInsteadOfFloodFilling)
-{
-    // A seed S (>= high) at (2, 2) with two weak branches (>= low) going up
-    // and down. The trace takes the first branch found (upward, position 1),
-    // walks it to its end and then unwinds without looking at the rest, so
-    // the downward branch stays unmarked although it touches the seed.
-    const std::vector<std::string> map = {
-        "..w..", // row 0
-        "..w..", // row 1
-        "..S..", // row 2
-        "..w..", // row 3
-        "..w..", // row 4
-    };
-    const int32_t rows = 5, cols = 5;
-    std::vector<double> magnitude(rows * cols, 0);
-    for (int32_t r = 0; r < rows; ++r) {
-        for (int32_t c = 0; c < cols; ++c) {
-            magnitude[r + c * rows] = map[r][c] == 'S' ? 1.0 : map[r][c] == 'w' ? 0.5 : 0.0;
-        }
-    }
-    std::vector<int16_t> stacks(4 * rows * cols);
-    std::vector<uint8_t> edges(rows * cols, 9);
-    ornex::detection::TraceStack stack{stacks.data(), stacks.data() + rows * cols, stacks.data() + 2 * rows * cols,
-                                       stacks.data() + 3 * rows * cols};
-    ornex::detection::Hysteresis<double>(magnitude.data(), edges.data(), stack, {0.4, 0.9}, rows, cols).run();
-    std::vector<std::string> marked(rows, std::string(cols, '.'));
-    for (int32_t r = 0; r < rows; ++r) {
-        for (int32_t c = 0; c < cols; ++c) {
-            marked[r][c] = edges[r + c * rows] ? '#' : '.';
-        }
-    }
-    EXPECT_EQ(marked, (std::vector<std::string>{"..#..", "..#..", "..#..", ".....", "....."}));
 }
 
 } // namespace
