@@ -1,10 +1,9 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cmath>
-#include <cstdint>
 #include <cstring>
 #include <limits>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -12,175 +11,127 @@
 
 namespace {
 
-// Formats into a 64-byte buffer pre-filled with '#', with room `size`;
-// checks that the format comes back unchanged and nothing past the room is
-// touched.
-std::string format(const char *pattern, void *values, int32_t valueLimit, int32_t typeCode, int32_t size = 48,
-                   uint8_t isText = 0)
+// Formats into a buffer of '#' with room `size`; the format must come back
+// unchanged and nothing past the room may be touched.
+std::string format(const char *pattern, void *values, int valueLimit, int typeCode, int size = 48, bool text = false)
 {
-    std::vector<char> formatCopy(pattern, pattern + std::strlen(pattern) + 1);
+    std::string formatCopy = pattern;
     char buffer[64];
     std::memset(buffer, '#', sizeof buffer);
-    ORNEX_snprintf(buffer, formatCopy.data(), values, valueLimit, typeCode, isText, size);
-    EXPECT_STREQ(formatCopy.data(), pattern) << "the format is restored";
-    for (int32_t k = size; k < 64; ++k) {
-        EXPECT_EQ(buffer[k], '#') << "byte " << k << " is past the room of " << size;
-    }
-    return std::string(buffer, strnlen(buffer, sizeof buffer));
+    ORNEX_snprintf(buffer, formatCopy.data(), values, valueLimit, typeCode, text, size);
+    EXPECT_EQ(formatCopy, pattern);
+    for (int k = size; k < 64; ++k) EXPECT_EQ(buffer[k], '#') << k;
+    return std::string(buffer, strnlen(buffer, size));
 }
 
-TEST(FormatValues, ValuesUpToTheLimitAreUsed)
+TEST(FormatValues, PiecesValuesAndLimits)
 {
-    int32_t values[] = {3, 4};
-    EXPECT_EQ(format("x=%d, y=%d", values, 1, 6), "x=3, y=4");
-    EXPECT_EQ(format("x=%d, y=%d", values, 0, 6), "x=3, y=");
-    EXPECT_EQ(format("no conversions", values, 0, 6), "no conversions");
-}
-
-TEST(FormatValues, DoublePercentWritesOnePercentAndTakesNoValue)
-{
-    int32_t values[] = {100, 7};
-    EXPECT_EQ(format("100%%", values, 0, 6), "100%");
-    EXPECT_EQ(format("%d%% of %d", values, 1, 6), "100% of 7");
-    // Once the counter passes the limit the rest of the format is dropped,
-    // a "%%" as well.
-    EXPECT_EQ(format("x=%d%%", &values[1], 0, 6), "x=7");
-    EXPECT_EQ(format("100%%", values, -1, 6), "100");
-}
-
-TEST(FormatValues, EachTypeCodeWidensItsValue)
-{
-    double d[] = {2.25};
-    float f[] = {1.5f};
-    int8_t i8[] = {-5};
-    uint8_t u8[] = {250};
-    int16_t i16[] = {-300};
-    uint16_t u16[] = {65535};
-    int32_t i32[] = {-2000000000};
-    uint32_t u32[] = {4000000000u};
-    uint8_t logical[] = {1};
-    EXPECT_EQ(format("%.2f", d, 0, 0), "2.25");
-    EXPECT_EQ(format("%.2f", f, 0, 1), "1.50");
-    EXPECT_EQ(format("%d", i8, 0, 2), "-5");
-    EXPECT_EQ(format("%d", u8, 0, 3), "250");
-    EXPECT_EQ(format("%d", i16, 0, 4), "-300");
-    EXPECT_EQ(format("%d", u16, 0, 5), "65535");
-    EXPECT_EQ(format("%d", i32, 0, 6), "-2000000000");
-    EXPECT_EQ(format("%u", u32, 0, 7), "4000000000");
-    EXPECT_EQ(format("%d", logical, 0, 8), "1");
-}
-
-TEST(FormatValues, EveryRoomEndsTheOutputInsideIt)
-{
-    int32_t values[] = {12, 345, 6789};
-    const std::string full = "a=12, b=345, c=6789";
-    for (int32_t size = 1; size <= int32_t(full.size()) + 3; ++size) {
-        // A piece that does not fit, or fills the room exactly, ends the
-        // output in the room's last byte: what shows is the full text cut
-        // to size - 1 bytes.
-        const std::string shown = format("a=%d, b=%d, c=%d", values, 2, 6, size);
-        EXPECT_EQ(shown, full.substr(0, std::min<size_t>(full.size(), size - 1))) << "room " << size;
-    }
-}
-
-TEST(FormatValues, CountConversionsWriteNothingAnywhere)
-{
-    int32_t values[] = {1, 2, 3};
-    // %n shows nothing and takes the place of value 1.
-    EXPECT_EQ(format("%d%nab%d", values, 5, 6), "1ab3");
-    EXPECT_EQ(values[1], 2);
-    EXPECT_EQ(format("x%ny", values, 5, 6), "xy");
-    EXPECT_EQ(values[0], 1);
-}
-
-TEST(FormatValues, TextModeFormatsTheCallersCharacters)
-{
+    int32_t v[] = {3, 4, 100, 7};
     char text[] = "hello!!";
-    // The characters end at index valueLimit - 1.
-    EXPECT_EQ(format("<%s>", text, 6, 3, 48, 1), "<hello>");
-    EXPECT_EQ(text[5], '\0');
-    int32_t number[] = {5};
-    EXPECT_EQ(format("<%s>", number, 1, 6, 48, 1), "<%s>");
-}
-
-TEST(FormatValues, NullsAndUnknownTypesDoNothing)
-{
-    int32_t values[] = {1};
-    char pattern[] = "%d";
-    char buffer[8] = "keep";
-    ORNEX_snprintf(buffer, pattern, values, 0, 9, 0, 8);
-    EXPECT_STREQ(buffer, "keep");
-    ORNEX_snprintf(buffer, pattern, nullptr, 0, 6, 0, 8);
-    EXPECT_STREQ(buffer, "keep");
-    ORNEX_snprintf(buffer, nullptr, values, 0, 6, 0, 8);
-    ORNEX_snprintf(nullptr, pattern, values, 0, 6, 0, 8);
-    EXPECT_STREQ(buffer, "keep");
-    ORNEX_snprintf_wrapper(buffer, pattern, values, 0, 6, 0, 8);
-    EXPECT_STREQ(buffer, "1");
+    const struct { const char *pattern; void *values; int limit, code; bool text; const char *expected; } cases[] = {
+        {"x=%d, y=%d", v, 1, 6, false, "x=3, y=4"}, {"x=%d, y=%d", v, 0, 6, false, "x=3, y="},
+        {"no conversions", v, 0, 6, false, "no conversions"}, {"100%%", v, 0, 6, false, "100%"},
+        {"%d%% of %d", v + 2, 1, 6, false, "100% of 7"}, {"x=%d%%", v + 3, 0, 6, false, "x=7"},
+        {"100%%", v, -1, 6, false, "100"}, {"%d%nab%d", v, 5, 6, false, "3ab100"}, {"x%ny", v, 5, 6, false, "xy"},
+        {"<%s>", text, 6, 3, true, "<hello>"}, {"<%s>", v, 1, 6, true, "<%s>"}, {"%d", v, 0, 9, false, nullptr},
+        {"%d", nullptr, 0, 6, false, nullptr}, // nothing written
+    };
+    for (const auto &c : cases)
+        EXPECT_EQ(format(c.pattern, c.values, c.limit, c.code, 48, c.text), c.expected ? c.expected : std::string(48, '#'))
+            << c.pattern;
+    EXPECT_EQ(text[5], '\0') << "the characters end at index valueLimit - 1";
+    EXPECT_EQ(std::vector<int32_t>(v, v + 4), (std::vector<int32_t>{3, 4, 100, 7})) << "%n writes nowhere visible";
+    char pattern[] = "%d", keep[8] = "keep";
+    ORNEX_snprintf(keep, nullptr, v, 0, 6, 0, 8);
+    ORNEX_snprintf(nullptr, pattern, v, 0, 6, 0, 8);
+    EXPECT_STREQ(keep, "keep");
+    ORNEX_snprintf_wrapper(keep, pattern, v, 0, 6, 0, 8);
+    EXPECT_STREQ(keep, "3");
     EXPECT_EQ(ORNEX_strlen("four"), 4);
     EXPECT_EQ(ORNEX_strlen(""), 0);
 }
 
-TEST(ValueConversion, UnsignedGoesThroughSixtyFourBits)
+TEST(FormatValues, EachTypeWidensAndEveryRoomEndsTheOutputInsideIt)
 {
-    const double reals[] = {3.9, -1.5, 4294967301.0};
-    uint32_t out[3] = {};
-    ORNEX_DrawText_copyDT1ToUint32(0, 3, reals, out);
-    EXPECT_EQ(out[0], 3u);
-    EXPECT_EQ(out[1], 0xFFFFFFFFu);
-    EXPECT_EQ(out[2], 5u); // 2^32 + 5 keeps its low 32 bits
-    const int8_t small[] = {-1};
-    ORNEX_DrawText_copyDT1ToUint32(2, 1, small, out);
-    EXPECT_EQ(out[0], 0xFFFFFFFFu);
-    const uint16_t wide[] = {65535};
-    ORNEX_DrawText_copyDT1ToUint32(5, 1, wide, out);
-    EXPECT_EQ(out[0], 65535u);
-    const uint8_t flags[] = {1};
-    out[0] = 42;
-    ORNEX_DrawText_copyDT1ToUint32(8, 1, flags, out);
-    EXPECT_EQ(out[0], 42u) << "the unsigned conversion takes no logical values";
+    double d = -2.25;
+    float f = 1.5f;
+    int8_t i8 = -5;
+    uint8_t u8 = 250, logical = 1;
+    int16_t i16 = -300;
+    uint16_t u16 = 65535;
+    int32_t i32 = -2000000000;
+    uint32_t u32 = 4000000000u;
+    void *values[] = {&d, &f, &i8, &u8, &i16, &u16, &i32, &u32, &logical};
+    const char *expected[] = {"-2.25", "1.50", "-5", "250", "-300", "65535", "-2000000000", "4000000000", "1"};
+    for (int code = 0; code < 9; ++code)
+        EXPECT_EQ(format(code < 2 ? "%.2f" : code == 7 ? "%u" : "%d", values[code], 0, code), expected[code]) << code;
+    int32_t three[] = {12, 345, 6789};
+    const std::string full = "a=12, b=345, c=6789";
+    for (int size = 1; size <= int(full.size()) + 3; ++size)
+        EXPECT_EQ(format("a=%d, b=%d, c=%d", three, 2, 6, size), full.substr(0, std::min<size_t>(full.size(), size - 1)))
+            << size;
 }
 
-TEST(ValueConversion, SignedStartsAtTheIndexAndTakesLogicalValues)
+TEST(ValueConversion, EveryTypeCodeTruncatesOrExtends)
 {
-    const double reals[] = {9, 9, -2.7, 3e10};
-    int32_t out[3] = {};
-    ORNEX_DrawText_copyDT1ToInt32(0, 2, reals, out, 2);
-    EXPECT_EQ(out[0], -2);
-    EXPECT_EQ(out[1], INT32_MIN);
-    const float singles[] = {7.99f};
-    ORNEX_DrawText_copyDT1ToInt32(1, 1, singles, out, 0);
-    EXPECT_EQ(out[0], 7);
-    const uint8_t flags[] = {0, 1, 255};
-    ORNEX_DrawText_copyDT1ToInt32(8, 3, flags, out, 0);
-    EXPECT_EQ(out[2], 255);
-    const uint32_t large[] = {0xFFFFFFFFu};
-    ORNEX_DrawText_copyDT1ToInt32(7, 1, large, out, 0);
-    EXPECT_EQ(out[0], -1);
-    out[0] = 42;
-    ORNEX_DrawText_copyDT1ToInt32(9, 1, large, out, 0);
-    EXPECT_EQ(out[0], 42);
+    std::mt19937 random(7);
+    for (int code = 0; code <= 9; ++code) {
+        std::vector<double> real(8);
+        std::vector<int64_t> integer(8);
+        alignas(8) unsigned char source[64];
+        for (int i = 0; i < 8; ++i) {
+            real[i] = std::uniform_real_distribution<double>(-3e9, 3e9)(random) / (i % 2 ? 1e6 : 1);
+            integer[i] = int64_t(random()) - (i % 2 ? 0 : int64_t(random()));
+            switch (code) {
+            case 0: reinterpret_cast<double *>(source)[i] = real[i]; break;
+            case 1: reinterpret_cast<float *>(source)[i] = float(real[i] / 2); break;
+            case 2: case 3: case 8: source[i] = uint8_t(integer[i]); break;
+            case 4: case 5: reinterpret_cast<uint16_t *>(source)[i] = uint16_t(integer[i]); break;
+            default: reinterpret_cast<uint32_t *>(source)[i] = uint32_t(integer[i]);
+            }
+        }
+        auto expectedAt = [&](int i) -> int64_t {
+            const unsigned char *s = source;
+            switch (code) {
+            case 0: return int64_t(real[i]);
+            case 1: return int64_t(reinterpret_cast<const float *>(s)[i]);
+            case 2: return int8_t(s[i]);
+            case 3: case 8: return s[i];
+            case 4: return reinterpret_cast<const int16_t *>(s)[i];
+            case 5: return reinterpret_cast<const uint16_t *>(s)[i];
+            case 6: return reinterpret_cast<const int32_t *>(s)[i];
+            default: return reinterpret_cast<const uint32_t *>(s)[i];
+            }
+        };
+        std::vector<uint32_t> unsignedOut(8, 42u);
+        std::vector<int32_t> signedOut(8, 42);
+        ORNEX_DrawText_copyDT1ToUint32(code, 6, source, unsignedOut.data());
+        ORNEX_DrawText_copyDT1ToInt32(code, 5, source, signedOut.data(), 2);
+        for (int i = 0; i < 8; ++i) {
+            EXPECT_EQ(unsignedOut[i], i < 6 && code < 8 ? uint32_t(expectedAt(i)) : 42u) << code << " " << i;
+            const int64_t wide = i < 5 ? expectedAt(i + 2) : 0;
+            const int32_t saturated = wide < INT32_MIN || wide > INT32_MAX ? INT32_MIN : int32_t(wide);
+            EXPECT_EQ(signedOut[i], i < 5 && code < 9 ? (code < 2 ? saturated : int32_t(wide)) : 42) << code << " " << i;
+        }
+    }
     ORNEX_DrawText_noCopyNeeded();
 }
 
 TEST(ValueConversion, ClampingToTheUnitIntervalKeepsNaN)
 {
-    const double values[] = {-0.5, 0.3, 7, std::numeric_limits<double>::quiet_NaN()};
-    double out[4] = {};
-    ORNEX_DrawText_SatFltptIntensityVals(0, values, out, 4);
-    EXPECT_EQ(out[0], 0.0);
-    EXPECT_EQ(out[1], 0.3);
-    EXPECT_EQ(out[2], 1.0);
-    EXPECT_TRUE(std::isnan(out[3]));
+    const double values[] = {-0.5, 0.3, 7, std::numeric_limits<double>::quiet_NaN(), 1, 0};
+    double out[7] = {9, 9, 9, 9, 9, 9, 9};
+    ORNEX_DrawText_SatFltptIntensityVals(0, values, out, 6);
+    EXPECT_TRUE(out[0] == 0 && out[1] == 0.3 && out[2] == 1 && std::isnan(out[3]) && out[4] == 1 && out[5] == 0 &&
+                out[6] == 9);
     const float rgb[] = {2.0f, -1.0f, 0.5f};
-    float rgbOut[3] = {};
+    float rgbOut[4] = {9, 9, 9, 9};
     ORNEX_DrawText_SatFltptRGBVals(1, rgb, rgbOut);
-    EXPECT_EQ(rgbOut[0], 1.0f);
-    EXPECT_EQ(rgbOut[1], 0.0f);
-    EXPECT_EQ(rgbOut[2], 0.5f);
-    double untouched[3] = {5, 5, 5};
-    ORNEX_DrawText_SatFltptRGBVals(2, values, untouched);
-    EXPECT_EQ(untouched[0], 5.0);
+    EXPECT_TRUE(rgbOut[0] == 1 && rgbOut[1] == 0 && rgbOut[2] == 0.5f && rgbOut[3] == 9);
+    out[0] = out[1] = 9;
+    ORNEX_DrawText_SatFltptRGBVals(2, values, out);
+    ORNEX_DrawText_SatFltptIntensityVals(-1, values, out, 2);
+    EXPECT_TRUE(out[0] == 9 && out[1] == 9) << "other type codes do nothing";
     ORNEX_DrawText_noFltSaturationNeeded();
 }
 
