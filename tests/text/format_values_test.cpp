@@ -2,14 +2,9 @@
 
 #include <cmath>
 #include <cstring>
-#include <limits>
 #include <random>
-#include <string>
-#include <vector>
 
 #include "ornex_rt.h"
-
-namespace {
 
 // Formats into a buffer of '#' with room `size`; the format must come back
 // unchanged and nothing past the room may be touched.
@@ -20,11 +15,11 @@ std::string format(const char *pattern, void *values, int valueLimit, int typeCo
     std::memset(buffer, '#', sizeof buffer);
     ORNEX_snprintf(buffer, formatCopy.data(), values, valueLimit, typeCode, text, size);
     EXPECT_EQ(formatCopy, pattern);
-    for (int k = size; k < 64; ++k) EXPECT_EQ(buffer[k], '#') << k;
+    EXPECT_EQ(std::string(buffer + size, 64 - size), std::string(64 - size, '#'));
     return std::string(buffer, strnlen(buffer, size));
 }
 
-TEST(FormatValues, PiecesValuesAndLimits)
+TEST(FormatValues, PiecesValuesTypesAndRoom)
 {
     int32_t v[] = {3, 4, 100, 7};
     char text[] = "hello!!";
@@ -33,26 +28,21 @@ TEST(FormatValues, PiecesValuesAndLimits)
         {"no conversions", v, 0, 6, false, "no conversions"}, {"100%%", v, 0, 6, false, "100%"},
         {"%d%% of %d", v + 2, 1, 6, false, "100% of 7"}, {"x=%d%%", v + 3, 0, 6, false, "x=7"},
         {"100%%", v, -1, 6, false, "100"}, {"%d%nab%d", v, 5, 6, false, "3ab100"}, {"x%ny", v, 5, 6, false, "xy"},
-        {"<%s>", text, 6, 3, true, "<hello>"}, {"<%s>", v, 1, 6, true, "<%s>"}, {"%d", v, 0, 9, false, nullptr},
-        {"%d", nullptr, 0, 6, false, nullptr}, // nothing written
+        {"<%s>", text, 6, 3, true, "<hello>"}, {"<%s>", v, 1, 6, true, "<%s>"},
+        {"%d", v, 0, 9, false, nullptr}, {"%d", nullptr, 0, 6, false, nullptr}, // nothing written
     };
     for (const auto &c : cases)
-        EXPECT_EQ(format(c.pattern, c.values, c.limit, c.code, 48, c.text), c.expected ? c.expected : std::string(48, '#'))
-            << c.pattern;
+        EXPECT_EQ(format(c.pattern, c.values, c.limit, c.code, 48, c.text), c.expected ? c.expected : std::string(48, '#')) << c.pattern;
     EXPECT_EQ(text[5], '\0') << "the characters end at index valueLimit - 1";
-    EXPECT_EQ(std::vector<int32_t>(v, v + 4), (std::vector<int32_t>{3, 4, 100, 7})) << "%n writes nowhere visible";
+    EXPECT_EQ(v[1], 4) << "a count lands nowhere";
     char pattern[] = "%d", keep[8] = "keep";
     ORNEX_snprintf(keep, nullptr, v, 0, 6, 0, 8);
     ORNEX_snprintf(nullptr, pattern, v, 0, 6, 0, 8);
     EXPECT_STREQ(keep, "keep");
     ORNEX_snprintf_wrapper(keep, pattern, v, 0, 6, 0, 8);
     EXPECT_STREQ(keep, "3");
-    EXPECT_EQ(ORNEX_strlen("four"), 4);
-    EXPECT_EQ(ORNEX_strlen(""), 0);
-}
-
-TEST(FormatValues, EachTypeWidensAndEveryRoomEndsTheOutputInsideIt)
-{
+    EXPECT_EQ(ORNEX_strlen("four") + ORNEX_strlen(""), 4);
+    // Each type widened: singles to double, small integers and logical to int.
     double d = -2.25;
     float f = 1.5f;
     int8_t i8 = -5;
@@ -65,65 +55,49 @@ TEST(FormatValues, EachTypeWidensAndEveryRoomEndsTheOutputInsideIt)
     const char *expected[] = {"-2.25", "1.50", "-5", "250", "-300", "65535", "-2000000000", "4000000000", "1"};
     for (int code = 0; code < 9; ++code)
         EXPECT_EQ(format(code < 2 ? "%.2f" : code == 7 ? "%u" : "%d", values[code], 0, code), expected[code]) << code;
-    int32_t three[] = {12, 345, 6789};
+    // A piece that does not fit, or fills the room exactly, ends the output
+    // in the room's last byte.
     const std::string full = "a=12, b=345, c=6789";
     for (int size = 1; size <= int(full.size()) + 3; ++size)
-        EXPECT_EQ(format("a=%d, b=%d, c=%d", three, 2, 6, size), full.substr(0, std::min<size_t>(full.size(), size - 1)))
-            << size;
+        EXPECT_EQ(format("a=%d, b=%d, c=%d", std::array<int32_t, 3>{12, 345, 6789}.data(), 2, 6, size),
+                  full.substr(0, std::min<size_t>(full.size(), size - 1))) << size;
 }
 
-TEST(ValueConversion, EveryTypeCodeTruncatesOrExtends)
+TEST(ValueConversion, EveryTypeCodeTruncatesExtendsOrClamps)
 {
     std::mt19937 random(7);
-    for (int code = 0; code <= 9; ++code) {
-        std::vector<double> real(8);
-        std::vector<int64_t> integer(8);
-        alignas(8) unsigned char source[64];
-        for (int i = 0; i < 8; ++i) {
-            real[i] = std::uniform_real_distribution<double>(-3e9, 3e9)(random) / (i % 2 ? 1e6 : 1);
-            integer[i] = int64_t(random()) - (i % 2 ? 0 : int64_t(random()));
-            switch (code) {
-            case 0: reinterpret_cast<double *>(source)[i] = real[i]; break;
-            case 1: reinterpret_cast<float *>(source)[i] = float(real[i] / 2); break;
-            case 2: case 3: case 8: source[i] = uint8_t(integer[i]); break;
-            case 4: case 5: reinterpret_cast<uint16_t *>(source)[i] = uint16_t(integer[i]); break;
-            default: reinterpret_cast<uint32_t *>(source)[i] = uint32_t(integer[i]);
-            }
+    int code = 0;
+    auto check = [&](auto type) {
+        using S = decltype(type);
+        S source[8];
+        for (S &s : source)
+            s = std::is_floating_point_v<S> ? S(std::uniform_real_distribution<double>(-3e9, 3e9)(random) / (random() % 2 ? 1 : 1e6)) : S(random());
+        uint32_t u[8];
+        int32_t i[8];
+        std::fill(u, u + 8, 42u), std::fill(i, i + 8, 42);
+        ORNEX_DrawText_copyDT1ToUint32(code, 6, source, u);
+        ORNEX_DrawText_copyDT1ToInt32(code, 5, source, i, 2);
+        for (int k = 0; k < 8; ++k) {
+            const int64_t wide = int64_t(source[k]), shifted = k < 6 ? int64_t(source[k + 2]) : 0;
+            EXPECT_EQ(u[k], k < 6 && code < 8 ? uint32_t(wide) : 42u) << code;
+            EXPECT_EQ(i[k], k >= 5 ? 42 : code < 2 && (shifted < INT32_MIN || shifted > INT32_MAX) ? INT32_MIN : int32_t(shifted)) << code;
         }
-        auto expectedAt = [&](int i) -> int64_t {
-            const unsigned char *s = source;
-            switch (code) {
-            case 0: return int64_t(real[i]);
-            case 1: return int64_t(reinterpret_cast<const float *>(s)[i]);
-            case 2: return int8_t(s[i]);
-            case 3: case 8: return s[i];
-            case 4: return reinterpret_cast<const int16_t *>(s)[i];
-            case 5: return reinterpret_cast<const uint16_t *>(s)[i];
-            case 6: return reinterpret_cast<const int32_t *>(s)[i];
-            default: return reinterpret_cast<const uint32_t *>(s)[i];
-            }
-        };
-        std::vector<uint32_t> unsignedOut(8, 42u);
-        std::vector<int32_t> signedOut(8, 42);
-        ORNEX_DrawText_copyDT1ToUint32(code, 6, source, unsignedOut.data());
-        ORNEX_DrawText_copyDT1ToInt32(code, 5, source, signedOut.data(), 2);
-        for (int i = 0; i < 8; ++i) {
-            EXPECT_EQ(unsignedOut[i], i < 6 && code < 8 ? uint32_t(expectedAt(i)) : 42u) << code << " " << i;
-            const int64_t wide = i < 5 ? expectedAt(i + 2) : 0;
-            const int32_t saturated = wide < INT32_MIN || wide > INT32_MAX ? INT32_MIN : int32_t(wide);
-            EXPECT_EQ(signedOut[i], i < 5 && code < 9 ? (code < 2 ? saturated : int32_t(wide)) : 42) << code << " " << i;
-        }
-    }
+        ++code;
+    };
+    check(double()), check(float()), check(int8_t()), check(uint8_t()), check(int16_t()), check(uint16_t()),
+        check(int32_t()), check(uint32_t()), check(uint8_t());
+    uint32_t u = 42;
+    int32_t i = 42;
+    ORNEX_DrawText_copyDT1ToUint32(9, 1, &u, &u);
+    ORNEX_DrawText_copyDT1ToInt32(9, 1, &i, &i, 0);
+    EXPECT_TRUE(u == 42 && i == 42);
     ORNEX_DrawText_noCopyNeeded();
-}
 
-TEST(ValueConversion, ClampingToTheUnitIntervalKeepsNaN)
-{
-    const double values[] = {-0.5, 0.3, 7, std::numeric_limits<double>::quiet_NaN(), 1, 0};
+    // Clamping to [0, 1], NaN kept; other type codes do nothing.
+    const double values[] = {-0.5, 0.3, 7, NAN, 1, 0};
     double out[7] = {9, 9, 9, 9, 9, 9, 9};
     ORNEX_DrawText_SatFltptIntensityVals(0, values, out, 6);
-    EXPECT_TRUE(out[0] == 0 && out[1] == 0.3 && out[2] == 1 && std::isnan(out[3]) && out[4] == 1 && out[5] == 0 &&
-                out[6] == 9);
+    EXPECT_TRUE(out[0] == 0 && out[1] == 0.3 && out[2] == 1 && std::isnan(out[3]) && out[4] == 1 && out[5] == 0 && out[6] == 9);
     const float rgb[] = {2.0f, -1.0f, 0.5f};
     float rgbOut[4] = {9, 9, 9, 9};
     ORNEX_DrawText_SatFltptRGBVals(1, rgb, rgbOut);
@@ -131,8 +105,6 @@ TEST(ValueConversion, ClampingToTheUnitIntervalKeepsNaN)
     out[0] = out[1] = 9;
     ORNEX_DrawText_SatFltptRGBVals(2, values, out);
     ORNEX_DrawText_SatFltptIntensityVals(-1, values, out, 2);
-    EXPECT_TRUE(out[0] == 9 && out[1] == 9) << "other type codes do nothing";
+    EXPECT_TRUE(out[0] == 9 && out[1] == 9);
     ORNEX_DrawText_noFltSaturationNeeded();
 }
-
-} // namespace
