@@ -1,13 +1,9 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cmath>
 #include <random>
-#include <vector>
 
 #include "ornex_rt.h"
-
-namespace {
 
 enum Kernel { nearest, linear, cubic };
 
@@ -54,7 +50,7 @@ TYPED_TEST(Skew, EveryKernelMatchesTheShiftedLineWithBackgroundAround)
         std::vector<T> src(n), strided(size_t(n) * srcStride, T(1e6));
         for (int j = 0; j < n; ++j) strided[j * srcStride] = src[j] = T(std::uniform_real_distribution<double>(-9, 9)(random));
         const auto line = n ? plainSkew(kernel, src, outLength, s, bg) : std::vector<T>(outLength, bg);
-        std::vector<T> expected((outLength + 1) * dstStride, T(-77)), out = expected;
+        std::vector<T> expected((outLength + 1) * dstStride, T(-77)), out = expected; // stored from position `first` on
         for (int k = first; k < outLength; ++k) expected[(k - first) * dstStride] = line[k];
         auto run = [&](auto f) { f(strided.data(), n, outLength, s, srcStride, dstStride, out.data(), first, &bg); };
         if constexpr (std::is_same_v<T, double>)
@@ -66,5 +62,3 @@ TYPED_TEST(Skew, EveryKernelMatchesTheShiftedLineWithBackgroundAround)
             ASSERT_NEAR(out[k], expected[k], tolerance) << kernel << " offset " << s << " length " << n << " at " << k;
     }
 }
-
-} // namespace
