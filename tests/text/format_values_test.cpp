@@ -26,8 +26,8 @@ TEST(FormatValues, PiecesValuesTypesAndRoom)
     static double d = -2.25;
     static float f = 1.5f;
     static int8_t i8 = -5;
-    static uint8_t u8 = 250, logical = 1;
     static int16_t i16 = -300;
+    static uint8_t u8 = 250, logical = 1;
     static uint16_t u16 = 65535;
     static uint32_t u32 = 4000000000u;
     // Each value widened as its type code says: singles to double, small
