@@ -25,9 +25,9 @@ void votes()
         const int rows = random() % 12, cols = random() % 12, numTheta = 2 + random() % 20;
         // rho0 = -(k + 0.5), numRho = 2k + 2: the scale is 1 and the -90 and
         // 0 degree columns land on exact halves; a short range gives bins
-        // below 0 and past the end.
+        // below 0 and past the end, as does a positive rho0 (scale -1).
         const int k = random() % 18, numRho = 2 * k + 2;
-        const T rho0 = -(T(k) + T(0.5)), scale = T(numRho - 1) / (rho0 * T(-2.0));
+        const T rho0 = (trial % 4 ? -1 : 1) * (T(k) + T(0.5)), scale = T(numRho - 1) / (rho0 * T(-2.0));
         std::vector<uint8_t> image(size_t(rows) * cols);
         for (auto &p : image) p = random() % 3 == 0 ? uint8_t(1 + random() % 255) : 0;
         const auto [acc, s] = vote(image, rows, cols, numRho, numTheta, rho0);

@@ -156,6 +156,10 @@ TYPED_TEST(ProjectiveWarp, OneCellAndBackgrounds)
     std::vector<T> out(36, T(-1));
     pick<T>(ORNEX_XformOneSubdivision_D, ORNEX_XformOneSubdivision_R)(edges.data(), 8, cell, scratch.data(), out.data(), nullptr, nullptr, 0, 5, 0, 5, 6, 0, b.data() + 9, source.data(), nullptr, nullptr, 1, 6, 6, 6, 1, 0, 0, 1);
     for (int i = 0; i < 36; ++i) EXPECT_EQ(out[i], i % 6 >= 2 && i / 6 <= 3 ? source[i - 1 + 6] : T(-1)) << i;
+    // A source without pixels (a zero-length heap block) has nothing to sample.
+    const std::unique_ptr<T[]> empty(new T[0]);
+    pick<T>(ORNEX_ProjComputeOutPixel_D, ORNEX_ProjComputeOutPixel_R)(out.data(), 0, 0, 3, 0, 5, 0, 5, 0, 5, 0, 0, empty.get(), 0, 0, b.data(), 0, 6, 6, 1, 1, 0, 0, 1);
+    EXPECT_EQ(out[18], T(-1));
     // Per plane or one value for all, stacked or as three planes; zero as
     // zero bytes (no negative zero); nothing past the planes.
     const auto fill = pick<T>(ORNEX_FillBackgroundValues_D, ORNEX_FillBackgroundValues_R);

@@ -69,7 +69,7 @@ TEST(ValueConversion, EveryTypeCodeTruncatesExtendsOrClamps)
         using S = decltype(type);
         S source[8];
         for (S &s : source)
-            s = std::is_floating_point_v<S> ? S(std::uniform_real_distribution<double>(-3e9, 3e9)(random) / (random() % 2 ? 1 : 1e6)) : S(random());
+            s = std::is_floating_point_v<S> ? S(std::uniform_real_distribution<double>(-6e9, 6e9)(random) / (random() % 2 ? 1 : 1e6)) : S(random());
         uint32_t u[8] = {42, 42, 42, 42, 42, 42, 42, 42};
         int32_t i[8] = {42, 42, 42, 42, 42, 42, 42, 42};
         ORNEX_DrawText_copyDT1ToUint32(code, 6, source, u);
