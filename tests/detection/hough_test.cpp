@@ -9,8 +9,13 @@ constexpr double pi = 3.14159265358979323846;
 constexpr int pad = 40; // bins outside the rho range land here (they are not range-checked)
 
 template <class T>
-void votes()
+class Hough : public ::testing::Test {};
+using Precisions = ::testing::Types<double, float>;
+TYPED_TEST_SUITE(Hough, Precisions);
+
+TYPED_TEST(Hough, VotesMatchThePlainLoopAndALinePeaksAtItsParameters)
 {
+    using T = TypeParam;
     std::mt19937 random(5);
     auto vote = [](const std::vector<uint8_t> &image, int rows, int cols, int numRho, int numTheta, T rho0) {
         std::vector<T> table(numTheta), acc(size_t(numRho) * (2 * numTheta - 2) + 2 * pad, T(-3));
@@ -31,8 +36,8 @@ void votes()
         std::vector<uint8_t> image(size_t(rows) * cols);
         for (auto &p : image) p = random() % 3 == 0 ? uint8_t(1 + random() % 255) : 0;
         const auto [acc, s] = vote(image, rows, cols, numRho, numTheta, rho0);
-        std::vector<T> expected(acc.size(), T(-3));
-        std::fill(expected.begin() + pad, expected.end() - pad, T(0));
+        std::vector<T> expected(acc.size(), T(0));
+        std::fill_n(expected.begin(), pad, T(-3)), std::fill_n(expected.end() - pad, pad, T(-3));
         for (int i = 0; i < rows * cols; ++i)
             for (int t = 0, j = -numTheta, r = i % rows, c = i / rows; image[i] && t < 2 * numTheta - 2; ++t, ++j) {
                 const T value = t < numTheta ? (s[t] * T(r) - s[numTheta - 1 - t] * T(c) - rho0) * scale
@@ -52,9 +57,9 @@ void votes()
     EXPECT_NEAR(double(peak % 181), (20 + 90.5) * 180 / 181, 1.0);
 }
 
-template <class T>
-void endPoints()
+TYPED_TEST(Hough, EndPointsAreTheFirstTwoBorderCrossings)
 {
+    using T = TypeParam;
     const T eps = std::numeric_limits<T>::epsilon();
     auto run = [](const std::vector<T> &theta, const std::vector<T> &rho, int rows, int cols) {
         std::vector<int32_t> points(4 * theta.size() + 4, -9);
@@ -93,8 +98,8 @@ void endPoints()
         const T top = std::floor(a + T(0.5)), left = std::floor(b + T(0.5)),
                 right = std::floor((a - T(cols - 1)) * (b / a) + T(0.5)), bottom = std::floor(a - (a / b) * T(rows - 1) + T(0.5));
         const T found[4][2] = {{0, top}, {left, 0}, {right, T(cols - 1)}, {T(rows - 1), bottom}};
-        const bool inside[4] = {top >= 0 && top <= cols - 1, left >= 0 && left <= rows - 1, right >= 0 && right <= rows - 1,
-                                bottom >= 0 && bottom <= cols - 1};
+        auto in = [](T v, int size) { return v >= 0 && v <= T(size - 1); };
+        const bool inside[4] = {in(top, cols), in(left, rows), in(right, rows), in(bottom, cols)};
         std::vector<T> points;
         for (int k = 0; k < 4 && points.size() < 4; ++k)
             if (inside[k]) points.insert(points.end(), found[k], found[k] + 2);
@@ -102,16 +107,4 @@ void endPoints()
         std::copy(points.begin(), points.end(), expected.begin() + 4 * i);
     }
     EXPECT_EQ(run(theta, rho, rows, cols), expected);
-}
-
-TEST(Hough, VotesMatchThePlainLoopAndALinePeaksAtItsParameters)
-{
-    votes<double>();
-    votes<float>();
-}
-
-TEST(Hough, EndPointsAreTheFirstTwoBorderCrossings)
-{
-    endPoints<double>();
-    endPoints<float>();
 }
