@@ -98,11 +98,9 @@ template <class T>
 void stagesAndDrivers()
 {
     const auto smooth = pick<T>(ORNEX_RC_Gaussian_Smoothing_D, ORNEX_RC_Gaussian_Smoothing_R);
-    const auto across = pick<T>(ORNEX_C_Derivative_Image_D, ORNEX_C_Derivative_Image_R);
-    const auto down = pick<T>(ORNEX_R_Derivative_Image_D, ORNEX_R_Derivative_Image_R);
+    const auto across = pick<T>(ORNEX_C_Derivative_Image_D, ORNEX_C_Derivative_Image_R), down = pick<T>(ORNEX_R_Derivative_Image_D, ORNEX_R_Derivative_Image_R);
     const auto suppress = pick<T>(ORNEX_NonMaximum_Suppression_D, ORNEX_NonMaximum_Suppression_R);
-    const auto user = pick<T>(ORNEX_EdgeCanny_userTh_D, ORNEX_EdgeCanny_userTh_R);
-    const auto automatic = pick<T>(ORNEX_EdgeCanny_autoTh_D, ORNEX_EdgeCanny_autoTh_R);
+    const auto user = pick<T>(ORNEX_EdgeCanny_userTh_D, ORNEX_EdgeCanny_userTh_R), automatic = pick<T>(ORNEX_EdgeCanny_autoTh_D, ORNEX_EdgeCanny_autoTh_R);
     std::mt19937 random(41);
     for (int trial = 0; trial < 400; ++trial) {
         // Some images are very tall, one is very wide.

@@ -39,7 +39,7 @@ class Interpolation : public ::testing::Test {};
 using Precisions = ::testing::Types<double, float>;
 TYPED_TEST_SUITE(Interpolation, Precisions);
 
-TYPED_TEST(Interpolation, EveryKernelMatchesThePlainDefinitionOnEveryPlane)
+TYPED_TEST(Interpolation, EveryKernelMatchesAPlainLoopOnEveryPlane)
 {
     using T = TypeParam;
     std::mt19937 random(3);
