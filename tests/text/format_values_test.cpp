@@ -23,12 +23,7 @@ TEST(FormatValues, PiecesValuesTypesAndRoom)
 {
     static int32_t v[] = {3, 4, 100, 7}, i32 = -2000000000;
     static char text[] = "hello!!";
-    static double d = -2.25;
-    static float f = 1.5f;
-    static int8_t i8 = -5;
-    static int16_t i16 = -300;
-    static uint8_t u8 = 250, logical = 1;
-    static uint16_t u16 = 65535;
+    static struct { double d = -2.25; float f = 1.5f; int8_t i8 = -5; int16_t i16 = -300; uint8_t u8 = 250, logical = 1; uint16_t u16 = 65535; } w;
     static uint32_t u32 = 4000000000u;
     // Each value widened as its type code says: singles to double, small
     // integers and logical to int; a null or a code above 8: nothing written.
@@ -37,10 +32,10 @@ TEST(FormatValues, PiecesValuesTypesAndRoom)
         {"100%%", v, 0, 6, false, "100%"}, {"%d%% of %d", v + 2, 1, 6, false, "100% of 7"}, {"x=%d%%", v + 3, 0, 6, false, "x=7"},
         {"100%%", v, -1, 6, false, "100"}, {"%d%nab%d", v, 5, 6, false, "3ab100"}, {"x%ny", v, 5, 6, false, "xy"},
         {"<%s>", text, 6, 3, true, "<hello>"}, {"<%s>", v, 1, 6, true, "<%s>"}, {"%d", v, 0, 9, false, nullptr},
-        {"%d", nullptr, 0, 6, false, nullptr}, {"%.2f", &d, 0, 0, false, "-2.25"}, {"%.2f", &f, 0, 1, false, "1.50"},
-        {"%d", &i8, 0, 2, false, "-5"}, {"%d", &u8, 0, 3, false, "250"}, {"%d", &i16, 0, 4, false, "-300"},
-        {"%d", &u16, 0, 5, false, "65535"}, {"%d", &i32, 0, 6, false, "-2000000000"}, {"%u", &u32, 0, 7, false, "4000000000"},
-        {"%d", &logical, 0, 8, false, "1"},
+        {"%d", nullptr, 0, 6, false, nullptr}, {"%.2f", &w.d, 0, 0, false, "-2.25"}, {"%.2f", &w.f, 0, 1, false, "1.50"},
+        {"%d", &w.i8, 0, 2, false, "-5"}, {"%d", &w.u8, 0, 3, false, "250"}, {"%d", &w.i16, 0, 4, false, "-300"},
+        {"%d", &w.u16, 0, 5, false, "65535"}, {"%d", &i32, 0, 6, false, "-2000000000"}, {"%u", &u32, 0, 7, false, "4000000000"},
+        {"%d", &w.logical, 0, 8, false, "1"},
     };
     for (const auto &c : cases)
         EXPECT_EQ(format(c.pattern, c.values, c.limit, c.code, 48, c.text), c.expected ? c.expected : std::string(48, '#')) << c.pattern;
@@ -88,16 +83,12 @@ TEST(ValueConversion, EveryTypeCodeTruncatesExtendsOrClamps)
 
     // Clamping to [0, 1], NaN kept; other type codes do nothing.
     const double values[] = {-0.5, 0.3, 7, NAN, 1, 0};
-    double out[7] = {9, 9, 9, 9, 9, 9, 9};
-    ORNEX_DrawText_SatFltptIntensityVals(0, values, out, 6);
-    EXPECT_TRUE(out[0] == 0 && out[1] == 0.3 && out[2] == 1 && std::isnan(out[3]) && out[4] == 1 && out[5] == 0 && out[6] == 9);
     const float rgb[] = {2.0f, -1.0f, 0.5f};
+    double out[7] = {9, 9, 9, 9, 9, 9, 9}, untouched[3] = {9, 9, 9};
     float rgbOut[4] = {9, 9, 9, 9};
-    ORNEX_DrawText_SatFltptRGBVals(1, rgb, rgbOut);
-    EXPECT_TRUE(rgbOut[0] == 1 && rgbOut[1] == 0 && rgbOut[2] == 0.5f && rgbOut[3] == 9);
-    out[0] = out[1] = 9;
-    ORNEX_DrawText_SatFltptRGBVals(2, values, out);
-    ORNEX_DrawText_SatFltptIntensityVals(-1, values, out, 2);
-    EXPECT_TRUE(out[0] == 9 && out[1] == 9);
+    ORNEX_DrawText_SatFltptIntensityVals(0, values, out, 6), ORNEX_DrawText_SatFltptRGBVals(1, rgb, rgbOut);
+    ORNEX_DrawText_SatFltptRGBVals(2, values, untouched), ORNEX_DrawText_SatFltptIntensityVals(-1, values, untouched, 2);
+    EXPECT_TRUE(out[0] == 0 && out[1] == 0.3 && out[2] == 1 && std::isnan(out[3]) && out[4] == 1 && out[5] == 0 && out[6] == 9);
+    EXPECT_TRUE(rgbOut[0] == 1 && rgbOut[1] == 0 && rgbOut[2] == 0.5f && rgbOut[3] == 9 && untouched[0] == 9 && untouched[1] == 9);
     ORNEX_DrawText_noFltSaturationNeeded();
 }
