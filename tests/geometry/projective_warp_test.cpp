@@ -1,491 +1,178 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <array>
-#include <cmath>
-#include <cstdint>
-#include <memory>
-#include <type_traits>
-#include <vector>
+#include <random>
 
 #include "ornex_rt.h"
 
-namespace {
-
-constexpr int nearest = 1, bilinear = 2, bicubic = 3;
-
-template <class T>
-using Block = std::array<T, 18>;
-
-// A column-major image of one or more planes.
-template <class T>
-struct Frame {
-    int32_t rows, cols, planes;
-    std::vector<T> values;
-
-    Frame(int32_t r, int32_t c, T fill, int32_t p = 1) : rows(r), cols(c), planes(p), values(size_t(r) * c * p, fill)
-    {
-    }
-    T &at(int32_t r, int32_t c, int32_t plane = 0) { return values[size_t(plane) * rows * cols + size_t(c) * rows + r]; }
-    T *plane(int32_t p) { return values.data() + size_t(p) * rows * cols; }
-};
-
-// Source pixel values that name their position.
-template <class T>
-Frame<T> labelled(int32_t rows, int32_t cols, int32_t planes = 1)
+template <class T, class D, class R>
+constexpr auto pick(D d, R r)
 {
-    Frame<T> frame(rows, cols, T(0), planes);
-    for (int32_t p = 0; p < planes; ++p) {
-        for (int32_t c = 0; c < cols; ++c) {
-            for (int32_t r = 0; r < rows; ++r) {
-                frame.at(r, c, p) = T(1000 * p + 100 * r + c);
-            }
-        }
-    }
-    return frame;
+    if constexpr (std::is_same_v<T, double>) return d; else return r;
 }
 
+// Sources whose values name their plane, row and column.
 template <class T>
-std::array<T, 9> affine(T columnScale, T rowScale, T columnShift, T rowShift)
+std::vector<T> labelled(int rows, int cols, int planes)
 {
-    // p = x*m0 + y*m1 + m2 (column), q = x*m3 + y*m4 + m5 (row), w = m8.
-    return {columnScale, 0, columnShift, 0, rowScale, rowShift, 0, 0, 1};
+    std::vector<T> v(size_t(rows) * cols * planes);
+    for (size_t i = 0; i < v.size(); ++i) v[i] = T(1000 * (i / (rows * cols)) + 100 * (i % rows) + i / rows % cols);
+    return v;
 }
 
+// Forward (source to output) by whole or fractional rows and columns, and back.
 template <class T>
-Block<T> block(const std::array<T, 9> &first, const std::array<T, 9> &second)
-{
-    Block<T> b{};
-    std::copy(first.begin(), first.end(), b.begin());
-    std::copy(second.begin(), second.end(), b.begin() + 9);
-    return b;
-}
-
-// Both members through one set of names.
-template <class T>
-struct Warp {
-    static constexpr bool isDouble = std::is_same_v<T, double>;
-    static constexpr auto rect = [] {
-        if constexpr (isDouble) return ORNEX_DivideRectXform_D; else return ORNEX_DivideRectXform_R;
-    }();
-    static constexpr auto quad = [] {
-        if constexpr (isDouble) return ORNEX_DivideQuadXform_D; else return ORNEX_DivideQuadXform_R;
-    }();
-    static constexpr auto span = [] {
-        if constexpr (isDouble) return ORNEX_ProjComputeOutPixel_D; else return ORNEX_ProjComputeOutPixel_R;
-    }();
-    static constexpr auto inPoints = [] {
-        if constexpr (isDouble) return ORNEX_GetInPtsFrmOutPts_D; else return ORNEX_GetInPtsFrmOutPts_R;
-    }();
-    static constexpr auto background = [] {
-        if constexpr (isDouble) return ORNEX_FillBackgroundValues_D; else return ORNEX_FillBackgroundValues_R;
-    }();
-};
-
-struct Options {
-    int method = nearest;
-    bool exact = true;
-    int32_t divisions = 0;
-    int32_t rowLowerBound = 0, colLowerBound = 0;
-};
-
-// Warps a one-plane source onto a one-plane output through the rectangle
-// driver (whole image or rect) and returns the driver's value.
-template <class T>
-int32_t warpRectangle(Frame<T> &source, Frame<T> &output, const Block<T> &b, const Options &o,
-                      const int32_t *rect = nullptr)
-{
-    std::vector<int32_t> edges(64), scratch(24);
-    const int32_t noRect[4] = {0, 0, 0, 0};
-    return Warp<T>::rect(edges.data(), rect ? rect : noRect, scratch.data(), output.plane(0), nullptr, nullptr, 0,
-                         output.rows - 1, 0, output.cols - 1, source.rows, 0, b.data(), source.plane(0), nullptr,
-                         nullptr, o.exact, output.rows, output.cols, source.cols, o.method, o.rowLowerBound,
-                         o.colLowerBound, o.divisions, rect != nullptr, 1);
-}
-
-template <class T>
-int32_t warpQuadrilateral(Frame<T> &source, Frame<T> &output, const int32_t *corners, const Block<T> &b,
-                          const Options &o)
-{
-    std::vector<int32_t> edges(64), scratch(24);
-    return Warp<T>::quad(edges.data(), corners, scratch.data(), output.plane(0), nullptr, nullptr, 0,
-                         output.rows - 1, 0, output.cols - 1, source.rows, 0, b.data(), source.plane(0), nullptr,
-                         nullptr, o.exact, output.rows, output.cols, source.cols, o.method, o.divisions, 1);
-}
+std::array<T, 18> shift(T rows, T cols) { return {1, 0, cols, 0, 1, rows, 0, 0, 1, 1, 0, -cols, 0, 1, -rows, 0, 0, 1}; }
 
 template <class T>
 class ProjectiveWarp : public ::testing::Test {};
 using Precisions = ::testing::Types<double, float>;
 TYPED_TEST_SUITE(ProjectiveWarp, Precisions);
 
-TYPED_TEST(ProjectiveWarp, HomogeneousPointIsColumnTimesFirstColumnPlusRowTimesSecond)
+TYPED_TEST(ProjectiveWarp, SpansSampleAtTheSteppedPositionsInsideTheWindow)
 {
     using T = TypeParam;
-    const T m[9] = {1, 2, 3, 4, 5, 6, 7, 8, 9};
-    T q = 0, p = 0, w = 0;
-    Warp<T>::inPoints(2, 3, m, &q, &p, &w);
-    // x = 3 (column), y = 2 (row): p = 3*1 + 2*2 + 3, q = 3*4 + 2*5 + 6,
-    // w = 3*7 + 2*8 + 9.
-    EXPECT_EQ(p, T(10));
-    EXPECT_EQ(q, T(28));
-    EXPECT_EQ(w, T(46));
-}
-
-TYPED_TEST(ProjectiveWarp, IdentityWithNearestNeighbourCopiesTheSource)
-{
-    using T = TypeParam;
-    Frame<T> source = labelled<T>(20, 24);
-    const auto identity = affine<T>(1, 1, 0, 0);
-    for (int32_t divisions : {0, 3, 7}) {
-        Frame<T> output(20, 24, T(-1));
-        Options options;
-        options.divisions = divisions;
-        warpRectangle(source, output, block(identity, identity), options);
-        EXPECT_EQ(output.values, source.values) << divisions << " divisions";
-    }
-}
-
-TYPED_TEST(ProjectiveWarp, RectangleLimitsAreBoundsNotSizes)
-{
-    using T = TypeParam;
-    Frame<T> source = labelled<T>(12, 14);
-    Frame<T> output(12, 14, T(-1));
-    const auto identity = affine<T>(1, 1, 0, 0);
-    // Rows 2 .. 8-1, columns 3 .. 9-1: the limits are not moved by the start.
-    const int32_t rect[4] = {2, 3, 8, 9};
-    Options options;
-    options.divisions = 2;
-    warpRectangle(source, output, block(identity, identity), options, rect);
-    for (int32_t c = 0; c < 14; ++c) {
-        for (int32_t r = 0; r < 12; ++r) {
-            const bool covered = r >= 2 && r <= 7 && c >= 3 && c <= 8;
-            EXPECT_EQ(output.at(r, c), covered ? source.at(r, c) : T(-1)) << r << "," << c;
+    const int M = 9, N = 11;
+    auto source = labelled<T>(M, N, 3);
+    source.resize(source.size() + M, T(0.5)); // a lower bound past the last row wins: row M is read
+    const T *in[3] = {source.data(), source.data() + M * N, source.data() + 2 * M * N};
+    std::mt19937 random(21);
+    auto real = [&](double lo, double hi) { return T(std::uniform_real_distribution<double>(lo, hi)(random)); };
+    for (int trial = 0; trial < 1500; ++trial) {
+        const int method = 1 + trial % 3, column = int(random() % 12) - 2, first = int(random() % 30) - 10;
+        const int last = first + int(random() % 25), rowFirst = int(random() % 12) - 3, colFirst = int(random() % 4) - 2;
+        const int outRows = 1 + random() % 14, outCols = 1 + random() % 5, rowLow = random() % 8 ? random() % 3 : M, colLow = random() % 3;
+        const bool exact = trial % 2 || first == last, threePlanes = random() % 2;
+        const T m[9] = {real(0.5, 1.5), real(-0.3, 0.3), real(-3, 8), real(-0.3, 0.3), real(0.5, 1.5), real(-3, 8),
+                        real(-0.01, 0.01), real(-0.01, 0.01), 1};
+        const size_t planeSize = size_t(outRows) * outCols;
+        std::vector<T> out(3 * planeSize + 2, T(-1)), expected = out;
+        T *o = out.data() + 1;
+        pick<T>(ORNEX_ProjComputeOutPixel_D, ORNEX_ProjComputeOutPixel_R)(
+            o, o + planeSize, o + 2 * planeSize, column, rowFirst, rowFirst + outRows - 1, colFirst, colFirst + outCols - 1,
+            first, last, M, threePlanes, in[0], in[1], in[2], m, N, outRows, outCols, method, exact, rowLow, colLow, 3);
+        // Homogeneous (q, p, w) of (column, row) at both ends: stepped and
+        // divided, or the parabola through the ends and the middle stepped by
+        // forward differences.
+        T h[2][3];
+        for (int end = 0; end < 2; ++end)
+            pick<T>(ORNEX_GetInPtsFrmOutPts_D, ORNEX_GetInPtsFrmOutPts_R)(end ? last : first, column, m, h[end], h[end] + 1, h[end] + 2);
+        ASSERT_EQ(h[0][1], T(column) * m[0] + T(first) * m[1] + m[2]);
+        ASSERT_EQ(h[1][2], T(column) * m[6] + T(last) * m[7] + m[8]);
+        const T t = T(1) / T(last - first);
+        T pos[2], step[2], curve[2], delta[3];
+        for (int a = 0; a < 3; ++a) delta[a] = (h[1][a] - h[0][a]) * t;
+        for (int a = 0; a < 2; ++a) {
+            const T s = h[0][a] / h[0][2], e = h[1][a] / h[1][2], mid = (h[0][a] + h[1][a]) / (h[0][2] + h[1][2]);
+            pos[a] = s, curve[a] = T(2) * (s - T(2) * mid + e) * (t * t), step[a] = (T(4) * mid - T(3) * s - e) * t + curve[a];
         }
-    }
-    // A negative number of divisions draws nothing.
-    Frame<T> untouched(12, 14, T(-1));
-    options.divisions = -1;
-    warpRectangle(source, untouched, block(identity, identity), options, rect);
-    EXPECT_EQ(untouched.values, Frame<T>(12, 14, T(-1)).values);
-}
-
-TYPED_TEST(ProjectiveWarp, ScalingByTwoSamplesHalfPositions)
-{
-    using T = TypeParam;
-    Frame<T> source(16, 16, T(0));
-    for (int32_t c = 0; c < 16; ++c) {
-        for (int32_t r = 0; r < 16; ++r) {
-            source.at(r, c) = T(std::sin(0.7 * r) * 10 + std::cos(0.45 * c) * 7);
-        }
-    }
-    const Block<T> scale = block(affine<T>(2, 2, 0, 0), affine<T>(T(0.5), T(0.5), 0, 0));
-    const double tolerance = std::is_same_v<T, double> ? 1e-9 : 2e-4;
-    for (int32_t divisions : {0, 4}) {
-        Frame<T> output(32, 32, T(-100));
-        Options options;
-        options.method = bilinear;
-        options.divisions = divisions;
-        warpRectangle(source, output, scale, options);
-        for (int32_t c = 1; c < 30; ++c) {
-            for (int32_t r = 1; r < 30; ++r) {
-                T expected = 0;
-                if constexpr (std::is_same_v<T, double>) {
-                    ORNEX_PosVal_BL_Interp_D(source.plane(0), r / 2.0, c / 2.0, 16, 16, &expected, 0, 1, 0, 0);
-                } else {
-                    ORNEX_PosVal_BL_Interp_R(source.plane(0), r / 2.0f, c / 2.0f, 16, 16, &expected, 0, 1, 0, 0);
+        for (int r = first; column >= colFirst && column < colFirst + outCols && r <= last; ++r) {
+            if (r >= rowFirst && r < rowFirst + outRows) {
+                auto clamp = [](T v, int low, int size) { return v < T(low) ? T(low) : v > T(size - 1) ? T(size - 1) : v; };
+                const T y = clamp(pos[0], rowLow, M), x = clamp(pos[1], colLow, N);
+                for (int p = 0; p < 3; ++p) {
+                    T &value = expected[1 + p * planeSize + (column - colFirst) * outRows - rowFirst + r];
+                    if (method == 1) value = in[p][int(y + T(0.5)) + int(x + T(0.5)) * M];
+                    else if (method == 2) pick<T>(ORNEX_PosVal_BL_Interp_D, ORNEX_PosVal_BL_Interp_R)(in[p], y, x, M, N, &value, 0, 1, 0, 0);
+                    else pick<T>(ORNEX_PosVal_BC_Interp_D, ORNEX_PosVal_BC_Interp_R)(in[p], y, x, M, N, &value, 0, 1, 0, 0);
                 }
-                // Positions are stepped along each span, not recomputed.
-                EXPECT_NEAR(output.at(r, c), expected, tolerance) << r << "," << c;
             }
+            for (int a = 0; a < 3 && exact; ++a) h[0][a] = h[0][a] + delta[a];
+            for (int a = 0; a < 2; ++a)
+                exact ? (void)(pos[a] = h[0][a] / h[0][2]) : (void)(pos[a] = pos[a] + step[a], step[a] = step[a] + T(2) * curve[a]);
         }
-        // The source's last row and column land on row and column 30.
-        EXPECT_EQ(output.at(31, 10), T(-100));
-        EXPECT_NE(output.at(30, 30), T(-100));
+        ASSERT_EQ(out, expected) << "trial " << trial;
     }
 }
 
-// A mild perspective and its inverse (the adjugate of the forward matrix).
-template <class T>
-Block<T> mildPerspective()
-{
-    // Rows of the matrix acting on column vectors (x, y, 1): column, row, w.
-    const double h[3][3] = {{1.05, 0.04, 3.0}, {-0.03, 0.97, 2.0}, {0.0004, -0.0003, 1.0}};
-    double inverse[3][3];
-    for (int i = 0; i < 3; ++i) {
-        for (int j = 0; j < 3; ++j) {
-            const int i1 = (j + 1) % 3, i2 = (j + 2) % 3, j1 = (i + 1) % 3, j2 = (i + 2) % 3;
-            inverse[i][j] = h[i1][j1] * h[i2][j2] - h[i1][j2] * h[i2][j1];
-        }
-    }
-    // Stored column by column for the row vector [x y 1]: m0..m2 give the
-    // column, m3..m5 the row, m6..m8 w.
-    Block<T> b{};
-    for (int k = 0; k < 3; ++k) {
-        for (int j = 0; j < 3; ++j) {
-            b[3 * k + j] = T(h[k][j]);
-            b[9 + 3 * k + j] = T(inverse[k][j]);
-        }
-    }
-    return b;
-}
-
-TYPED_TEST(ProjectiveWarp, ApproximateSpansStayCloseToExactPositions)
+TYPED_TEST(ProjectiveWarp, DriversCoverTheMappedRegion)
 {
     using T = TypeParam;
-    // Source values equal to their row position, so bilinear sampling reads
-    // back the position that was sampled.
-    Frame<T> ramp(60, 70, T(0));
-    for (int32_t c = 0; c < 70; ++c) {
-        for (int32_t r = 0; r < 60; ++r) {
-            ramp.at(r, c) = T(r);
-        }
-    }
-    const Block<T> b = mildPerspective<T>();
-    for (const bool exact : {true, false}) {
-        Frame<T> output(80, 90, T(-1));
-        Options options;
-        options.method = bilinear;
-        options.exact = exact;
-        options.divisions = 4;
-        warpRectangle(ramp, output, b, options);
-        double worst = 0;
-        int32_t covered = 0;
-        for (int32_t c = 0; c < 90; ++c) {
-            for (int32_t r = 0; r < 80; ++r) {
-                const double x = c, y = r;
-                const double w = x * double(b[15]) + y * double(b[16]) + double(b[17]);
-                const double row = (x * double(b[12]) + y * double(b[13]) + double(b[14])) / w;
-                if (output.at(r, c) == T(-1) || row < 1 || row > 58) {
-                    continue;
-                }
-                ++covered;
-                worst = std::max(worst, std::fabs(double(output.at(r, c)) - row));
-            }
-        }
-        EXPECT_GT(covered, 2500);
-        const double exactTolerance = std::is_same_v<T, double> ? 1e-9 : 1e-3;
-        EXPECT_LT(worst, exact ? exactTolerance : 1e-3) << (exact ? "exact" : "approximate");
-    }
-}
-
-TYPED_TEST(ProjectiveWarp, QuadrilateralDriverUsesTheHalvesTheOtherWayRound)
-{
-    using T = TypeParam;
-    Frame<T> source = labelled<T>(14, 20);
-    const auto forward = affine<T>(1, 1, 5, 0);  // five columns to the right
-    const auto backward = affine<T>(1, 1, -5, 0);
-    const int32_t corners[8] = {2, 3, 2, 12, 10, 12, 10, 3};
-    Options options;
-    options.divisions = 2;
-    Frame<T> viaQuad(14, 20, T(-1));
-    EXPECT_NE(warpQuadrilateral(source, viaQuad, corners, block(backward, forward), options), 0);
-    for (int32_t c = 0; c < 20; ++c) {
-        for (int32_t r = 0; r < 14; ++r) {
-            const bool covered = r >= 2 && r <= 10 && c >= 8 && c <= 17;
-            EXPECT_EQ(viaQuad.at(r, c), covered ? source.at(r, c - 5) : T(-1)) << r << "," << c;
-        }
-    }
-    // The rectangle driver takes the same matrices in the other order.
-    const int32_t rect[4] = {2, 3, 11, 13};
-    Frame<T> viaRect(14, 20, T(-1));
-    warpRectangle(source, viaRect, block(forward, backward), options, rect);
-    EXPECT_EQ(viaRect.values, viaQuad.values);
-}
-
-TYPED_TEST(ProjectiveWarp, CollinearQuadrilateralReturnsZeroAndDrawsNothing)
-{
-    using T = TypeParam;
-    Frame<T> source = labelled<T>(10, 10);
-    Frame<T> output(10, 10, T(-1));
-    const auto identity = affine<T>(1, 1, 0, 0);
-    // Corners 0, 1 and 2 lie on row 0.
-    const int32_t flat[8] = {0, 0, 0, 4, 0, 9, 9, 0};
-    EXPECT_EQ(warpQuadrilateral(source, output, flat, block(identity, identity), Options{}), 0);
-    EXPECT_EQ(output.values, Frame<T>(10, 10, T(-1)).values);
-}
-
-TYPED_TEST(ProjectiveWarp, SpanIsWrittenOnlyInsideTheWindowAtItsOwnIndices)
-{
-    using T = TypeParam;
-    Frame<T> source = labelled<T>(12, 12);
-    const auto identity = affine<T>(1, 1, 0, 0);
-    // Window rows 2..9, columns 1..6: pixel (r, c) at (c - 1)*10 - 2 + r.
-    for (const bool exact : {true, false}) {
-        std::vector<T> output(10 * 6, T(-1));
-        Warp<T>::span(output.data(), nullptr, nullptr, 3, 2, 9, 1, 6, -3, 4, 12, 0, source.plane(0), nullptr,
-                      nullptr, identity.data(), 12, 10, 6, nearest, exact, 0, 0, 1);
-        for (int32_t k = 0; k < 60; ++k) {
-            const int32_t row = k % 10 + 2, column = k / 10 + 1;
-            const bool written = column == 3 && row >= 2 && row <= 4;
-            EXPECT_EQ(output[k], written ? source.at(row, 3) : T(-1)) << k;
-        }
-        // Outside the window's columns, or rows wholly above it: nothing.
-        std::vector<T> untouched(60, T(-1));
-        Warp<T>::span(untouched.data(), nullptr, nullptr, 7, 2, 9, 1, 6, 0, 4, 12, 0, source.plane(0), nullptr,
-                      nullptr, identity.data(), 12, 10, 6, nearest, exact, 0, 0, 1);
-        Warp<T>::span(untouched.data(), nullptr, nullptr, 3, 2, 9, 1, 6, -5, 1, 12, 0, source.plane(0), nullptr,
-                      nullptr, identity.data(), 12, 10, 6, nearest, exact, 0, 0, 1);
-        // A source without pixels (a heap block of exactly none) has nothing
-        // to sample.
-        const std::unique_ptr<T[]> empty(new T[0]);
-        Warp<T>::span(untouched.data(), nullptr, nullptr, 3, 2, 9, 1, 6, -3, 4, 0, 0, empty.get(), nullptr, nullptr,
-                      identity.data(), 0, 10, 6, nearest, exact, 0, 0, 1);
-        EXPECT_EQ(untouched, std::vector<T>(60, T(-1)));
-    }
-}
-
-template <class T>
-T sampleAt(int method, const Frame<T> &source, T y, T x)
-{
-    T value = 0;
-    const T *plane = source.values.data();
-    if constexpr (std::is_same_v<T, double>) {
-        if (method == bilinear) {
-            ORNEX_PosVal_BL_Interp_D(plane, y, x, source.rows, source.cols, &value, 0, 1, 0, 0);
-        } else {
-            ORNEX_PosVal_BC_Interp_D(plane, y, x, source.rows, source.cols, &value, 0, 1, 0, 0);
-        }
-    } else {
-        if (method == bilinear) {
-            ORNEX_PosVal_BL_Interp_R(plane, y, x, source.rows, source.cols, &value, 0, 1, 0, 0);
-        } else {
-            ORNEX_PosVal_BC_Interp_R(plane, y, x, source.rows, source.cols, &value, 0, 1, 0, 0);
-        }
-    }
-    return value;
-}
-
-// The positions of one span as the warp defines them: exact division of
-// linearly stepped homogeneous values, or forward differences of the
-// quadratic through the two ends and the homogeneous middle.
-template <class T>
-std::vector<std::array<T, 2>> spanPositions(const T *m, int32_t column, int32_t first, int32_t last, bool exact)
-{
-    T q0, p0, w0, q1, p1, w1;
-    Warp<T>::inPoints(first, column, m, &q0, &p0, &w0);
-    Warp<T>::inPoints(last, column, m, &q1, &p1, &w1);
-    const T t = T(1) / T(last - first);
-    std::vector<std::array<T, 2>> positions;
-    if (exact) {
-        const T dq = (q1 - q0) * t, dp = (p1 - p0) * t, dw = (w1 - w0) * t;
-        for (int32_t row = first; row <= last; ++row) {
-            positions.push_back({q0 / w0, p0 / w0});
-            q0 = q0 + dq;
-            p0 = p0 + dp;
-            w0 = w0 + dw;
-        }
-        return positions;
-    }
-    T y = q0 / w0, x = p0 / w0;
-    const T ey = q1 / w1, ex = p1 / w1, my = (q0 + q1) / (w0 + w1), mx = (p0 + p1) / (w0 + w1);
-    const T ay = T(2) * (y - T(2) * my + ey) * (t * t), ax = T(2) * (x - T(2) * mx + ex) * (t * t);
-    T dy = (T(4) * my - T(3) * y - ey) * t + ay, dx = (T(4) * mx - T(3) * x - ex) * t + ax;
-    for (int32_t row = first; row <= last; ++row) {
-        positions.push_back({y, x});
-        y = y + dy;
-        x = x + dx;
-        dy = dy + T(2) * ay;
-        dx = dx + T(2) * ax;
-    }
-    return positions;
-}
-
-TYPED_TEST(ProjectiveWarp, SpansSampleExactlyAsTheKernelsDoAtTheSteppedPositions)
-{
-    using T = TypeParam;
-    Frame<T> source(40, 50, T(0));
-    for (int32_t c = 0; c < 50; ++c) {
-        for (int32_t r = 0; r < 40; ++r) {
-            source.at(r, c) = T(std::sin(0.37 * r + 0.11 * c) * 50 + std::cos(0.23 * c) * 20);
-        }
-    }
-    // Output rows 0..99 of column 20 run from above the source to below it,
-    // across fractional columns; the ends are clamped.
-    const T m[9] = {T(0.01), T(0.3), T(10.7), T(0.02), T(0.5), T(-5.3), T(0.0001), T(0.001), T(1)};
-    for (const bool exact : {true, false}) {
-        const auto positions = spanPositions<T>(m, 20, 0, 99, exact);
-        for (const int method : {bilinear, bicubic}) {
-            std::vector<T> output(100, T(-1));
-            Warp<T>::span(output.data(), nullptr, nullptr, 20, 0, 99, 20, 20, 0, 99, 40, 0, source.plane(0), nullptr,
-                          nullptr, m, 50, 100, 1, method, exact, 0, 0, 1);
-            for (int32_t row = 0; row < 100; ++row) {
-                const T y = std::clamp(positions[row][0], T(0), T(39));
-                const T x = std::clamp(positions[row][1], T(0), T(49));
-                ASSERT_EQ(output[row], sampleAt(method, source, y, x))
-                    << "row " << row << (exact ? " exact" : " approximate") << " method " << method;
-            }
-        }
-    }
-}
-
-TYPED_TEST(ProjectiveWarp, PositionsAreClampedToTheLowerBoundsAndTheImage)
-{
-    using T = TypeParam;
-    Frame<T> source = labelled<T>(10, 10);
-    // Output column c shows source column c - 4, row r shows row r + 3.
-    const auto shift = affine<T>(1, 1, -4, 3);
-    std::vector<T> output(10, T(-1));
-    // Column 2 samples column -2: raised to the column lower bound 1. Rows
-    // 5..9 sample rows 8..12: lowered to 9 from row 7 on; row 0 samples row
-    // 3, raised to the row lower bound 4.
-    Warp<T>::span(output.data(), nullptr, nullptr, 2, 0, 9, 2, 2, 0, 9, 10, 0, source.plane(0), nullptr, nullptr,
-                  shift.data(), 10, 10, 1, nearest, 1, 4, 1, 1);
-    const int32_t expectedRows[10] = {4, 4, 5, 6, 7, 8, 9, 9, 9, 9};
-    for (int32_t r = 0; r < 10; ++r) {
-        EXPECT_EQ(output[r], source.at(expectedRows[r], 1)) << r;
-    }
-}
-
-TYPED_TEST(ProjectiveWarp, ThreePlanesAndStackedPlanesWarpAlike)
-{
-    using T = TypeParam;
-    Frame<T> source = labelled<T>(9, 11, 3);
-    const auto identity = affine<T>(1, 1, 0, 0);
-    const Block<T> b = block(identity, identity);
+    const auto rect = pick<T>(ORNEX_DivideRectXform_D, ORNEX_DivideRectXform_R);
+    const auto quad = pick<T>(ORNEX_DivideQuadXform_D, ORNEX_DivideQuadXform_R);
+    const int M = 10, N = 12;
+    const auto source = labelled<T>(M, N, 3);
+    const T *in[3] = {source.data(), source.data() + M * N, source.data() + 2 * M * N};
     std::vector<int32_t> edges(64), scratch(24);
-    const int32_t noRect[4] = {};
-    Frame<T> separate(9, 11, T(-1), 3), stacked(9, 11, T(-1), 3);
-    for (int method : {nearest, bilinear, bicubic}) {
-        Warp<T>::rect(edges.data(), noRect, scratch.data(), separate.plane(0), separate.plane(1), separate.plane(2), 0,
-                      8, 0, 10, 9, 1, b.data(), source.plane(0), source.plane(1), source.plane(2), 1, 9, 11, 11,
-                      method, 0, 0, 1, 0, 0);
-        Warp<T>::rect(edges.data(), noRect, scratch.data(), stacked.plane(0), nullptr, nullptr, 0, 8, 0, 10, 9, 0,
-                      b.data(), source.plane(0), nullptr, nullptr, 1, 9, 11, 11, method, 0, 0, 1, 0, 3);
-        // At integer positions every kernel gives the source value.
-        EXPECT_EQ(separate.values, source.values) << method;
-        EXPECT_EQ(stacked.values, source.values) << method;
+    // Moved by -1.5 rows and -2.5 columns, the corners round half away from
+    // zero onto rows -2 .. 8 and columns -3 .. 9 of a window starting at row
+    // -3, column -4; the positions come back clamped and rounded.
+    const auto b = shift<T>(T(-1.5), T(-2.5));
+    for (const int divisions : {0, 3, 7}) {
+        std::vector<T> out(14 * 15 * 3, T(-1));
+        rect(edges.data(), nullptr, scratch.data(), out.data(), nullptr, nullptr, -3, 10, -4, 10, M, 0, b.data(), in[0],
+             nullptr, nullptr, 1, 14, 15, N, 1, 0, 0, divisions, 0, 2);
+        for (int i = 0; i < 14 * 15 * 3; ++i) {
+            const int r = i % 14 - 3, c = i / 14 % 15 - 4, p = i / (14 * 15);
+            const int sr = std::min(M - 1, int(std::max(T(0), T(r) + T(1.5)) + T(0.5)));
+            const int sc = std::min(N - 1, int(std::max(T(0), T(c) + T(2.5)) + T(0.5)));
+            const bool covered = p < 2 && r >= -2 && r <= 8 && c >= -3 && c <= 9;
+            ASSERT_EQ(out[i], covered ? in[p][sr + sc * M] : T(-1)) << divisions << ": " << r << "," << c;
+        }
+    }
+    // A rectangle's limits are bounds, not sizes (rows 2 .. 7, columns 3 ..
+    // 8); the quadrilateral driver takes the matrices the other way round;
+    // negative divisions draw nothing, nor does a quadrilateral with three
+    // corners on one row (which gives 0).
+    const int32_t limits[4] = {2, 3, 8, 9}, corners[8] = {2, 3, 2, 8, 7, 8, 7, 3}, flat[8] = {0, 0, 0, 4, 0, 9, 9, 0};
+    const auto two = shift<T>(0, 2), back = shift<T>(0, -2);
+    std::vector<T> viaRect(M * N * 3, T(-1)), viaQuad = viaRect, none = viaRect;
+    T *r[3] = {viaRect.data(), viaRect.data() + M * N, viaRect.data() + 2 * M * N}, *q[3] = {viaQuad.data(), viaQuad.data() + M * N, viaQuad.data() + 2 * M * N};
+    rect(edges.data(), limits, scratch.data(), r[0], r[1], r[2], 0, M - 1, 0, N - 1, M, 1, two.data(), in[0], in[1], in[2], 1, M, N, N, 2, 0, 0, 2, 1, 1);
+    rect(edges.data(), limits, scratch.data(), none.data(), nullptr, nullptr, 0, M - 1, 0, N - 1, M, 0, two.data(), in[0], nullptr, nullptr, 1, M, N, N, 2, 0, 0, -1, 1, 1);
+    quad(edges.data(), corners, scratch.data(), q[0], q[1], q[2], 0, M - 1, 0, N - 1, M, 1, back.data(), in[0], in[1], in[2], 1, M, N, N, 3, 2, 1);
+    EXPECT_EQ(quad(edges.data(), flat, scratch.data(), none.data(), nullptr, nullptr, 0, M - 1, 0, N - 1, M, 0, back.data(), in[0], nullptr, nullptr, 1, M, N, N, 1, 0, 1), 0);
+    for (int i = 0; i < M * N * 3; ++i)
+        EXPECT_EQ(viaRect[i], i % M >= 2 && i % M <= 7 && i / M % N >= 5 && i / M % N <= 10 ? source[i - 2 * M] : T(-1)) << i;
+    EXPECT_EQ(viaQuad, viaRect);
+    EXPECT_EQ(none, std::vector<T>(M * N * 3, T(-1)));
+
+    // Perspective onto a quadrilateral, a ramp (value = row) sampled
+    // bilinearly: exact division reads back the adjugate's row position, the
+    // approximation comes close to it but not onto it.
+    std::vector<T> ramp(60 * 70), out(80 * 90);
+    for (int i = 0; i < 60 * 70; ++i) ramp[i] = T(i % 60);
+    const int32_t skewed[8] = {3, 2, 0, 75, 70, 85, 62, 4}, whole[4] = {0, 0, 60, 70};
+    T m[18];
+    pick<T>(ORNEX_CalculateXformMtrx_D, ORNEX_CalculateXformMtrx_R)(skewed, whole, 60, 70, 1, 0, 0, m);
+    for (const bool exact : {true, false}) {
+        std::fill(out.begin(), out.end(), T(-1));
+        rect(edges.data(), whole, scratch.data(), out.data(), 0, 0, 0, 79, 0, 89, 60, 0, m, ramp.data(), 0, 0, exact, 80, 90, 70, 2, 0, 0, 4, 0, 1);
+        double worst = 0, covered = 0;
+        for (int i = 0; i < 80 * 90; ++i)
+            if (const double x = i / 80, y = i % 80, row = (x * m[12] + y * m[13] + m[14]) / (x * m[15] + y * m[16] + m[17]); out[i] != -1 && row > .5 && row < 58.5)
+                ++covered, worst = std::max(worst, std::abs(out[i] - row));
+        EXPECT_TRUE(covered > 4000 && (exact ? worst < (std::is_same_v<T, double> ? 1e-9 : 1e-3) : worst > 1e-7 && worst < 2e-2)) << worst;
     }
 }
 
-TYPED_TEST(ProjectiveWarp, BackgroundPerPlaneOneForAllAndZero)
+TYPED_TEST(ProjectiveWarp, OneCellAndBackgrounds)
 {
     using T = TypeParam;
-    const T values[3] = {T(1.5), T(-2), T(7)};
-    Frame<T> stacked(3, 4, T(9), 3);
-    Warp<T>::background(values, stacked.plane(0), nullptr, nullptr, 3, 4, 0, 0, 2);
-    for (int32_t k = 0; k < 12; ++k) {
-        EXPECT_EQ(stacked.values[k], T(1.5));
-        EXPECT_EQ(stacked.values[12 + k], T(-2));
-        EXPECT_EQ(stacked.values[24 + k], T(9)) << "only numPlanes planes";
-    }
-    Warp<T>::background(values, stacked.plane(0), nullptr, nullptr, 3, 4, 0, 1, 3);
-    EXPECT_EQ(stacked.values, std::vector<T>(36, T(1.5)));
-
-    Frame<T> red(3, 4, T(9)), green(3, 4, T(9)), blue(3, 4, T(9));
-    Warp<T>::background(values, red.plane(0), green.plane(0), blue.plane(0), 3, 4, 1, 0, 0);
-    EXPECT_EQ(red.values, std::vector<T>(12, T(1.5)));
-    EXPECT_EQ(green.values, std::vector<T>(12, T(-2)));
-    EXPECT_EQ(blue.values, std::vector<T>(12, T(7)));
-    Warp<T>::background(values + 2, red.plane(0), green.plane(0), blue.plane(0), 3, 4, 1, 1, 0);
-    EXPECT_EQ(green.values, std::vector<T>(12, T(7)));
-
-    // Zero is written as zero bytes: a negative zero comes out positive.
-    const T negativeZeros[3] = {T(-0.0), T(-0.0), T(-0.0)};
-    Warp<T>::background(negativeZeros, red.plane(0), green.plane(0), blue.plane(0), 3, 4, 1, 0, 0);
-    Warp<T>::background(negativeZeros, stacked.plane(0), nullptr, nullptr, 3, 4, 0, 1, 3);
-    EXPECT_FALSE(std::signbit(blue.values[5]));
-    EXPECT_FALSE(std::signbit(stacked.values[30]));
-    EXPECT_EQ(stacked.values, std::vector<T>(36, T(0)));
+    const auto source = labelled<T>(6, 6, 1);
+    const auto b = shift<T>(1, -1);
+    std::vector<int32_t> edges(64), scratch(24);
+    // An axis-aligned cell covers its corners' rows and columns inclusive.
+    const int32_t cell[8] = {2, 0, 2, 3, 5, 3, 5, 0};
+    std::vector<T> out(36, T(-1));
+    pick<T>(ORNEX_XformOneSubdivision_D, ORNEX_XformOneSubdivision_R)(edges.data(), 8, cell, scratch.data(), out.data(), nullptr, nullptr, 0, 5, 0, 5, 6, 0, b.data() + 9, source.data(), nullptr, nullptr, 1, 6, 6, 6, 1, 0, 0, 1);
+    for (int i = 0; i < 36; ++i) EXPECT_EQ(out[i], i % 6 >= 2 && i / 6 <= 3 ? source[i - 1 + 6] : T(-1)) << i;
+    // A source without pixels (a zero-length heap block) has nothing to sample.
+    const std::unique_ptr<T[]> empty(new T[0]);
+    pick<T>(ORNEX_ProjComputeOutPixel_D, ORNEX_ProjComputeOutPixel_R)(out.data(), 0, 0, 3, 0, 5, 0, 5, 0, 5, 0, 0, empty.get(), 0, 0, b.data(), 0, 6, 6, 1, 1, 0, 0, 1);
+    EXPECT_EQ(out[18], T(-1));
+    // Per plane or one value for all, stacked or as three planes; zero as
+    // zero bytes (no negative zero); nothing past the planes.
+    const auto fill = pick<T>(ORNEX_FillBackgroundValues_D, ORNEX_FillBackgroundValues_R);
+    const T values[3] = {T(1.5), T(-2), T(7)}, zeros[3] = {T(-0.0), T(-0.0), T(-0.0)};
+    std::vector<T> a(37, T(9)), b3(37, T(9));
+    fill(values, a.data(), nullptr, nullptr, 3, 4, 0, 0, 2);
+    fill(values, b3.data(), b3.data() + 12, b3.data() + 24, 3, 4, 1, 0, 0);
+    for (int i = 0; i < 37; ++i) EXPECT_TRUE(a[i] == (i < 24 ? values[i / 12] : 9) && b3[i] == (i < 36 ? values[i / 12] : 9)) << i;
+    fill(values + 1, a.data(), nullptr, nullptr, 3, 4, 0, 1, 3);
+    fill(values + 2, b3.data(), b3.data() + 12, b3.data() + 24, 3, 4, 1, 1, 0);
+    for (int i = 0; i < 37; ++i) EXPECT_TRUE(a[i] == (i < 36 ? values[1] : 9) && b3[i] == (i < 36 ? values[2] : 9)) << i;
+    fill(zeros, a.data(), nullptr, nullptr, 3, 4, 0, 1, 3);
+    fill(zeros, b3.data(), b3.data() + 12, b3.data() + 24, 3, 4, 1, 0, 0);
+    for (int i = 0; i < 37; ++i) EXPECT_TRUE(a[i] == (i < 36 ? 0 : 9) && !std::signbit(a[i]) && !std::signbit(b3[i])) << i;
 }
-
-} // namespace

@@ -1,117 +1,64 @@
 #include <gtest/gtest.h>
 
-#include <cstdint>
-#include <vector>
+#include <cmath>
+#include <random>
 
 #include "ornex_rt.h"
 
-namespace {
-
 enum Kernel { nearest, linear, cubic };
 
+// Output position k of a line shifted by s, the source surrounded by the
+// background.
 template <class T>
-std::vector<T> skew(Kernel kernel, const std::vector<T> &source, int32_t outputLength, T offset, T background,
-                    int32_t firstWritten = 0)
+std::vector<T> plainSkew(Kernel kernel, const std::vector<T> &src, int outLength, T s, T bg)
 {
-    std::vector<T> out(outputLength, T(-77));
-    auto run = [&](auto function) {
-        function(source.data(), int32_t(source.size()), outputLength, offset, 1, 1, out.data(), firstWritten,
-                 &background);
-    };
-    if constexpr (std::is_same_v<T, double>) {
-        kernel == nearest ? run(ORNEX_Skew_NNI_D) : kernel == linear ? run(ORNEX_Skew_BLI_D) : run(ORNEX_Skew_BCI_D);
-    } else {
-        kernel == nearest ? run(ORNEX_Skew_NNI_R) : kernel == linear ? run(ORNEX_Skew_BLI_R) : run(ORNEX_Skew_BCI_R);
+    const int n = int(src.size());
+    auto w1 = [](T t) { return t * t * t - 2 * t * t + 1; };
+    auto w2 = [](T t) { return -t * t * t + 5 * t * t - 8 * t + 4; };
+    auto S = [&](int j) { return j >= 0 && j < n ? src[j] : bg; };
+    std::vector<T> out(outLength, bg);
+    const int i = kernel == nearest ? int(std::floor(s + T(0.5))) : int(s);
+    const T f = std::fabs(s - T(i));
+    for (int k = 0; k < outLength; ++k) {
+        const T a = s > 0 ? 1 - (s - T(i)) : T(i) - s;
+        const int j = s > 0 ? k - i - 2 : k - i - 1; // the first of the four cubic taps
+        if (kernel == nearest || f == 0) out[k] = S(k - i);
+        else if (kernel == linear && s > 0) out[k] = k >= i && k <= i + n ? f * S(k - i - 1) + (1 - f) * S(k - i) : bg;
+        else if (kernel == linear) out[k] = k - i < n ? (1 - f) * S(k - i) + f * S(k - i + 1) : bg;
+        else if (j + 3 >= 0 && j < n) out[k] = w2(1 + a) * S(j) + w1(a) * S(j + 1) + w1(1 - a) * S(j + 2) + w2(2 - a) * S(j + 3);
     }
     return out;
 }
 
 template <class T>
 class Skew : public ::testing::Test {};
-using ElementTypes = ::testing::Types<double, float>;
-TYPED_TEST_SUITE(Skew, ElementTypes);
+using Precisions = ::testing::Types<double, float>;
+TYPED_TEST_SUITE(Skew, Precisions);
 
-TYPED_TEST(Skew, NearestRoundsHalvesUp)
+TYPED_TEST(Skew, EveryKernelMatchesTheShiftedLineWithBackgroundAround)
 {
     using T = TypeParam;
-    const std::vector<T> line = {1, 2, 3};
-    EXPECT_EQ(skew<T>(nearest, line, 5, T(0.5), T(9)), (std::vector<T>{9, 1, 2, 3, 9}));
-    EXPECT_EQ(skew<T>(nearest, line, 5, T(-0.5), T(9)), (std::vector<T>{1, 2, 3, 9, 9}));
-    EXPECT_EQ(skew<T>(nearest, line, 5, T(-1.5), T(9)), (std::vector<T>{2, 3, 9, 9, 9}));
-}
-
-TYPED_TEST(Skew, IntegerOffsetsCopy)
-{
-    using T = TypeParam;
-    const std::vector<T> line = {4, 5, 6};
-    for (Kernel kernel : {nearest, linear, cubic}) {
-        EXPECT_EQ(skew<T>(kernel, line, 6, T(2), T(-1)), (std::vector<T>{-1, -1, 4, 5, 6, -1})) << kernel;
-        EXPECT_EQ(skew<T>(kernel, line, 4, T(-1), T(-1)), (std::vector<T>{5, 6, -1, -1})) << kernel;
+    std::mt19937 random(17);
+    for (int trial = 0; trial < 4000; ++trial) {
+        const Kernel kernel = Kernel(trial % 3);
+        const int n = random() % 9, outLength = random() % 16, first = random() % (outLength + 2);
+        const int srcStride = 1 + random() % 3, dstStride = 1 + random() % 3;
+        const T bg = T(int(random() % 7) - 3);
+        // Whole, half and quarter offsets and any in between, both signs.
+        const double q = int(random() % 101) - 50;
+        const T s = T(random() % 2 ? q / 4 : q / 4 + std::uniform_real_distribution<double>(-0.3, 0.3)(random));
+        std::vector<T> src(n), strided(size_t(n) * srcStride, T(1e6));
+        for (int j = 0; j < n; ++j) strided[j * srcStride] = src[j] = T(std::uniform_real_distribution<double>(-9, 9)(random));
+        const auto line = n ? plainSkew(kernel, src, outLength, s, bg) : std::vector<T>(outLength, bg);
+        std::vector<T> expected((outLength + 1) * dstStride, T(-77)), out = expected; // stored from position `first` on
+        for (int k = first; k < outLength; ++k) expected[(k - first) * dstStride] = line[k];
+        auto run = [&](auto f) { f(strided.data(), n, outLength, s, srcStride, dstStride, out.data(), first, &bg); };
+        if constexpr (std::is_same_v<T, double>)
+            kernel == nearest ? run(ORNEX_Skew_NNI_D) : kernel == linear ? run(ORNEX_Skew_BLI_D) : run(ORNEX_Skew_BCI_D);
+        else
+            kernel == nearest ? run(ORNEX_Skew_NNI_R) : kernel == linear ? run(ORNEX_Skew_BLI_R) : run(ORNEX_Skew_BCI_R);
+        const T tolerance = kernel == cubic ? T(std::is_same_v<T, double> ? 1e-12 : 2e-5) : T(0);
+        for (size_t k = 0; k < out.size(); ++k)
+            ASSERT_NEAR(out[k], expected[k], tolerance) << kernel << " offset " << s << " length " << n << " at " << k;
     }
 }
-
-TYPED_TEST(Skew, LinearBlendsOneValueWithTheBackgroundAtEachEnd)
-{
-    using T = TypeParam;
-    const std::vector<T> s = {8, 16, 40};
-    const T bg = 100, f = T(0.25), g = T(1) - f;
-    // Offset 1.25: position 1 sees source -0.25, position 4 source 2.75.
-    EXPECT_EQ(skew<T>(linear, s, 7, T(1.25), bg),
-              (std::vector<T>{bg, g * s[0] + f * bg, f * s[0] + g * s[1], f * s[1] + g * s[2], f * s[2] + g * bg,
-                              bg, bg}));
-    // Offset -0.25: position k sees source k + 0.25; position 2 the last.
-    EXPECT_EQ(skew<T>(linear, s, 5, T(-0.25), bg),
-              (std::vector<T>{g * s[0] + f * s[1], g * s[1] + f * s[2], g * s[2] + f * bg, bg, bg}));
-    // Offset -1.25: i = -1, the line enters at source 1.
-    EXPECT_EQ(skew<T>(linear, s, 3, T(-1.25), bg), (std::vector<T>{g * s[1] + f * s[2], g * s[2] + f * bg, bg}));
-}
-
-TEST(SkewPrecision, SinglePrecisionRoundsEveryStep)
-{
-    // Offset 1.1: the fraction is 1.1 - 1 formed in the member's precision
-    // (0.100000024 in single), and the blend (1 - f) s0 + f bg is rounded
-    // at every step; the two members differ.
-    const std::vector<float> single = {1.0f / 3, 2, 3};
-    const float f = 1.1f - 1.0f;
-    const float expectedSingle = (1.0f - f) * single[0] + f * 7.0f;
-    EXPECT_EQ(skew<float>(linear, single, 2, 1.1f, 7.0f)[1], expectedSingle);
-    const std::vector<double> wide = {double(single[0]), 2, 3};
-    const double fd = 1.1 - 1.0;
-    const double expectedDouble = (1.0 - fd) * wide[0] + fd * 7.0;
-    EXPECT_EQ(skew<double>(linear, wide, 2, 1.1, 7.0)[1], expectedDouble);
-    EXPECT_NE(double(expectedSingle), expectedDouble);
-}
-
-TYPED_TEST(Skew, CubicUsesTheBackgroundForTapsOutsideTheLine)
-{
-    using T = TypeParam;
-    // Offset 0.5: a = 0.5, w1(0.5) = 0.625, w2(1.5) = -0.125. Position 0
-    // sees source -0.5: taps -2, -1 (background 0), 0 and 1.
-    const std::vector<T> s = {8, 16, 24, 32, 48};
-    const auto out = skew<T>(cubic, s, 8, T(0.5), T(0));
-    EXPECT_EQ(out[0], T(0.625) * T(8) - T(0.125) * T(16));
-    // Inside, a linear run is reproduced: position 2 sees source 1.5 = 20.
-    EXPECT_EQ(out[2], T(20));
-    // Position 6 sees source 5.5: taps 4..7, only source 4 inside.
-    EXPECT_EQ(out[6], T(-0.125) * T(48));
-    // Position 7: taps 5..8 all outside, the background itself.
-    EXPECT_EQ(out[7], T(0));
-}
-
-TYPED_TEST(Skew, BackgroundOnlyAndFirstWrittenPosition)
-{
-    using T = TypeParam;
-    const std::vector<T> line = {1, 2, 3};
-    for (Kernel kernel : {nearest, linear, cubic}) {
-        EXPECT_EQ(skew<T>(kernel, line, 4, T(9.5), T(5)), std::vector<T>(4, T(5))) << kernel;
-        EXPECT_EQ(skew<T>(kernel, line, 4, T(-9.5), T(5)), std::vector<T>(4, T(5))) << kernel;
-        // An empty line (no source element to read) shows the background.
-        EXPECT_EQ(skew<T>(kernel, {}, 3, T(0.5), T(5)), std::vector<T>(3, T(5))) << kernel;
-        // Nothing stored from position 4 of 4 on.
-        EXPECT_EQ(skew<T>(kernel, line, 4, T(1), T(5), 4), std::vector<T>(4, T(-77))) << kernel;
-        // From position 2 on: the values of positions 2 and 3, stored first.
-        EXPECT_EQ(skew<T>(kernel, line, 4, T(1), T(5), 2), (std::vector<T>{2, 3, -77, -77})) << kernel;
-    }
-}
-
-} // namespace

@@ -1,179 +1,104 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <cmath>
-#include <cstdint>
 #include <random>
-#include <vector>
 
 #include "ornex_rt.h"
 
-namespace {
-
 using Corners = std::array<int32_t, 8>; // (row, column) of corners 0..3
+using Rect = std::array<int32_t, 4>;
 
-struct Point {
-    double column, row;
-};
-
-// [x y 1] * T for a column-order matrix, as (column, row) = (p/w, q/w).
+// The closed form, its adjugate and the moves by the origin, written out.
 template <class T>
-Point apply(const T *matrix, double x, double y)
+std::vector<T> plainBlock(const Corners &q, const Rect &rect, int rows, int cols, int mode, int inverseOffset, bool useRect)
 {
-    const double p = x * matrix[0] + y * matrix[1] + matrix[2];
-    const double q = x * matrix[3] + y * matrix[4] + matrix[5];
-    const double w = x * matrix[6] + y * matrix[7] + matrix[8];
-    return {p / w, q / w};
-}
-
-template <class T>
-std::vector<T> transform(const Corners &corners, std::array<int32_t, 4> rect, uint32_t rows, uint32_t cols,
-                         int32_t mode, int32_t inverseOffset, bool useRect)
-{
-    std::vector<T> block(18, T(-1));
-    if constexpr (std::is_same_v<T, double>) {
-        ORNEX_CalculateXformMtrx_D(corners.data(), rect.data(), rows, cols, mode, inverseOffset, useRect, block.data());
-    } else {
-        ORNEX_CalculateXformMtrx_R(corners.data(), rect.data(), rows, cols, mode, inverseOffset, useRect, block.data());
+    const bool fromRect = mode != 1 || useRect;
+    const T c = fromRect ? T(mode == 1 ? rect[1] : -rect[1]) : 0, r = fromRect ? T(mode == 1 ? rect[0] : -rect[0]) : 0;
+    const T H = T((fromRect ? rect[2] : rows) - 1), W = T((fromRect ? rect[3] : cols) - 1);
+    const T x0 = T(q[1]), x1 = T(q[3]), x2 = T(q[5]), x3 = T(q[7]), y0 = T(q[0]), y1 = T(q[2]), y2 = T(q[4]), y3 = T(q[6]);
+    const T sx = x0 - x1 + x2 - x3, sy = y0 - y1 + y2 - y3, dx1 = x1 - x2, dx2 = x3 - x2, dy1 = y1 - y2, dy2 = y3 - y2;
+    const T D = dx2 * dy1 - dx1 * dy2, g = (dx2 * sy - dy2 * sx) / (W * D), h = (sx * dy1 - dx1 * sy) / (H * D);
+    std::vector<T> m = {x1 * g + (x1 - x0) / W, x3 * h + (x3 - x0) / H, x0, y1 * g + (y1 - y0) / W, y3 * h + (y3 - y0) / H, y0, g, h, 1};
+    m.insert(m.end(), {m[4] - m[7] * m[5], m[7] * m[2] - m[1], m[5] * m[1] - m[4] * m[2], m[6] * m[5] - m[3], m[0] - m[6] * m[2],
+                       m[3] * m[2] - m[5] * m[0], m[7] * m[3] - m[6] * m[4], m[6] * m[1] - m[7] * m[0], m[4] * m[0] - m[3] * m[1]});
+    const bool moveAdjugate = mode == 1 || (mode == 2 && inverseOffset >= 1);
+    const T sign = mode == 1 ? 1 : -1;
+    for (int k = 0; k < 3; ++k) {
+        if (mode != 1 && c != 0) m[2 + 3 * k] = m[2 + 3 * k] + c * m[3 * k];
+        if (mode != 1 && r != 0) m[2 + 3 * k] = m[2 + 3 * k] + r * m[1 + 3 * k];
+        if (moveAdjugate && c != 0) m[9 + k] = m[9 + k] + sign * c * m[15 + k];
+        if (moveAdjugate && r != 0) m[12 + k] = m[12 + k] + sign * r * m[15 + k];
     }
-    return block;
+    return m;
 }
 
 template <class T>
 class ProjectiveMatrix : public ::testing::Test {};
-using ElementTypes = ::testing::Types<double, float>;
-TYPED_TEST_SUITE(ProjectiveMatrix, ElementTypes);
+using Precisions = ::testing::Types<double, float>;
+TYPED_TEST_SUITE(ProjectiveMatrix, Precisions);
 
-TYPED_TEST(ProjectiveMatrix, RectangleOntoItselfIsTheIdentity)
+TYPED_TEST(ProjectiveMatrix, BlocksAndProductsMatchTheClosedForm)
 {
     using T = TypeParam;
-    // H = 4, W = 6: corners (0,0), (0,6), (4,6), (4,0).
-    const auto block = transform<T>({0, 0, 0, 6, 4, 6, 4, 0}, {99, 99, 99, 99}, 5, 7, 1, 0, false);
-    const std::vector<T> identity = {1, 0, 0, 0, 1, 0, 0, 0, 1};
-    EXPECT_EQ(std::vector<T>(block.begin(), block.begin() + 9), identity);
-    EXPECT_EQ(std::vector<T>(block.begin() + 9, block.end()), identity);
-}
-
-TYPED_TEST(ProjectiveMatrix, RectangleCornersLandOnTheQuadrilateral)
-{
-    using T = TypeParam;
-    const double tolerance = std::is_same_v<T, double> ? 1e-9 : 2e-3;
+    constexpr bool D = std::is_same_v<T, double>;
     std::mt19937 random(11);
-    std::uniform_int_distribution<int32_t> jitter(-30, 30);
-    for (int trial = 0; trial < 50; ++trial) {
-        // A convex quadrilateral: a square with its corners moved a little.
-        const Corners q = {10 + jitter(random),  20 + jitter(random),  15 + jitter(random),  220 + jitter(random),
-                           190 + jitter(random), 210 + jitter(random), 200 + jitter(random), 5 + jitter(random)};
-        const uint32_t rows = 61, cols = 81; // H = 60, W = 80
-        const auto block = transform<T>(q, {0, 0, 0, 0}, rows, cols, 1, 0, false);
-        const double rect[4][2] = {{0, 0}, {80, 0}, {80, 60}, {0, 60}}; // (x, y)
+    auto any = [&](int lo, int hi) { return int32_t(lo + int(random() % (hi - lo + 1))); };
+    for (int trial = 0; trial < 400; ++trial) {
+        // Corners near those of a 200 x 200 square, in order round it.
+        Corners q, second;
+        for (int k = 0; k < 8; ++k) q[k] = (k >= 3 && k <= 6 ? 200 : 0) + any(-25, 25), second[k] = q[k] + any(-9, 9);
+        if (trial % 5 == 0) second = q;
+        const Rect rect = {any(-40, 40), any(-40, 40), any(2, 90), any(2, 90)};
+        const int rows = any(2, 90), cols = any(2, 90), mode = any(0, 3), inverseOffset = any(0, 2);
+        const bool useRect = random() % 2, both = random() % 2;
+        std::vector<T> b(20, T(-1)), q2q(56, T(-5));
+        if constexpr (D) ORNEX_CalculateXformMtrx_D(q.data(), rect.data(), rows, cols, mode, inverseOffset, useRect, b.data() + 1);
+        else ORNEX_CalculateXformMtrx_R(q.data(), rect.data(), rows, cols, mode, inverseOffset, useRect, b.data() + 1);
+        ASSERT_EQ(std::vector<T>(b.begin() + 1, b.end() - 1), plainBlock<T>(q, rect, rows, cols, mode, inverseOffset, useRect)) << trial;
+        ASSERT_TRUE(b.front() == T(-1) && b.back() == T(-1));
+
+        // Second to first and (on request) first to second: adj(B) A, adj(A) B.
+        const auto A = plainBlock<T>(q, {0, 0, rows, cols}, rows, cols, 3, 0, false);
+        const auto B = plainBlock<T>(second, {0, 0, rows, cols}, rows, cols, 1, 0, false);
+        std::vector<T> expected = {T(-5)};
+        expected.insert(expected.end(), A.begin(), A.end()), expected.insert(expected.end(), B.begin(), B.end());
+        for (int pass = 0; pass < 2; ++pass)
+            for (int i = 0; i < 9; ++i) {
+                const T *left = (pass ? A : B).data() + 9, *right = (pass ? B : A).data();
+                T s = 0;
+                for (int k = 0; k < 3; ++k) s = s + left[i % 3 + 3 * k] * (k == 2 && i == 8 ? T(1) : right[k + 3 * (i / 3)]);
+                expected.push_back(pass && !both ? T(-5) : s);
+            }
+        expected.push_back(T(-5));
+        if constexpr (D) ORNEX_CalculateQ2QXformMtrx_D(q.data(), rows, cols, q2q.data() + 1, second.data(), both);
+        else ORNEX_CalculateQ2QXformMtrx_R(q.data(), rows, cols, q2q.data() + 1, second.data(), both);
+        ASSERT_EQ(q2q, expected) << trial;
+
+        // Geometry: corner k of the W x H rectangle lands on corner k of the
+        // quadrilateral; the same quadrilateral twice gives det(A) times I.
+        const double W = cols - 1, H = rows - 1, x[4] = {0, W, W, 0}, y[4] = {0, 0, H, H}, tolerance = D ? 1e-9 : 2e-3;
         for (int k = 0; k < 4; ++k) {
-            const Point mapped = apply(block.data(), rect[k][0], rect[k][1]);
-            EXPECT_NEAR(mapped.row, q[2 * k], tolerance * 200) << "trial " << trial << " corner " << k;
-            EXPECT_NEAR(mapped.column, q[2 * k + 1], tolerance * 200) << "trial " << trial << " corner " << k;
-            // The adjugate takes the corner back (the scale cancels).
-            const Point back = apply(block.data() + 9, q[2 * k + 1], q[2 * k]);
-            EXPECT_NEAR(back.column, rect[k][0], tolerance * 100);
-            EXPECT_NEAR(back.row, rect[k][1], tolerance * 100);
+            const double w = x[k] * A[6] + y[k] * A[7] + A[8];
+            EXPECT_NEAR((x[k] * A[0] + y[k] * A[1] + A[2]) / w, q[2 * k + 1], 200 * tolerance);
+            EXPECT_NEAR((x[k] * A[3] + y[k] * A[4] + A[5]) / w, q[2 * k], 200 * tolerance);
         }
+        const double det = A[0] * (A[4] - A[7] * A[5]) - A[3] * (A[1] - A[7] * A[2]) + A[6] * (A[1] * A[5] - A[4] * A[2]);
+        for (int i = 0; trial % 5 == 0 && i < 9; ++i) EXPECT_NEAR(q2q[37 + i], i % 4 ? 0 : det, std::fabs(det) * tolerance);
     }
 }
 
-TYPED_TEST(ProjectiveMatrix, OriginMovesForwardOrAdjugateByMode)
+TEST(Collinearity, CornersOneToThreeExactlyWithWrapAround)
 {
-    using T = TypeParam;
-    const double tolerance = std::is_same_v<T, double> ? 1e-9 : 1e-2;
-    const Corners q = {12, 31, 8, 140, 95, 150, 101, 25};
-    const std::array<int32_t, 4> rect = {40, 70, 31, 51}; // origin row 40, column 70; H = 30, W = 50
-    const auto unmoved = transform<T>(q, {0, 0, 31, 51}, 0, 0, 3, 0, false);
-
-    // Mode 2 without the switch: the forward matrix takes image coordinates
-    // (image point (70 + 50, 40) is the rectangle's corner 1), the adjugate
-    // stays that of the unmoved matrix.
-    const auto forwardOnly = transform<T>(q, rect, 0, 0, 2, 0, false);
-    const Point corner1 = apply(forwardOnly.data(), 70 + 50, 40);
-    EXPECT_NEAR(corner1.row, q[2], tolerance * 100);
-    EXPECT_NEAR(corner1.column, q[3], tolerance * 100);
-    EXPECT_EQ(std::vector<T>(forwardOnly.begin() + 9, forwardOnly.end()),
-              std::vector<T>(unmoved.begin() + 9, unmoved.end()));
-    // Other modes behave like mode 2 without the switch, whatever it says.
-    EXPECT_EQ(transform<T>(q, rect, 0, 0, 3, 1, false), forwardOnly);
-
-    // With the switch the adjugate inverts the moved matrix: corner 2 goes
-    // back to image point (70 + 50, 40 + 30).
-    const auto both = transform<T>(q, rect, 0, 0, 2, 1, false);
-    EXPECT_EQ(std::vector<T>(both.begin(), both.begin() + 9),
-              std::vector<T>(forwardOnly.begin(), forwardOnly.begin() + 9));
-    const Point back = apply(both.data() + 9, q[5], q[4]);
-    EXPECT_NEAR(back.column, 120, tolerance * 100);
-    EXPECT_NEAR(back.row, 70, tolerance * 100);
-
-    // Mode 1 with the rectangle: the forward matrix stays, the adjugate adds
-    // the origin.
-    const auto adjugateOnly = transform<T>(q, rect, 0, 0, 1, 0, true);
-    EXPECT_EQ(std::vector<T>(adjugateOnly.begin(), adjugateOnly.begin() + 9),
-              std::vector<T>(unmoved.begin(), unmoved.begin() + 9));
-    const Point back1 = apply(adjugateOnly.data() + 9, q[5], q[4]);
-    EXPECT_NEAR(back1.column, 120, tolerance * 100);
-    EXPECT_NEAR(back1.row, 70, tolerance * 100);
-
-    // Mode 1 without the rectangle ignores it, size included.
-    EXPECT_EQ(transform<T>(q, rect, 31, 51, 1, 1, false), unmoved);
-}
-
-TYPED_TEST(ProjectiveMatrix, SameQuadrilateralTwiceGivesDeterminantTimesIdentity)
-{
-    using T = TypeParam;
-    const Corners q = {3, 4, 6, 90, 70, 85, 80, 2};
-    std::vector<T> block(54, T(-5));
-    auto run = [&](bool both) {
-        if constexpr (std::is_same_v<T, double>) {
-            ORNEX_CalculateQ2QXformMtrx_D(q.data(), 41, 61, block.data(), q.data(), both);
-        } else {
-            ORNEX_CalculateQ2QXformMtrx_R(q.data(), 41, 61, block.data(), q.data(), both);
-        }
-    };
-    run(false);
-    EXPECT_EQ(std::vector<T>(block.begin() + 45, block.end()), std::vector<T>(9, T(-5))) << "written unasked";
-    const T *a = block.data();
-    const double det = a[0] * (a[4] * 1.0 - a[7] * a[5]) - a[3] * (a[1] * 1.0 - a[7] * a[2]) +
-                       a[6] * (a[1] * a[5] - a[4] * a[2]);
-    const double tolerance = std::fabs(det) * (std::is_same_v<T, double> ? 1e-9 : 1e-3);
-    for (int r = 0; r < 3; ++r) {
-        for (int c = 0; c < 3; ++c) {
-            EXPECT_NEAR(block[36 + r + 3 * c], r == c ? det : 0.0, tolerance) << r << "," << c;
-        }
-    }
-    EXPECT_GT(std::fabs(det - 1.0), 0.1) << "the product is not normalised";
-    run(true);
-    for (int i = 0; i < 9; ++i) {
-        EXPECT_NEAR(block[45 + i], block[36 + i], tolerance);
+    // Corner 0 between 3 and 1 is not tested; 65536 * 65536 wraps to 0.
+    const Corners flat0 = {5, 5, 0, 10, 10, 10, 10, 0}, wrapped = {65536, 0, 0, 0, 0, -65536, 70000, -70000};
+    EXPECT_TRUE(!ORNEX_Are3PtsCollinear(flat0.data()) && ORNEX_Are3PtsCollinear(wrapped.data()));
+    std::mt19937 random(13);
+    for (int trial = 0; trial < 20000; ++trial) {
+        Corners p;
+        for (auto &v : p) v = trial % 2 ? int32_t(random() % 5) - 2 : int32_t(random());
+        auto d = [&](int i, int j) { return uint32_t(p[2 * (i % 4) + j]) - uint32_t(p[2 * ((i + 1) % 4) + j]); };
+        bool any = false;
+        for (int k = 1; k <= 3; ++k) any = any || d(k, 1) * d(k - 1, 0) == d(k, 0) * d(k - 1, 1);
+        ASSERT_EQ(ORNEX_Are3PtsCollinear(p.data()), any) << trial;
     }
 }
-
-TEST(Collinearity, CornersOneToThreeOnly)
-{
-    const int32_t square[8] = {0, 0, 0, 10, 10, 10, 10, 0};
-    EXPECT_EQ(ORNEX_Are3PtsCollinear(square), 0);
-    // Corner 2 on the line from corner 1 to corner 3.
-    const int32_t corner2[8] = {0, 0, 0, 10, 5, 5, 10, 0};
-    EXPECT_EQ(ORNEX_Are3PtsCollinear(corner2), 1);
-    // Corner 0 between corners 3 and 1: the triple 3-0-1 is not tested.
-    const int32_t corner0[8] = {5, 5, 0, 10, 10, 10, 10, 0};
-    EXPECT_EQ(ORNEX_Are3PtsCollinear(corner0), 0);
-    // Two equal consecutive corners make a zero edge.
-    const int32_t repeated[8] = {0, 0, 0, 10, 0, 10, 10, 0};
-    EXPECT_EQ(ORNEX_Are3PtsCollinear(repeated), 1);
-}
-
-TEST(Collinearity, CrossProductsWrapAt32Bits)
-{
-    // At corner 1 the edges (65536, 0) and (0, 65536) are perpendicular, but
-    // 65536 * 65536 wraps to 0 = 0 * 0, so the corner counts as collinear.
-    const int32_t points[8] = {65536, 0, 0, 0, 0, -65536, 70000, -70000};
-    EXPECT_EQ(ORNEX_Are3PtsCollinear(points), 1);
-    const int32_t smaller[8] = {4096, 0, 0, 0, 0, -4096, 5000, -5000};
-    EXPECT_EQ(ORNEX_Are3PtsCollinear(smaller), 0);
-}
-
-} // namespace
