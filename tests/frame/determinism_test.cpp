@@ -34,8 +34,7 @@ struct Fnv {
     void bytes(const void *p, size_t n) { for (size_t i = 0; i < n; ++i) h = (h ^ static_cast<const unsigned char *>(p)[i]) * 0x100000001b3ull; }
     template <class T> Fnv &operator<<(const T &v)
     {
-        if constexpr (std::is_arithmetic_v<T>) bytes(&v, sizeof v);
-        else bytes(v.data(), v.size() * sizeof(v[0]));
+        if constexpr (std::is_arithmetic_v<T>) bytes(&v, sizeof v); else bytes(v.data(), v.size() * sizeof(v[0]));
         return *this;
     }
 };
@@ -48,20 +47,24 @@ struct Rng {
     explicit Rng(const char *name) { Fnv f; f.bytes(name, std::strlen(name)); s = f.h; }
     uint64_t next()
     {
-        uint64_t z = (s += 0x9E3779B97F4A7C15ull);
-        z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9ull, z = (z ^ (z >> 27)) * 0x94D049BB133111EBull;
-        return z ^ (z >> 31);
+        const uint64_t z = (s += 0x9E3779B97F4A7C15ull), y = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9ull, x = (y ^ (y >> 27)) * 0x94D049BB133111EBull;
+        return x ^ (x >> 31);
     }
     i32 in(i32 lo, i32 hi) { return lo + i32(next() % uint64_t(int64_t(hi) - lo + 1)); }
 };
 template <class Body> void cases(const char *name, int count, Body body) { Rng g(name); for (int k = 0; k < count; ++k) body(g, k); }
 
-// Eighths in [-128, 128] (halves and ties) for floating types; the extremes
-// one time in four, else any bit pattern, for integers; 0/1 for logical.
+// Floating types: in [-128, 128], eighths (halves and ties) or thirds of
+// 2^-13 (every bit of the mantissa in use, so that the order of operations
+// shows), now and then 0. Integers: the extremes one time in four, else any
+// bit pattern. Logical: 0/1.
 template <class T> T any(Rng &g, bool logical = false)
 {
     if (logical) return T(g.in(0, 1));
-    if constexpr (std::is_floating_point_v<T>) return g.in(0, 7) == 0 ? T(0) : T(g.in(-1024, 1024)) / T(8);
+    if constexpr (std::is_floating_point_v<T>) {
+        const i32 pick = g.in(0, 7);
+        return pick == 0 ? T(0) : pick < 4 ? T(g.in(-1024, 1024)) / T(8) : T(g.in(-3 << 20, 3 << 20)) / T(3 << 13);
+    }
     else { const i32 pick = g.in(0, 7); return pick == 0 ? std::numeric_limits<T>::min() : pick == 1 ? std::numeric_limits<T>::max() : T(g.next()); }
 }
 template <class T> vector<T> many(Rng &g, size_t n, bool logical = false) { vector<T> v(n); for (auto &x : v) x = any<T>(g, logical); return v; }
@@ -75,7 +78,7 @@ template <class T> T fraction(Rng &g)
 }
 template <class T> vector<T> frames(Rng &g, i32 count, i32 pixels, vector<const T *> &pointers)
 {
-    vector<T> all = small<T>(g, static_cast<size_t>(count * pixels));
+    vector<T> all = many<T>(g, static_cast<size_t>(count * pixels));
     for (i32 k = 0; k < count; ++k) pointers.push_back(all.data() + k * pixels);
     return all;
 }
@@ -87,12 +90,10 @@ struct Clip { i32 r0, r1, c0, c1; };
 std::array<i32, 4> ends(Rng &g)
 {
     std::array<i32, 4> e{g.in(-4, M + 3), g.in(-4, N + 3), g.in(-4, M + 3), g.in(-4, N + 3)};
-    switch (g.in(0, 5)) {
-    case 0: e[2] = e[0]; break;              // horizontal
-    case 1: e[3] = e[1]; break;              // vertical, either way
-    case 2: e[2] = e[0], e[3] = e[1]; break; // a point
-    case 3: e[2] = e[0] + e[3] - e[1]; break; // diagonal
-    }
+    const i32 kind = g.in(0, 5); // horizontal, vertical (either way), a point, a diagonal, or any
+    if (kind == 0 || kind == 2) e[2] = e[0];
+    if (kind == 1 || kind == 2) e[3] = e[1];
+    if (kind == 3) e[2] = e[0] + e[3] - e[1];
     return e;
 }
 // A coverage table (smoothstep across one pixel about the edge), in the
@@ -213,7 +214,7 @@ template <class T, class Fn> void hornSchunck(const char *n, Fn f)
     Rng g(n);
     for (const auto &[m, c] : flowSizes) {
         const i32 iterations = g.in(1, 6);
-        const vector<T> a = small<T>(g, m * c), b = small<T>(g, m * c);
+        const vector<T> a = many<T>(g, m * c), b = many<T>(g, m * c);
         const T smooth = T(g.in(1, 8)) / T(4), threshold = T(g.in(0, 4)) / T(64);
         const uint8_t byThreshold = uint8_t(g.in(0, 1));
         vector<vector<T>> o(16, vector<T>(static_cast<size_t>(2 * m * c + m + c), T(5)));
@@ -314,7 +315,8 @@ template <class T, class Fn> void interp(const char *n, Fn f)
         const vector<T> src = many<T>(g, 2 * ss);
         vector<T> dst(2 * ds, T(-1));
         for (uint32_t k = 0; k < 100; ++k) {
-            const T y = T(g.in(0, 4 * (m - 1))) / T(4), x = T(g.in(0, 4 * (c - 1))) / T(4);
+            const i32 parts = k % 2 ? 4 : 12; // quarters, or twelfths that no binary fraction holds
+            const T y = T(g.in(0, parts * (m - 1))) / T(parts), x = T(g.in(0, parts * (c - 1))) / T(parts);
             if constexpr (std::is_invocable_v<Fn, const T *, T, T, uint32_t, T *, uint32_t, i32, uint32_t, uint32_t>) f(src.data(), y, x, m, &dst[0], k, 2, ss, ds);
             else f(src.data(), y, x, uint32_t(m), uint32_t(c), dst.data(), k, 2, ss, ds);
         }
@@ -324,10 +326,10 @@ template <class T, class Fn> void interp(const char *n, Fn f)
 
 template <class T> void skew(const char *n, void (*f)(const T *, i32, i32, T, uint32_t, uint32_t, T *, i32, const T *))
 {
-    cases(n, 40, [&](Rng &g, int) {
+    cases(n, 40, [&](Rng &g, int k) {
         const i32 len = g.in(1, 9), outLen = g.in(1, 16), first = g.in(0, 3);
         const uint32_t ss = uint32_t(g.in(1, 3)), ds = uint32_t(g.in(1, 2));
-        const T offset = T(g.in(-24, 60)) / T(4), background = any<T>(g);
+        const T offset = k % 2 ? T(g.in(-24, 60)) / T(4) : T(g.in(-72, 180)) / T(12), background = any<T>(g);
         const vector<T> src = many<T>(g, static_cast<size_t>(len) * ss);
         vector<T> dst(static_cast<size_t>(outLen) * ds + 2, T(-2));
         f(src.data(), len, outLen, offset, ss, ds, dst.data(), first, &background);
