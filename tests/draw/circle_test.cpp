@@ -31,28 +31,6 @@ std::array<std::array<int32_t, 2>, 4> quadPoints(int32_t a, int32_t b)
                   : std::array<std::array<int32_t, 2>, 4>{{{0, b}, {0, -b}, {-b, 0}, {b, 0}}};
 }
 
-// What a drawer should have done: every change goes to the first numPlanes
-// intensity planes and to the three RGB planes, inside the rectangle only.
-template <class T>
-struct Expected {
-    Planes<T> intensity, rgb;
-    int32_t numPlanes;
-    std::array<int32_t, 4> rect;
-    template <class F>
-    void at(int32_t r, int32_t c, F f)
-    {
-        if (r < rect[0] || r > rect[1] || c < rect[2] || c > rect[3]) {
-            return;
-        }
-        for (int32_t p = 0; p < 3; ++p) {
-            rgb.at(p, r, c) = f(rgb.at(p, r, c), p);
-            if (p < numPlanes) {
-                intensity.at(p, r, c) = f(intensity.at(p, r, c), p);
-            }
-        }
-    }
-};
-
 TEST(CircleOutline, RandomOctantPointsCopyTheirBytes)
 {
     std::mt19937 rng(4);
