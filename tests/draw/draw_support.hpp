@@ -79,26 +79,30 @@ inline std::array<int32_t, 4> randomRect(std::mt19937 &rng, int32_t rows, int32_
             uniform(rng, cols / 2, cols - 1)};
 }
 
-// What a drawer should have done: every change goes to the first numPlanes
-// intensity planes and to the three RGB planes, inside the rectangle only.
+// A random scene: three intensity planes (the drawer is given numPlanes of
+// them) and three RGB planes, a rectangle and a colour; the want planes are
+// what the drawer must leave, changed by at() inside the rectangle only.
 template <class T>
-struct Expected {
-    Planes<T> intensity, rgb;
+struct Scene {
+    Planes<T> image, rgb, wantImage, wantRgb;
     int32_t numPlanes;
-    std::array<int32_t, 4> rect;
+    std::array<int32_t, 4> rc;
+    std::array<T, 3> colour;
+    Scene(std::mt19937 &rng, int32_t rows, int32_t cols, int32_t planes)
+        : image(rows, cols, 3, rng), rgb(rows, cols, 3, rng), wantImage(image), wantRgb(rgb), numPlanes(planes),
+          rc(randomRect(rng, rows, cols)), colour{randomValue<T>(rng), randomValue<T>(rng), randomValue<T>(rng)}
+    {
+    }
     template <class F>
     void at(int32_t r, int32_t c, F f)
     {
-        if (r < rect[0] || r > rect[1] || c < rect[2] || c > rect[3]) {
-            return;
-        }
-        for (int32_t p = 0; p < 3; ++p) {
-            rgb.at(p, r, c) = f(rgb.at(p, r, c), p);
-            if (p < numPlanes) {
-                intensity.at(p, r, c) = f(intensity.at(p, r, c), p);
-            }
+        for (int32_t p = 0; r >= rc[0] && r <= rc[1] && c >= rc[2] && c <= rc[3] && p < 3; ++p) {
+            wantRgb.at(p, r, c) = f(wantRgb.at(p, r, c), p);
+            if (p < numPlanes)
+                wantImage.at(p, r, c) = f(wantImage.at(p, r, c), p);
         }
     }
+    bool matches() const { return image.buf == wantImage.buf && rgb.buf == wantRgb.buf; }
 };
 
 } // namespace drawtest
