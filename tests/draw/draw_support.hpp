@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <cstring>
 #include <random>
+#include <tuple>
 #include <type_traits>
 #include <vector>
 
@@ -104,5 +105,39 @@ struct Scene {
     }
     bool matches() const { return image.buf == wantImage.buf && rgb.buf == wantRgb.buf; }
 };
+
+// Polygon edges: scan start and end column, current row, row delta, scan
+// length, row step, error term, normal weight.
+using Edge = std::array<int32_t, 8>;
+constexpr int32_t unwritten = -777;
+
+// The edge table written out: each edge oriented toward larger columns
+// (equal columns: the second vertex starts), fields 5 and 7 left as the
+// buffer held them when not written, sorted stably by start, end and row.
+inline std::vector<Edge> slowEdgeTable(const std::vector<int32_t> &v, bool wantWeight)
+{
+    std::vector<Edge> edges;
+    for (int32_t e = 0, n = int32_t(v.size()) / 2; e < n; ++e) {
+        const int32_t j = (e + 1) % n, s = v[2 * e + 1] < v[2 * j + 1] ? e : j, t = s == e ? j : e;
+        const int32_t length = v[2 * t + 1] - v[2 * s + 1], delta = v[2 * t] - v[2 * s];
+        const double weight = length * 1024.0 / std::sqrt(double(delta * delta + length * length));
+        edges.push_back({v[2 * s + 1], v[2 * t + 1], v[2 * s], delta, length, length > 0 ? std::abs(delta) / length : unwritten,
+                         0, !wantWeight ? unwritten : std::isnan(weight) ? INT32_MIN : int32_t(weight)});
+    }
+    std::stable_sort(edges.begin(), edges.end(), [](const Edge &a, const Edge &b) {
+        return std::tie(a[0], a[1], a[2]) < std::tie(b[0], b[1], b[2]);
+    });
+    return edges;
+}
+
+// One column of an edge's walk: the exact row rounded, halves toward larger rows.
+inline void stepEdge(Edge &e)
+{
+    const int32_t d = e[3], length = e[4], step = e[5];
+    if (d > 0 && (e[6] += d - step * length, e[2] += step, 2 * e[6] >= length))
+        e[2] += 1, e[6] -= length;
+    else if (d <= 0 && (e[6] += step * length + d, e[2] -= step, 2 * e[6] < -length))
+        e[2] -= 1, e[6] += length;
+}
 
 } // namespace drawtest
