@@ -65,78 +65,45 @@ W slowCoverage(const std::vector<int32_t> &fields, int32_t numActive, int32_t co
 
 // The sweep written out: insert by crossing (the steeper descent first on a
 // tie), visit each column's active list, drop edges after their last
-// column, step every edge by its error term and re-sort by crossing, moving
-// an edge up past every larger key.
+// column, step every edge and re-sort by crossing, moving an edge up past
+// every larger key.
 template <class Visit>
 void slowSweep(const std::vector<int32_t> &vertices, Visit visit)
 {
-    const int32_t n = int32_t(vertices.size() / 2);
-    std::vector<int32_t> work(8 * n), sorted(8 * n), records(6 * n), offsets(8);
-    for (int32_t f = 0; f < 8; ++f) {
-        offsets[f] = f * n;
-    }
-    ORNEX_CreateEdgesTable(vertices.data(), int32_t(vertices.size()), work.data(), sorted.data(), records.data(),
-                           offsets.data(), 1);
-    using Edge = std::array<int32_t, 8>;
+    const auto sorted = slowEdgeTable(vertices, true);
     auto key = [](const Edge &e) { return e[2] * 1024 + (e[6] * 1024) / e[4]; };
     std::vector<Edge> active;
-    for (int32_t scan = n ? sorted[0] : 0, next = 0; n; ++scan) {
-        for (; next < n && sorted[next] == scan; ++next) {
-            Edge e;
-            for (int32_t f = 0; f < 8; ++f) {
-                e[f] = sorted[f * n + next];
-            }
-            auto before = [&](const Edge &a) {
-                return key(a) > key(e) || (key(a) == key(e) && a[3] * e[4] > e[3] * a[4]);
-            };
-            if (e[1] != e[0]) {
+    for (int32_t scan = sorted.empty() ? 0 : sorted[0][0], next = 0; !sorted.empty(); ++scan) {
+        for (; next < int32_t(sorted.size()) && sorted[next][0] == scan; ++next) {
+            const Edge &e = sorted[next];
+            auto before = [&](const Edge &a) { return key(a) > key(e) || (key(a) == key(e) && a[3] * e[4] > e[3] * a[4]); };
+            if (e[1] != e[0])
                 active.insert(std::find_if(active.begin(), active.end(), before), e);
-            }
         }
-        if (active.empty()) {
+        if (active.empty())
             return;
-        }
         const int32_t count = int32_t(active.size());
         std::vector<int32_t> fields(8 * count);
-        for (int32_t k = 0; k < count * 8; ++k) {
+        for (int32_t k = 0; k < count * 8; ++k)
             fields[k] = active[k % count][k / count];
-        }
         visit(scan, count, fields);
         active.erase(std::remove_if(active.begin(), active.end(), [&](const Edge &e) { return e[1] == scan; }),
                      active.end());
-        for (Edge &e : active) {
-            const int32_t d = e[3], length = e[4], step = e[5];
-            if (d > 0) {
-                e[6] += d - step * length, e[2] += step;
-                if (2 * e[6] >= length) {
-                    e[2] += 1, e[6] -= length;
-                }
-            } else {
-                e[6] += step * length + d, e[2] -= step;
-                if (2 * e[6] < -length) {
-                    e[2] -= 1, e[6] += length;
-                }
-            }
-        }
-        for (int32_t at = int32_t(active.size()) - 1; at >= 1;) {
-            int32_t target = 0;
-            while (target < at && key(active[target]) <= key(active[at])) {
+        std::for_each(active.begin(), active.end(), stepEdge);
+        for (int32_t at = int32_t(active.size()) - 1, target = 0; at >= 1; target = 0) {
+            while (target < at && key(active[target]) <= key(active[at]))
                 ++target;
-            }
-            if (target == at) {
+            if (target == at)
                 --at;
-            } else {
+            else
                 std::rotate(active.begin() + target, active.begin() + at, active.begin() + at + 1);
-            }
         }
     }
 }
 
 template <class Tp, class Op, class Wp, auto fI, auto fRgb, auto sI, auto sRgb>
 struct AAMember {
-    using T = Tp;
-    using O = Op; // opacity and table entry
-    using W = Wp; // coverage sums
+    using T = Tp; using O = Op; using W = Wp; // opacity and table entries, coverage sums
     static constexpr auto fillI = fI, fillRgb = fRgb, scanI = sI, scanRgb = sRgb;
     static constexpr bool floating = std::is_floating_point_v<O>;
     static constexpr O full = floating ? O(1) : O(1024);
@@ -148,7 +115,6 @@ using AAMembers = ::testing::Types<AA_MEMBER(D, double, double, double), AA_MEMB
                                    AA_MEMBER(Bool, uint8_t, int16_t, int32_t), AA_MEMBER(UI8, uint8_t, int16_t, int32_t),
                                    AA_MEMBER(I8, int8_t, int16_t, int32_t), AA_MEMBER(UI16, uint16_t, int16_t, int32_t),
                                    AA_MEMBER(I16, int16_t, int16_t, int32_t)>;
-
 template <class M>
 class AAPolygonFill : public ::testing::Test {};
 TYPED_TEST_SUITE(AAPolygonFill, AAMembers);
@@ -157,7 +123,7 @@ TYPED_TEST_SUITE(AAPolygonFill, AAMembers);
 // the box, a ramp or arbitrary entries below none and above full (entries 0
 // and 48 garbage, never to be read), through the whole filler or column by
 // column through the scan-line function with some normal weights below 1 or
-// above 1024; every member, intensity and RGB.
+// above 1024; the pixel blended once with opacity * coverage.
 TYPED_TEST(AAPolygonFill, PolygonsAndColumnsAgainstTheWrittenOutCoverage)
 {
     using M = TypeParam;
@@ -166,11 +132,9 @@ TYPED_TEST(AAPolygonFill, PolygonsAndColumnsAgainstTheWrittenOutCoverage)
     using W = typename M::W;
     std::mt19937 rng(12);
     for (int trial = 0; trial < 240; ++trial) {
-        const int32_t n = trial % 8 == 0 ? 0 : 1 + trial % 3, far = trial % 4 == 0 ? 400 : 30;
-        std::vector<int32_t> vertices(uniform(rng, 0, 16));
-        for (int32_t &v : vertices) {
-            v = uniform(rng, -far / 3, far);
-        }
+        std::vector<int32_t> v(uniform(rng, 0, 16));
+        for (int32_t &x : v)
+            x = trial % 4 == 0 ? uniform(rng, -130, 400) : uniform(rng, -10, 30);
         std::vector<O> table = boxTable<O>();
         for (int i = 1; i < 48 && trial % 3 != 0; ++i) {
             const int32_t q10 = trial % 3 == 1 ? i * 1024 / 48 : i < 20 ? uniform(rng, -300, 0) : uniform(rng, -300, 1300);
@@ -178,41 +142,34 @@ TYPED_TEST(AAPolygonFill, PolygonsAndColumnsAgainstTheWrittenOutCoverage)
         }
         table[0] = M::floating ? O(NAN) : O(777), table[48] = M::floating ? O(NAN) : O(-555);
         const std::vector<W> wide(table.begin(), table.end());
-        const int32_t pick = uniform(rng, 0, 2);
-        const O opacity = pick == 0 ? O(0) : pick == 1 ? M::full : O(M::full * O(uniform(rng, 1, 63)) / O(64));
-        Expected<T> want{Planes<T>(24, 26, 3, rng), Planes<T>(24, 26, 3, rng), n, randomRect(rng, 24, 26)};
-        Planes<T> image = want.intensity, rgb = want.rgb;
-        const T fill[3] = {randomValue<T>(rng), randomValue<T>(rng), randomValue<T>(rng)};
-        const auto &rc = want.rect;
-        const bool byColumn = trial % 2 == 1;
-        if (!byColumn) {
-            const int32_t num = int32_t(vertices.size()), edges = num / 2;
-            std::vector<int32_t> buffer(16 * edges + 1), records(6 * edges + 1);
-            M::fillI(buffer.data(), num, vertices.data(), records.data(), image.plane(0), rc[0], rc[1], rc[2], rc[3],
-                     24, fill, opacity, table.data(), n, image.stride);
-            M::fillRgb(buffer.data(), num, vertices.data(), records.data(), rgb.plane(0), rgb.plane(1), rgb.plane(2),
-                       rc[0], rc[1], rc[2], rc[3], 24, fill, opacity, table.data());
+        const O opacity = randomOpacity<O>(rng);
+        Scene<T> s(rng, 24, 26, trial % 8 == 0 ? 0 : 1 + trial % 3);
+        const auto &rc = s.rc;
+        const int32_t num = int32_t(v.size());
+        std::vector<int32_t> buffer(8 * num + 1), records(3 * num + 1);
+        if (trial % 2 == 0) {
+            M::fillI(buffer.data(), num, v.data(), records.data(), s.dst(), rc[0], rc[1], rc[2], rc[3], 24,
+                     s.colour.data(), opacity, table.data(), s.numPlanes, s.image.stride);
+            M::fillRgb(buffer.data(), num, v.data(), records.data(), s.red(), s.green(), s.blue(),
+                       rc[0], rc[1], rc[2], rc[3], 24, s.colour.data(), opacity, table.data());
         }
-        slowSweep(vertices, [&](int32_t column, int32_t count, std::vector<int32_t> fields) {
-            if (byColumn) {
-                for (int32_t k = 0; k < count; ++k) {
-                    fields[7 * count + k] = uniform(rng, 0, 5) == 0 ? uniform(rng, 0, 1100) : fields[7 * count + k];
-                }
-                M::scanI(image.plane(0), column, rc[0], rc[1], rc[2], rc[3], 24, count, fields.data(), fill, opacity,
-                         table.data(), count, n, image.stride);
-                M::scanRgb(rgb.plane(0), rgb.plane(1), rgb.plane(2), column, rc[0], rc[1], rc[2], rc[3], 24, count,
-                           fields.data(), fill, opacity, table.data(), count);
+        slowSweep(v, [&](int32_t column, int32_t count, std::vector<int32_t> fields) {
+            for (int32_t k = 0; trial % 2 == 1 && k < count; ++k)
+                fields[7 * count + k] = uniform(rng, 0, 5) == 0 ? uniform(rng, 0, 1100) : fields[7 * count + k];
+            if (trial % 2 == 1) {
+                M::scanI(s.dst(), column, rc[0], rc[1], rc[2], rc[3], 24, count, fields.data(),
+                         s.colour.data(), opacity, table.data(), count, s.numPlanes, s.image.stride);
+                M::scanRgb(s.red(), s.green(), s.blue(), column, rc[0], rc[1], rc[2], rc[3], 24,
+                           count, fields.data(), s.colour.data(), opacity, table.data(), count);
             }
             for (int32_t row = rc[0]; row <= rc[1] && column >= rc[2] && column <= rc[3]; ++row) {
                 const W cov = slowCoverage<W>(fields, count, column, row, wide, W(M::full));
                 const O o = M::floating ? O(opacity * O(cov)) : O((int32_t(opacity) * int32_t(cov)) >> 10);
-                if (cov != W(0)) {
-                    want.at(row, column, [&](T old, int32_t p) { return blendFill(old, fill[p], o); });
-                }
+                if (cov != W(0))
+                    s.at(row, column, [&](T old, int32_t p) { return blendFill(old, s.colour[p], o); });
             }
         });
-        ASSERT_EQ(image.buf, want.intensity.buf) << trial;
-        ASSERT_EQ(rgb.buf, want.rgb.buf) << trial;
+        ASSERT_TRUE(s.matches()) << trial;
     }
 }
 
@@ -223,32 +180,24 @@ TEST(AAPolygonFillMaps, HandDerivedCoverage)
     const struct {
         std::vector<int32_t> vertices;
         int32_t rows, cols;
-        std::vector<std::vector<int>> coverage;
+        std::vector<int> coverage; // row by row
     } cases[] = {
-        {{1, 1, 1, 6, 4, 6, 4, 1}, 6, 8,
-         {{0, 0, 0, 0, 0, 0, 0, 0}, {0, 256, 512, 512, 512, 512, 256, 0}, {0, 512, 1024, 1024, 1024, 1024, 512, 0},
-          {0, 512, 1024, 1024, 1024, 1024, 512, 0}, {0, 256, 512, 512, 512, 512, 256, 0}, {0, 0, 0, 0, 0, 0, 0, 0}}},
-        {{0, 0, 4, 4, 4, 0}, 5, 5,
-         {{160, 0, 0, 0, 0}, {512, 512, 0, 0, 0}, {512, 1024, 512, 0, 0}, {512, 1024, 1024, 512, 0},
-          {256, 512, 512, 512, 96}}},
+        {{0, 0, 4, 4, 4, 0}, 5, 5, {160, 0, 0, 0, 0, 512, 512, 0, 0, 0, 512, 1024, 512, 0, 0, 512, 1024, 1024, 512, 0,
+                                    256, 512, 512, 512, 96}},
         // Two spans meet on row 2: each gives 512 there, the sum is blended once.
         {{1, 0, 1, 4, 2, 4, 2, 0, 2, 4, 3, 4, 3, 0}, 4, 5,
-         {{0, 0, 0, 0, 0}, {256, 512, 512, 512, 256}, {512, 1024, 1024, 1024, 512}, {256, 512, 512, 512, 256}}},
+         {0, 0, 0, 0, 0, 256, 512, 512, 512, 256, 512, 1024, 1024, 1024, 512, 256, 512, 512, 512, 256}},
         // The diagonals cross in the middle of column 2, which sees no width.
-        {{0, 0, 4, 4, 0, 4, 4, 0}, 5, 5,
-         {{160, 0, 0, 0, 160}, {512, 512, 0, 512, 512}, {512, 1024, 0, 1024, 512}, {512, 512, 0, 512, 512},
-          {160, 0, 0, 0, 160}}},
-        {{2, 0, 3, 8, 2, 8}, 5, 9,
-         {{0, 0, 0, 0, 0, 0, 0, 0, 0}, {0, 0, 0, 0, 0, 0, 0, 0, 0}, {0, 128, 256, 384, 512, 512, 512, 512, 256},
-          {0, 0, 0, 0, 0, 128, 256, 384, 256}, {0, 0, 0, 0, 0, 0, 0, 0, 0}}},
-        {{-3, -3, -3, 2, 2, 2, 2, -3}, 3, 4, {{1024, 1024, 512, 0}, {1024, 1024, 512, 0}, {512, 512, 256, 0}}},
+        {{0, 0, 4, 4, 0, 4, 4, 0}, 5, 5, {160, 0, 0, 0, 160, 512, 512, 0, 512, 512, 512, 1024, 0, 1024, 512, 512, 512,
+                                          0, 512, 512, 160, 0, 0, 0, 160}},
+        {{2, 0, 3, 8, 2, 8}, 4, 9, {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 128, 256, 384, 512, 512, 512,
+                                    512, 256, 0, 0, 0, 0, 0, 128, 256, 384, 256}},
+        {{-3, -3, -3, 2, 2, 2, 2, -3}, 3, 4, {1024, 1024, 512, 0, 1024, 1024, 512, 0, 512, 512, 256, 0}},
     };
     for (const auto &c : cases) {
         const int32_t rows = c.rows + 2, cols = c.cols + 2;
         std::vector<int32_t> v = c.vertices, buffer(8 * v.size()), records(3 * v.size());
-        for (int32_t &x : v) {
-            ++x;
-        }
+        std::for_each(v.begin(), v.end(), [](int32_t &x) { ++x; });
         std::vector<double> reals(rows * cols, 0.0);
         std::vector<uint16_t> q10(rows * cols, 0);
         const double one = 1;
@@ -260,7 +209,7 @@ TEST(AAPolygonFillMaps, HandDerivedCoverage)
         for (int32_t k = 0; k < rows * cols; ++k) {
             const int32_t r = k % rows - 1, col = k / rows - 1;
             const bool inside = r >= 0 && r < c.rows && col >= 0 && col < c.cols;
-            EXPECT_EQ(q10[k], inside ? c.coverage[r][col] : 0) << r << "," << col;
+            EXPECT_EQ(q10[k], inside ? c.coverage[r * c.cols + col] : 0) << r << "," << col;
             EXPECT_EQ(reals[k], q10[k] / 1024.0) << r << "," << col;
         }
     }
@@ -281,9 +230,10 @@ TEST(AAPolygonFillMaps, DistanceIndicesOfOnePair)
                                              table.data(), 2, 1, 0);
         return image[column * 12 + 2];
     };
-    EXPECT_EQ(coverageAt(5), 256);  // K0 = 2355, p = -284, index 20
-    EXPECT_EQ(coverageAt(0), 64);   // right sample only: K+1 = 2457, index 18, halved
-    EXPECT_EQ(coverageAt(10), 160); // left sample only: K-1 = 2252, index 21, 321 halved
+    // K0 = 2355, p = -284, index 20; the right sample only at column 0: K+1 =
+    // 2457, index 18, halved; the left only at 10: K-1 = 2252, index 21, 321
+    // halved.
+    EXPECT_EQ(std::vector<int>({coverageAt(5), coverageAt(0), coverageAt(10)}), std::vector<int>({256, 64, 160}));
     // x = 2, e = 1, L = 32, weight 1024: K0 = 2080, row 2 lies 32/1024 above
     // it, half an index step: -0.5 rounds to -1, index 23; weight 0 counts
     // as 1: 32/1024 of a pixel is index 24.

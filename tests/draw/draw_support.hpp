@@ -70,6 +70,15 @@ T blendFill(T old, T fill, O a)
     }
 }
 
+// Opacity 0, full, or a multiple of 1/64 between.
+template <class O>
+O randomOpacity(std::mt19937 &rng)
+{
+    const O full = std::is_floating_point_v<O> ? O(1) : O(1024);
+    const int32_t pick = uniform(rng, 0, 2);
+    return pick == 0 ? O(0) : pick == 1 ? full : O(full * O(uniform(rng, 1, 63)) / O(64));
+}
+
 // Random clip rectangle within a rows x cols image (sometimes the whole image).
 inline std::array<int32_t, 4> randomRect(std::mt19937 &rng, int32_t rows, int32_t cols)
 {
@@ -104,6 +113,10 @@ struct Scene {
         }
     }
     bool matches() const { return image.buf == wantImage.buf && rgb.buf == wantRgb.buf; }
+    T *dst() { return image.plane(0); }
+    T *red() { return rgb.plane(0); }
+    T *green() { return rgb.plane(1); }
+    T *blue() { return rgb.plane(2); }
 };
 
 // Polygon edges: scan start and end column, current row, row delta, scan

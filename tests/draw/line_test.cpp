@@ -80,9 +80,10 @@ TEST(ClipLine, RandomSegmentsAgainstTheWrittenOutClipper)
     }
 }
 
-// The walk written out: ordered along the major axis (ties of |dRow| and
-// |dCol| go to rows), clipped, then restarted at the clipped start with the
-// error term e += 2*minor, stepping at e >= major (rising) or e <= -major.
+// The walk written out: ordered along the major axis (ties go to rows),
+// clipped, restarted at the clipped start with the error e += 2*minor,
+// stepping at e >= major (rising) or e <= -major, so that halves step away
+// from the start.
 std::set<Pixel> slowWalk(int32_t r1, int32_t c1, int32_t r2, int32_t c2, const int32_t *rect)
 {
     int32_t p1[2] = {r1, c1}, p2[2] = {r2, c2};
@@ -91,13 +92,9 @@ std::set<Pixel> slowWalk(int32_t r1, int32_t c1, int32_t r2, int32_t c2, const i
     std::set<Pixel> pixels;
     if (!slowClip(p1, p2, rect))
         return pixels;
+    // Level, vertical and diagonal lines follow from the same rule; a
+    // clipped line left running backwards along its major axis draws nothing.
     const int32_t dRow = p2[0] - p1[0], dCol = p2[1] - p1[1];
-    if (dRow == 0 || dCol == 0 || std::abs(dRow) == std::abs(dCol)) {
-        const int32_t colStep = dRow == 0 ? 1 : dCol == 0 ? 0 : dCol < dRow ? -1 : 1;
-        for (int32_t k = 0; k <= (dRow == 0 ? dCol : dRow); ++k)
-            pixels.insert({p1[0] + (dRow != 0) * k, p1[1] + colStep * k});
-        return pixels;
-    }
     const bool colMajor = std::abs(dCol) > std::abs(dRow);
     const int32_t major = colMajor ? dCol : dRow, minor = colMajor ? dRow : dCol;
     for (int32_t k = 0, b = 0, e = 0; k <= major; ++k) {
@@ -111,28 +108,8 @@ std::set<Pixel> slowWalk(int32_t r1, int32_t c1, int32_t r2, int32_t c2, const i
     return pixels;
 }
 
-TEST(Bresenham, WorkedExamples)
-{
-    auto drawn = [](int32_t r1, int32_t c1, int32_t r2, int32_t c2) {
-        std::vector<uint8_t> image(36, 0);
-        const uint8_t ink = 1;
-        ORNEX_Line_Bresenham(r1, c1, r2, c2, image.data(), 6, &ink, 1, 0, 5, 0, 5, 1, 36);
-        std::set<Pixel> pixels;
-        for (int32_t k = 0; k < 36; ++k)
-            if (image[k])
-                pixels.insert({k % 6, k / 6});
-        return pixels;
-    };
-    // Rows round(2k/5) = 0, 0, 1, 1, 2, 2; the error reaches exactly 2 >= 2
-    // after the first pixel of (0,0)-(1,2) and steps; halves step away from
-    // the start: (0,2)-(4,1) moves at row 2.
-    EXPECT_EQ(drawn(0, 0, 2, 5), (std::set<Pixel>{{0, 0}, {0, 1}, {1, 2}, {1, 3}, {2, 4}, {2, 5}}));
-    EXPECT_EQ(drawn(1, 2, 0, 0), (std::set<Pixel>{{0, 0}, {1, 1}, {1, 2}}));
-    EXPECT_EQ(drawn(4, 1, 0, 2), (std::set<Pixel>{{0, 2}, {1, 2}, {2, 1}, {3, 1}, {4, 1}}));
-}
-
 // Three-byte elements in up to two planes of one buffer (no fixed-size copy)
-// and two-byte RGB planes; reversed end-points draw the same pixels.
+// and two-byte RGB planes, the RGB line given with its end-points reversed.
 TEST(Bresenham, RandomLinesCopyElementBytesIntoEveryPlane)
 {
     std::mt19937 rng(2);
@@ -143,22 +120,19 @@ TEST(Bresenham, RandomLinesCopyElementBytesIntoEveryPlane)
         const int32_t r2 = trial % 9 == 0 ? r1 : uniform(rng, -far / 3, far), c2 = uniform(rng, -far / 3, far);
         const auto rc = randomRect(rng, rows, cols);
         Planes<std::array<uint8_t, 3>> image(rows, cols, 2, rng), wantImage = image;
-        Planes<uint16_t> rgb(rows, cols, 3, rng), wantRgb = rgb, reversed = rgb;
+        Planes<uint16_t> rgb(rows, cols, 3, rng), wantRgb = rgb;
         const uint8_t value[6] = {1, 2, 3, 4, 5, uint8_t(trial)};
         const uint16_t colour[3] = {1000, 2000, uint16_t(trial)};
-        ORNEX_Line_Bresenham(r1, c1, r2, c2, image.plane(0), rows, value, 3, rc[0], rc[1], rc[2], rc[3], numPlanes,
-                             image.stride);
-        ORNEX_Line_Bresenham_RGB(r1, c1, r2, c2, rgb.plane(0), rgb.plane(1), rgb.plane(2), rows, colour, 2, rc[0],
-                                 rc[1], rc[2], rc[3]);
-        ORNEX_Line_Bresenham_RGB(r2, c2, r1, c1, reversed.plane(0), reversed.plane(1), reversed.plane(2), rows, colour,
-                                 2, rc[0], rc[1], rc[2], rc[3]);
+        ORNEX_Line_Bresenham(r1, c1, r2, c2, image.plane(0), rows, value, 3, rc[0], rc[1], rc[2], rc[3], numPlanes, image.stride);
+        ORNEX_Line_Bresenham_RGB(r2, c2, r1, c1, rgb.plane(0), rgb.plane(1), rgb.plane(2), rows, colour, 2, rc[0], rc[1],
+                                 rc[2], rc[3]);
         for (const auto &[r, c] : slowWalk(r1, c1, r2, c2, rc.data())) {
             for (int32_t p = 0; p < 3; ++p)
                 wantRgb.at(p, r, c) = colour[p];
             for (int32_t p = 0; p < numPlanes; ++p)
                 std::memcpy(wantImage.at(p, r, c).data(), value + 3 * p, 3);
         }
-        ASSERT_TRUE(image.buf == wantImage.buf && rgb.buf == wantRgb.buf && reversed.buf == rgb.buf) << trial;
+        ASSERT_TRUE(image.buf == wantImage.buf && rgb.buf == wantRgb.buf) << trial;
     }
 }
 
@@ -222,12 +196,10 @@ template <class Tp, class Wp, class Rp, auto intensity, auto rgb>
 struct LineMember {
     using T = Tp; using W = Wp; using Real = Rp;
     static constexpr auto drawI = intensity, drawRgb = rgb;
-    static T blend(T old, W keep, W term)
+    static T blend(T old, W keep, W term) // integers: 32-bit, wrapping, the low bits stored
     {
-        if constexpr (std::is_floating_point_v<T>)
-            return T(keep * old + term);
-        else
-            return T(uint32_t(int32_t(uint32_t(int32_t(keep)) * uint32_t(int32_t(old))) >> 10) + uint32_t(term));
+        return std::is_floating_point_v<T> ? T(keep * old + term)
+                                           : T(uint32_t(int32_t(uint32_t(int32_t(keep)) * uint32_t(int32_t(old))) >> 10) + uint32_t(term));
     }
 };
 #define LINE_MEMBER(S, T, W, R) LineMember<T, W, R, ORNEX_Draw_AA_Line_I_##S, ORNEX_Draw_AA_Line_RGB_##S>
@@ -258,61 +230,35 @@ TYPED_TEST(AALine, RandomLinesAgainstTheWrittenOutBrush)
         const int32_t r2 = trial % 7 == 0 ? r1 : uniform(rng, -far / 4, far), c2 = trial % 11 == 0 ? c1 : uniform(rng, -far / 4, far);
         Scene<typename M::T> s(rng, 21, 25, 1 + trial % 3);
         const auto &rc = s.rc;
-        M::drawI(r1, c1, r2, c2, s.image.plane(0), 21, rc[0], rc[1], rc[2], rc[3], table.data(), level, s.numPlanes,
-                 s.image.stride);
-        M::drawRgb(r1, c1, r2, c2, s.rgb.plane(0), s.rgb.plane(1), s.rgb.plane(2), 21, rc[0], rc[1], rc[2], rc[3],
-                   table.data(), level);
+        M::drawI(r1, c1, r2, c2, s.dst(), 21, rc[0], rc[1], rc[2], rc[3], table.data(), level, s.numPlanes, s.image.stride);
+        M::drawRgb(r1, c1, r2, c2, s.red(), s.green(), s.blue(), 21, rc[0], rc[1], rc[2], rc[3], table.data(), level);
         for (const auto &[r, c, d] : slowBrush<typename M::Real>(r1, c1, r2, c2, rc.data()))
             s.at(r, c, [&](auto old, int32_t p) { return M::blend(old, table[d], table[(level + p) * 25 + d]); });
         ASSERT_TRUE(s.matches()) << trial;
     }
 }
 
-// A probe table (keep nothing, add index + 1) shows the distance indices.
+// A probe table (keep nothing, add index + 1) shows the distance indices of
+// (0,0)-(1,4), m = 1/4. Floating: cos = 0.970143, thr = 0.242536, D = 0,
+// 0.2425, -0.4851, -0.2425, 0: indices 0, 4, 8, 4, 0 rounded; neighbours at
+// D -+ cos. Fixed: m = 256, cos = 4 - 35 - 1 + 1024 = 992, thr = 248, D = 0,
+// 248, -496, -248, 0: indices 0, 3, 7, 3, 0 truncated.
 TYPED_TEST(AALine, HandDerivedDistanceIndices)
 {
     using M = TypeParam;
-    using T = typename M::T;
-    using Grid = std::vector<std::vector<int>>;
-    constexpr bool fixed = std::is_integral_v<typename M::Real>;
-    auto probe = [](int32_t r1, int32_t c1, int32_t r2, int32_t c2, int32_t rows, int32_t cols) {
-        std::vector<typename M::W> table(50, 0);
-        for (int d = 0; d < 25; ++d)
-            table[25 + d] = typename M::W(d + 1);
-        std::vector<T> image(size_t(rows) * cols, T(0));
-        M::drawI(r1, c1, r2, c2, image.data(), rows, 0, rows - 1, 0, cols - 1, table.data(), 1, 1, 0);
-        Grid grid(rows, std::vector<int>(cols));
-        for (int32_t k = 0; k < rows * cols; ++k)
-            grid[k % rows][k / rows] = int(image[k]);
-        return grid;
-    };
-    // A point: centre index 0, rows above and below 16; a line in the first
-    // row has no row above; bottom-up verticals draw nothing.
-    EXPECT_EQ(probe(2, 1, 2, 1, 4, 3), (Grid{{0, 0, 0}, {0, 17, 0}, {0, 1, 0}, {0, 17, 0}}));
-    EXPECT_EQ(probe(0, 3, 0, 1, 2, 4), (Grid{{0, 1, 1, 1}, {0, 17, 17, 17}}));
-    EXPECT_EQ(probe(0, 2, 1, 2, 2, 3), (Grid{{0, 17, 1}, {0, 17, 1}}));
-    EXPECT_EQ(probe(1, 2, 0, 2, 2, 3), (Grid{{0, 0, 0}, {0, 0, 0}}));
-    // 45 degrees: cos = 725/1024 or 0.70711, neighbours at index 11 both by
-    // truncation (725*16 >> 10) and rounding (11.31); rising: sides swap.
-    EXPECT_EQ(probe(3, 3, 0, 0, 4, 4), (Grid{{1, 12, 0, 0}, {12, 1, 12, 0}, {0, 12, 1, 12}, {0, 0, 12, 1}}));
-    EXPECT_EQ(probe(3, 0, 0, 3, 4, 4), (Grid{{0, 0, 12, 1}, {0, 12, 1, 12}, {12, 1, 12, 0}, {1, 12, 0, 0}}));
-    // (0,0)-(1,4), m = 1/4. Floating: cos = 0.970143, thr = 0.242536, D =
-    // 0, 0.2425, -0.4851, -0.2425, 0: indices 0, 4, 8, 4, 0 rounded. Fixed:
-    // m = 256, cos = 4 - 35 - 1 + 1024 = 992, thr = 248, D = 0, 248, -496,
-    // -248, 0: indices 0, 3, 7, 3, 0 truncated.
-    const Grid fixedShallow{{1, 4, 8, 12, 16}, {16, 12, 8, 4, 1}, {0, 0, 24, 20, 16}};
-    const Grid floatShallow{{1, 5, 9, 13, 17}, {17, 13, 9, 5, 1}, {0, 0, 24, 20, 17}};
-    EXPECT_EQ(probe(0, 0, 1, 4, 3, 5), fixed ? fixedShallow : floatShallow);
-    if constexpr (fixed) {
-        // m = 512, cos = 915, thr = 0; a step adds -458, none adds 457.
-        // Row-major D = 0, -458, -1, ...: D - thr = -1 still steps at row 2;
-        // column-major D = -1 < thr does not step at column 2.
-        EXPECT_EQ(probe(0, 0, 4, 2, 5, 4), (Grid{{1, 15, 0, 0}, {8, 8, 22, 0}, {15, 1, 15, 0}, {0, 8, 8, 22}, {0, 15, 1, 15}}));
-        EXPECT_EQ(probe(0, 0, 2, 4, 3, 5), (Grid{{1, 8, 15, 22, 0}, {15, 8, 1, 8, 15}, {0, 22, 15, 8, 1}}));
-        // The written-out blend by hand: no saturation, 200 + 100 is 44 in a
-        // byte; a signed pixel widens with its sign, (512 * -100) >> 10 = -50.
-        EXPECT_EQ(M::blend(T(200), 1024, 100), T(sizeof(T) == 1 ? 44 : 300));
-        EXPECT_EQ(M::blend(T(-100), 512, 0), std::is_signed_v<T> ? T(-50) : T(T(-100) / 2));
+    std::vector<typename M::W> table(50, 0);
+    for (int d = 0; d < 25; ++d)
+        table[25 + d] = typename M::W(d + 1);
+    std::vector<typename M::T> image(15, 0);
+    M::drawI(0, 0, 1, 4, image.data(), 3, 0, 2, 0, 4, table.data(), 1, 1, 0);
+    const std::vector<int> fixed{1, 16, 0, 4, 12, 0, 8, 8, 24, 12, 4, 20, 16, 1, 16};
+    const std::vector<int> floating{1, 17, 0, 5, 13, 0, 9, 9, 24, 13, 5, 20, 17, 1, 17};
+    EXPECT_EQ(std::vector<int>(image.begin(), image.end()), std::is_integral_v<typename M::Real> ? fixed : floating);
+    // The written-out blend by hand: no saturation, 200 + 100 is 44 in a
+    // byte; a signed pixel widens with its sign, (512 * -100) >> 10 = -50.
+    if constexpr (std::is_integral_v<typename M::T>) {
+        EXPECT_EQ(M::blend(200, 1024, 100), typename M::T(sizeof(typename M::T) == 1 ? 44 : 300));
+        EXPECT_EQ(M::blend(-100, 512, 0), std::is_signed_v<typename M::T> ? -50 : typename M::T(-100) / 2);
     }
 }
 

@@ -106,11 +106,6 @@ struct FillMember {
     using T = Tp; using O = Op;
     static constexpr auto fillI = fI, fillRgb = fRgb, scanI = sI, scanRgb = sRgb, blendI = bI, blendRgb = bRgb;
     static constexpr O full = std::is_floating_point_v<O> ? O(1) : O(1024);
-    static O opacity(std::mt19937 &rng)
-    {
-        const int32_t pick = uniform(rng, 0, 2);
-        return pick == 0 ? O(0) : pick == 1 ? full : O(full * O(uniform(rng, 1, 63)) / O(64));
-    }
 };
 #define FILL_MEMBER(S, T, O, B)                                                                                        \
     FillMember<T, O, ORNEX_FillOnePolygon_I_##S, ORNEX_FillOnePolygon_RGB_##S, ORNEX_FillVerticalScanLine_I_##S,      \
@@ -144,7 +139,7 @@ TYPED_TEST(PolygonFill, RunsAndColumnsAgainstTheWrittenOutBlend)
     std::mt19937 rng(10);
     for (int trial = 0; trial < 400; ++trial) {
         const int32_t column = uniform(rng, -2, 21), offset = uniform(rng, 0, 3);
-        const typename M::O opacity = M::opacity(rng);
+        const typename M::O opacity = randomOpacity<typename M::O>(rng);
         Scene<typename M::T> s(rng, 19, 20, trial % 8 == 0 ? 0 : 1 + trial % 3);
         auto &rc = s.rc;
         std::vector<int32_t> rows(uniform(rng, 0, 9)), edges(offset, unwritten);
@@ -155,14 +150,14 @@ TYPED_TEST(PolygonFill, RunsAndColumnsAgainstTheWrittenOutBlend)
         const int32_t count = int32_t(rows.size()), col = uniform(rng, 0, 19), first = uniform(rng, 0, 18);
         const int32_t last = uniform(rng, first - 1, 18);
         if (trial % 2 == 0) {
-            M::scanI(s.image.plane(0), column, rc[0], rc[1], rc[2], rc[3], 19, count, edges.data(), s.colour.data(),
+            M::scanI(s.dst(), column, rc[0], rc[1], rc[2], rc[3], 19, count, edges.data(), s.colour.data(),
                      opacity, offset, s.numPlanes, s.image.stride);
-            M::scanRgb(s.rgb.plane(0), s.rgb.plane(1), s.rgb.plane(2), column, rc[0], rc[1], rc[2], rc[3], 19, count,
+            M::scanRgb(s.red(), s.green(), s.blue(), column, rc[0], rc[1], rc[2], rc[3], 19, count,
                        edges.data(), s.colour.data(), opacity, offset);
             slowColumn(s, column, rows, opacity);
         } else { // the run blenders alone: rows first .. last of one column
-            M::blendI(s.image.plane(0), s.colour.data(), first + col * 19, opacity, first, last, s.numPlanes, s.image.stride);
-            M::blendRgb(s.rgb.plane(0), s.colour.data(), first + col * 19, opacity, s.rgb.plane(1), s.rgb.plane(2), first, last);
+            M::blendI(s.dst(), s.colour.data(), first + col * 19, opacity, first, last, s.numPlanes, s.image.stride);
+            M::blendRgb(s.red(), s.colour.data(), first + col * 19, opacity, s.green(), s.blue(), first, last);
             rc = {0, 18, 0, 19};
             slowColumn(s, col, {first, last}, opacity);
         }
@@ -184,14 +179,14 @@ TYPED_TEST(PolygonFill, PolygonsAgainstTheWrittenOutSweep)
         std::vector<int32_t> v(uniform(rng, 0, 16));
         for (int32_t &x : v)
             x = uniform(rng, trial % 4 == 0 ? -30 : -12, trial % 4 == 0 ? 60 : 25);
-        const typename M::O opacity = M::opacity(rng);
+        const typename M::O opacity = randomOpacity<typename M::O>(rng);
         Scene<typename M::T> s(rng, 24, 26, trial % 8 == 0 ? 0 : 1 + trial % 3);
         const auto &rc = s.rc;
         const int32_t num = int32_t(v.size());
         std::vector<int32_t> buffer(8 * num + 1), records(3 * num + 1);
-        M::fillI(buffer.data(), num, v.data(), records.data(), s.image.plane(0), rc[0], rc[1], rc[2], rc[3], 24,
+        M::fillI(buffer.data(), num, v.data(), records.data(), s.dst(), rc[0], rc[1], rc[2], rc[3], 24,
                  s.colour.data(), opacity, s.numPlanes, s.image.stride);
-        M::fillRgb(buffer.data(), num, v.data(), records.data(), s.rgb.plane(0), s.rgb.plane(1), s.rgb.plane(2), rc[0],
+        M::fillRgb(buffer.data(), num, v.data(), records.data(), s.red(), s.green(), s.blue(), rc[0],
                    rc[1], rc[2], rc[3], 24, s.colour.data(), opacity);
         const auto sorted = slowEdgeTable(v, false);
         const size_t n = sorted.size(), last = v.size() - 1;
