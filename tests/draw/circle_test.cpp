@@ -161,8 +161,7 @@ TYPED_TEST(AACircle, OutlineAgainstTheWrittenOutWalk)
         if constexpr (M::floating) {
             M::circleI(s.dst(), value, x0, y0, cr, cc, rc[0], rc[1], rc[2], rc[3], 36, radius, s.numPlanes,
                        s.image.stride);
-            M::circleRgb(s.red(), s.green(), s.blue(), value, x0, y0, cr, cc, rc[0], rc[1], rc[2],
-                         rc[3], 36, radius);
+            M::circleRgb(s.red(), s.green(), s.blue(), value, x0, y0, cr, cc, rc[0], rc[1], rc[2], rc[3], 36, radius);
         } else {
             M::circleI(s.dst(), value, sqrtTable().data(), x0, y0, cr, cc, rc[0], rc[1], rc[2], rc[3], 36,
                        radius, s.numPlanes, s.image.stride);

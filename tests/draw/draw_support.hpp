@@ -25,17 +25,14 @@ inline int32_t uniform(std::mt19937 &rng, int32_t low, int32_t high)
 template <class T>
 T randomValue(std::mt19937 &rng)
 {
-    if constexpr (std::is_floating_point_v<T>) {
-        return T(uniform(rng, -1000, 1000)) / T(8);
-    } else if constexpr (std::is_integral_v<T>) {
-        return T(rng());
-    } else {
-        T bytes;
-        for (auto &b : bytes) {
-            b = uint8_t(rng());
-        }
-        return bytes;
-    }
+    T v{};
+    if constexpr (std::is_floating_point_v<T>)
+        v = T(uniform(rng, -1000, 1000)) / T(8);
+    else if constexpr (std::is_integral_v<T>)
+        v = T(rng());
+    else
+        std::generate(v.begin(), v.end(), [&] { return uint8_t(rng()); });
+    return v;
 }
 
 // `count` planes of rows x cols elements, `stride` elements apart in one
@@ -48,13 +45,10 @@ struct Planes {
     Planes(int32_t r, int32_t c, int32_t n, std::mt19937 &rng)
         : rows(r), cols(c), count(n), stride(r * c + 3), buf(size_t(n) * stride)
     {
-        for (T &v : buf) {
-            v = randomValue<T>(rng);
-        }
+        std::generate(buf.begin(), buf.end(), [&] { return randomValue<T>(rng); });
     }
     T *plane(int32_t p) { return buf.data() + size_t(p) * stride; }
     T &at(int32_t p, int32_t r, int32_t c) { return plane(p)[r + size_t(c) * rows]; }
-    bool inside(int32_t r, int32_t c) const { return r >= 0 && r < rows && c >= 0 && c < cols; }
 };
 
 // Fill blend of the polygon fillers and discs: fill*a + old*(1 - a) summed in
@@ -63,11 +57,10 @@ struct Planes {
 template <class T, class O>
 T blendFill(T old, T fill, O a)
 {
-    if constexpr (std::is_floating_point_v<T>) {
+    if constexpr (std::is_floating_point_v<T>)
         return T(double(fill) * double(a) + double(old) * (1.0 - double(a)));
-    } else {
+    else
         return T(int32_t(uint32_t(int32_t(fill) * a) + uint32_t(int32_t(old) * int16_t(1024 - a))) >> 10);
-    }
 }
 
 // Opacity 0, full, or a multiple of 1/64 between.
@@ -82,9 +75,8 @@ O randomOpacity(std::mt19937 &rng)
 // Random clip rectangle within a rows x cols image (sometimes the whole image).
 inline std::array<int32_t, 4> randomRect(std::mt19937 &rng, int32_t rows, int32_t cols)
 {
-    if (rng() % 4 == 0) {
+    if (rng() % 4 == 0)
         return {0, rows - 1, 0, cols - 1};
-    }
     return {uniform(rng, 0, rows / 3), uniform(rng, rows / 2, rows - 1), uniform(rng, 0, cols / 3),
             uniform(rng, cols / 2, cols - 1)};
 }
