@@ -260,13 +260,13 @@ TEST(AAFilledCircleMaps, HandDerivedPixels)
     const double one = 1.0;
     ORNEX_Draw_AA_FilledCircle_I_D(image.data(), &one, 3, 3, 0, 6, 0, 6, 7, 2, 0.5, 1, 49);
     EXPECT_EQ(std::vector<double>(image.begin() + 7, image.begin() + 14), (std::vector<double>{0, 0, 0.125, 0.25, 0.125, 0, 0}));
-    // Radius 518, offset (404, 325): Q + R = 1, cov 512/518 = 0 in Q10 (the
-    // pixel is skipped) but 1/1036 in double.
+    // Radius 518, pixel (0, 0) of a 1x1 image at offset (404, 325): Q + R =
+    // 1, cov 512/518 = 0 in Q10 (the pixel is skipped) but 1/1036 in double.
     uint8_t byte = 0;
     double real = 0;
     const uint8_t fill = 255;
-    ORNEX_Draw_AA_FilledCircle_I_UI8(&byte - (404 + 325), &fill, 0, 0, 404, 404, 325, 325, 1, 518, 1024, 1, 0);
-    ORNEX_Draw_AA_FilledCircle_I_D(&real - (404 + 325), &one, 0, 0, 404, 404, 325, 325, 1, 518, 1.0, 1, 0);
+    ORNEX_Draw_AA_FilledCircle_I_UI8(&byte, &fill, -404, -325, 0, 0, 0, 0, 1, 518, 1024, 1, 0);
+    ORNEX_Draw_AA_FilledCircle_I_D(&real, &one, -404, -325, 0, 0, 0, 0, 1, 518, 1.0, 1, 0);
     EXPECT_EQ(byte, 0);
     EXPECT_EQ(real, 1.0 / 1036.0);
     // The colour is copied at entry: plane 1's colour is the pixel below the
