@@ -163,9 +163,9 @@ TYPED_TEST(AACircle, OutlineAgainstTheWrittenOutWalk)
                        s.image.stride);
             M::circleRgb(s.red(), s.green(), s.blue(), value, x0, y0, cr, cc, rc[0], rc[1], rc[2], rc[3], 36, radius);
         } else {
-            M::circleI(s.dst(), value, sqrtTable().data(), x0, y0, cr, cc, rc[0], rc[1], rc[2], rc[3], 36,
+            M::circleI(s.dst(), value, radius ? sqrtTable().data() : nullptr, x0, y0, cr, cc, rc[0], rc[1], rc[2], rc[3], 36,
                        radius, s.numPlanes, s.image.stride);
-            M::circleRgb(s.red(), s.green(), s.blue(), value, sqrtTable().data(), x0, y0, cr, cc,
+            M::circleRgb(s.red(), s.green(), s.blue(), value, radius ? sqrtTable().data() : nullptr, x0, y0, cr, cc,
                          rc[0], rc[1], rc[2], rc[3], 36, radius);
         }
         bool outside = false;

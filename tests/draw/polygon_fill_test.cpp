@@ -244,6 +244,12 @@ TYPED_TEST(PolygonFill, HandDerivedShapes)
     // D(90,60) E(80,40) the last sorted edge is E-D, ending at column 60:
     // A-B and C-B are dropped at column 100 before it is drawn.
     EXPECT_EQ(filled({0, 0, 50, 100, 100, 0}, 101)[50 + 101 * 100], T(1));
+    // A negative count has no edge: no scratch exists to be read.
+    std::vector<T> image(4, T(5));
+    const int32_t vertex[2] = {1, 1};
+    M::fillI(nullptr, -2, vertex, nullptr, image.data(), 0, 1, 0, 1, 2, image.data(), M::full, 1, 4);
+    M::aaFillI(nullptr, -2, vertex, nullptr, image.data(), 0, 1, 0, 1, 2, image.data(), M::full, nullptr, 1, 4);
+    EXPECT_EQ(image, std::vector<T>(4, T(5)));
     const auto notched = filled({0, 0, 50, 100, 100, 0, 90, 60, 80, 40}, 101);
     EXPECT_EQ(std::vector<T>({notched[50 + 101 * 100], notched[50 + 101 * 99], notched[90 + 101 * 60], notched[89 + 101 * 59]}),
               std::vector<T>({T(0), T(1), T(1), T(0)}));
