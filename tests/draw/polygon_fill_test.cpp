@@ -1,395 +1,507 @@
-#include <gtest/gtest.h>
+#include "draw_support.hpp"
 
-#include <cmath>
-#include <cstdint>
-#include <limits>
-#include <vector>
-
-#include "ornex_rt.h"
+#include <numeric>
 
 namespace {
 
-template <class T, class O>
-using FillIntensity = int32_t (*)(int32_t *, int32_t, const int32_t *, int32_t *, T *, int32_t, int32_t, int32_t,
-                                  int32_t, int32_t, const T *, O, int32_t, int32_t);
-template <class T, class O>
-using FillRgb = int32_t (*)(int32_t *, int32_t, const int32_t *, int32_t *, T *, T *, T *, int32_t, int32_t, int32_t,
-                            int32_t, int32_t, const T *, O);
-template <class T, class O>
-using ScanIntensity = void (*)(T *, int32_t, int32_t, int32_t, int32_t, int32_t, int32_t, int32_t, const int32_t *,
-                               const T *, O, int32_t, int32_t, int32_t);
+using namespace drawtest;
 
-template <class Pixel, class Opacity, FillIntensity<Pixel, Opacity> intensity, FillRgb<Pixel, Opacity> rgb,
-          ScanIntensity<Pixel, Opacity> scan>
-struct Member {
-    using T = Pixel;
-    using O = Opacity;
-    static constexpr bool fixedPoint = std::is_integral_v<Opacity>;
-    static constexpr Opacity opaque = fixedPoint ? Opacity(1024) : Opacity(1);
-    static constexpr Opacity half = fixedPoint ? Opacity(512) : Opacity(0.5);
-    static constexpr FillIntensity<Pixel, Opacity> fillIntensity = intensity;
-    static constexpr FillRgb<Pixel, Opacity> fillRgb = rgb;
-    static constexpr ScanIntensity<Pixel, Opacity> scanIntensity = scan;
-};
+TEST(EdgeTable, RandomPolygonsAgainstTheWrittenOutTable)
+{
+    // A(2,1) B(10,5) C(4,9) by hand: AB (1,5,2, delta 8, length 4, step 2,
+    // weight 4096/sqrt(80) = 457.9), CA (1,9,2, 2, 8, 0, 8192/sqrt(68) =
+    // 993.4), BC (5,9,10, -6, 4, 1, 4096/sqrt(52) = 568.0).
+    EXPECT_EQ(slowEdgeTable({2, 1, 10, 5, 4, 9}, true),
+              (std::vector<Edge>{{1, 5, 2, 8, 4, 2, 0, 457}, {1, 9, 2, 2, 8, 0, 0, 993}, {5, 9, 10, -6, 4, 1, 0, 568}}));
+    std::mt19937 rng(9);
+    for (int trial = 0; trial < 400; ++trial) {
+        std::vector<int32_t> v(uniform(rng, 0, 13));
+        for (int32_t &x : v)
+            x = trial % 3 == 0 ? uniform(rng, 0, 3) : uniform(rng, -3000, 3000);
+        const int32_t n = int32_t(v.size()) / 2;
+        const auto want = slowEdgeTable(v, trial % 2);
+        for (auto build : {ORNEX_CreateEdgesTable, ORNEX_CreateEdgesTable_Int}) {
+            std::vector<int32_t> work(8 * n + 1, unwritten), sorted = work, records(6 * n + 1, unwritten), offsets(8);
+            for (int32_t f = 0; f < 8; ++f)
+                offsets[f] = f * n;
+            build(v.data(), int32_t(v.size()), work.data(), sorted.data(), records.data(), offsets.data(), trial % 2);
+            for (int32_t k = 0; k < 8 * n; ++k)
+                ASSERT_EQ(sorted[k], want[k % n][k / n]) << trial << " edge " << k % n << " field " << k / n;
+            ASSERT_TRUE(work.back() == unwritten && sorted.back() == unwritten && records.back() == unwritten);
+        }
+    }
+}
 
-using Members = ::testing::Types<
-    Member<double, double, ORNEX_FillOnePolygon_I_D, ORNEX_FillOnePolygon_RGB_D, ORNEX_FillVerticalScanLine_I_D>,
-    Member<float, float, ORNEX_FillOnePolygon_I_R, ORNEX_FillOnePolygon_RGB_R, ORNEX_FillVerticalScanLine_I_R>,
-    Member<uint8_t, int16_t, ORNEX_FillOnePolygon_I_Bool, ORNEX_FillOnePolygon_RGB_Bool,
-           ORNEX_FillVerticalScanLine_I_Bool>,
-    Member<uint8_t, int16_t, ORNEX_FillOnePolygon_I_UI8, ORNEX_FillOnePolygon_RGB_UI8,
-           ORNEX_FillVerticalScanLine_I_UI8>,
-    Member<int8_t, int16_t, ORNEX_FillOnePolygon_I_I8, ORNEX_FillOnePolygon_RGB_I8, ORNEX_FillVerticalScanLine_I_I8>,
-    Member<uint16_t, int16_t, ORNEX_FillOnePolygon_I_UI16, ORNEX_FillOnePolygon_RGB_UI16,
-           ORNEX_FillVerticalScanLine_I_UI16>,
-    Member<int16_t, int16_t, ORNEX_FillOnePolygon_I_I16, ORNEX_FillOnePolygon_RGB_I16,
-           ORNEX_FillVerticalScanLine_I_I16>>;
-
-// A column-major image with the scratch the filler needs.
+// Word 3 of record k names the row that comes k-th: a stable sort by the
+// first three fields in every type, few distinct values so that many rows
+// tie and the fourth field (which must not count) differs.
 template <class T>
-struct Canvas {
-    int32_t rows;
-    int32_t cols;
-    std::vector<T> pixels;
+void expectStableOrder(int32_t typeCode, std::vector<T> values)
+{
+    const int32_t rows = 60;
+    std::mt19937 rng(typeCode);
+    std::vector<T> m(4 * rows);
+    for (T &x : m)
+        x = values[rng() % values.size()];
+    std::vector<int32_t> records(6 * rows + 2, unwritten), order(rows), got;
+    ORNEX_SortRows(m.data(), rows, typeCode, records.data() + 1);
+    for (int32_t k = 0; k < rows; ++k)
+        got.push_back(records[1 + 6 * k + 3]);
+    std::iota(order.begin(), order.end(), 0);
+    auto key = [&](int32_t r) { return std::make_tuple(m[r], m[rows + r], m[2 * rows + r]); };
+    std::stable_sort(order.begin(), order.end(), [&](int32_t a, int32_t b) { return key(a) < key(b); });
+    EXPECT_EQ(got, order) << typeCode;
+    // 24-byte records on every build; 3 compared fields, stride `rows`.
+    EXPECT_TRUE(records.front() == unwritten && records.back() == unwritten && records[1] == 3 && records[2] == rows);
+}
 
-    Canvas(int32_t r, int32_t c, T value, int32_t planes = 1) : rows(r), cols(c), pixels(r * c * planes, value) {}
-    T &at(int32_t r, int32_t c, int32_t plane = 0) { return pixels[plane * rows * cols + c * rows + r]; }
+TEST(SortRows, EveryTypeSortsStablyByThreeFields)
+{
+    expectStableOrder<double>(0, {-1.5, 0.25, 3.0});
+    expectStableOrder<float>(1, {-1.5f, 0.25f, 3.0f});
+    expectStableOrder<int8_t>(2, {-100, 3, 90});
+    expectStableOrder<uint8_t>(3, {3, 90, 200});
+    expectStableOrder<int16_t>(4, {-30000, 3, 30000});
+    expectStableOrder<uint16_t>(5, {3, 30000, 60000});
+    expectStableOrder<int32_t>(6, {INT32_MIN, -3, 2000000000});
+    expectStableOrder<uint32_t>(7, {3u, 2000000000u, 4000000000u});
+    const int32_t matrix[3] = {5, 1, 5};
+    std::vector<int32_t> records(18, unwritten);
+    ORNEX_SortRows(matrix, 3, 9, records.data()); // unknown type: input order
+    EXPECT_EQ(records[3] * 100 + records[9] * 10 + records[15], 12);
+}
+
+TEST(PolygonHelpers, CornerPixelsAndIntegerCoordinates)
+{
+    const int32_t v[] = {3, 4, 7, 1, -2, 9};
+    EXPECT_EQ(ORNEX_DetectIfCornerPixel_FillPoly(v, 3, 7, 1) + 2 * ORNEX_DetectIfCornerPixel_FillPoly(v, 3, -2, 9), 3);
+    EXPECT_EQ(ORNEX_DetectIfCornerPixel_FillPoly(v, 3, 1, 7) + ORNEX_DetectIfCornerPixel_FillPoly(v, 2, -2, 9), 0);
+    EXPECT_EQ(ORNEX_DetectIfCornerPixel_FillPoly(nullptr, 0, 0, 0), 0);
+    // Halves away from zero, NaN to INT32_MIN, integers widened; elements
+    // count*block on; an unknown type writes nothing.
+    const double f64[] = {9, 9, 9, 9, 2.5, -2.5, 0.49, std::nan("")};
+    const float f32[] = {2.5f, -2.5f, 0.49f, -0.5f};
+    const int8_t i8[] = {-5, 7};
+    const uint8_t u8[] = {255, 0, 1, 2};
+    const int16_t i16[] = {-30000};
+    const uint16_t u16[] = {65535};
+    const int32_t i32[] = {INT32_MIN};
+    const uint32_t u32[] = {4294967295u};
+    const struct {
+        const void *source;
+        int32_t type, count, block;
+        std::vector<int32_t> want;
+    } cases[] = {{f64, 0, 4, 1, {3, -3, 0, INT32_MIN, 42}}, {f32, 1, 4, 0, {3, -3, 0, -1, 42}}, {i8, 2, 2, 0, {-5, 7, 42}},
+                 {u8, 3, 2, 1, {1, 2, 42}}, {i16, 4, 1, 0, {-30000, 42}}, {u16, 5, 1, 0, {65535, 42}},
+                 {i32, 6, 1, 0, {INT32_MIN, 42}}, {u32, 7, 1, 0, {-1, 42}}, {f64, 8, 1, 0, {42, 42}}};
+    for (const auto &c : cases) {
+        std::vector<int32_t> out(c.want.size(), 42);
+        ORNEX_GetIntCoordinates(c.source, c.type, out.data(), c.count, c.block);
+        EXPECT_EQ(out, c.want) << c.type;
+    }
+}
+
+template <class Tp, class Op, class Wp, auto fI, auto fRgb, auto sI, auto sRgb, auto bI, auto bRgb, auto aI,
+          auto aRgb, auto asI, auto asRgb>
+struct FillMember {
+    using T = Tp; using O = Op; using W = Wp; // opacity and weight entries, coverage sums
+    static constexpr auto fillI = fI, fillRgb = fRgb, scanI = sI, scanRgb = sRgb, blendI = bI, blendRgb = bRgb;
+    static constexpr auto aaFillI = aI, aaFillRgb = aRgb, aaScanI = asI, aaScanRgb = asRgb;
+    static constexpr bool floating = std::is_floating_point_v<O>;
+    static constexpr O full = floating ? O(1) : O(1024);
 };
-
-template <class M>
-void fill(Canvas<typename M::T> &canvas, const std::vector<int32_t> &vertices, typename M::T value,
-          typename M::O opacity, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax)
-{
-    const int32_t n = static_cast<int32_t>(vertices.size()) / 2;
-    std::vector<int32_t> edges(16 * n + 1), records(6 * n + 1);
-    M::fillIntensity(edges.data(), static_cast<int32_t>(vertices.size()), vertices.data(), records.data(),
-                     canvas.pixels.data(), rowMin, rowMax, colMin, colMax, canvas.rows, &value, opacity, 1,
-                     canvas.rows * canvas.cols);
-}
-
-template <class M>
-void fillWhole(Canvas<typename M::T> &canvas, const std::vector<int32_t> &vertices, typename M::T value,
-               typename M::O opacity)
-{
-    fill<M>(canvas, vertices, value, opacity, 0, canvas.rows - 1, 0, canvas.cols - 1);
-}
-
+#define FILL_MEMBER(S, T, O, W, B)                                                                                     \
+    FillMember<T, O, W, ORNEX_FillOnePolygon_I_##S, ORNEX_FillOnePolygon_RGB_##S, ORNEX_FillVerticalScanLine_I_##S,   \
+               ORNEX_FillVerticalScanLine_RGB_##S, ORNEX_FillPolygon_##B##_I_##S, ORNEX_FillPolygon_##B##_RGB_##S,    \
+               ORNEX_FillOnePolygon_AA_I_##S, ORNEX_FillOnePolygon_AA_RGB_##S, ORNEX_FillVerticalScanLine_AA_I_##S,   \
+               ORNEX_FillVerticalScanLine_AA_RGB_##S>
+using FillMembers = ::testing::Types<
+    FILL_MEMBER(D, double, double, double, InterpFlt), FILL_MEMBER(R, float, float, float, InterpFlt),
+    FILL_MEMBER(Bool, uint8_t, int16_t, int32_t, InterpFix), FILL_MEMBER(UI8, uint8_t, int16_t, int32_t, InterpFix),
+    FILL_MEMBER(I8, int8_t, int16_t, int32_t, InterpFix), FILL_MEMBER(UI16, uint16_t, int16_t, int32_t, InterpFix),
+    FILL_MEMBER(I16, int16_t, int16_t, int32_t, InterpFix)>;
 template <class M>
 class PolygonFill : public ::testing::Test {};
-TYPED_TEST_SUITE(PolygonFill, Members);
+TYPED_TEST_SUITE(PolygonFill, FillMembers);
 
-// A rectangle's outline: its two long sides run along the scan, its two
-// short sides have zero length.
-std::vector<int32_t> rectangle(int32_t r0, int32_t c0, int32_t r1, int32_t c1)
+// Consecutive active rows pair into spans, both ends filled; a span starts
+// after the previous span's unclipped end (-1 before the first); rows and
+// columns clipped to the rectangle.
+template <class T, class O>
+void slowColumn(Scene<T> &s, int32_t column, const std::vector<int32_t> &rows, O opacity)
 {
-    return {r0, c0, r0, c1, r1, c1, r1, c0};
+    for (size_t k = 0, previousEnd = -1; column >= s.rc[2] && column <= s.rc[3] && k + 1 < rows.size(); k += 2) {
+        const int32_t end = rows[k + 1];
+        for (int32_t r = std::max({rows[k], int32_t(previousEnd) + 1, s.rc[0]}); r <= std::min(end, s.rc[1]); ++r)
+            s.at(r, column, [&](T old, int32_t p) { return blendFill(old, s.colour[p], opacity); });
+        previousEnd = size_t(int64_t(end));
+    }
 }
 
-TYPED_TEST(PolygonFill, RectangleFillsBothEndRowsAndColumnsExactly)
+TYPED_TEST(PolygonFill, RunsAndColumnsAgainstTheWrittenOutBlend)
 {
     using M = TypeParam;
-    using T = typename M::T;
-    Canvas<T> canvas(10, 12, T(3));
-    fillWhole<M>(canvas, rectangle(2, 3, 6, 8), T(7), M::opaque);
-    for (int32_t c = 0; c < canvas.cols; ++c) {
-        for (int32_t r = 0; r < canvas.rows; ++r) {
-            const bool inside = r >= 2 && r <= 6 && c >= 3 && c <= 8;
-            EXPECT_EQ(canvas.at(r, c), inside ? T(7) : T(3)) << r << "," << c;
+    std::mt19937 rng(10);
+    for (int trial = 0; trial < 400; ++trial) {
+        const int32_t column = uniform(rng, -2, 21), offset = uniform(rng, 0, 3);
+        const typename M::O opacity = randomOpacity<typename M::O>(rng);
+        Scene<typename M::T> s(rng, 19, 20, trial % 8 == 0 ? 0 : 1 + trial % 3);
+        auto &rc = s.rc;
+        std::vector<int32_t> rows(uniform(rng, 0, 9)), edges(offset, unwritten);
+        for (int32_t &r : rows)
+            r = uniform(rng, -6, 24);
+        std::sort(rows.begin(), rows.end());
+        edges.insert(edges.end(), rows.begin(), rows.end());
+        const int32_t count = int32_t(rows.size()), col = uniform(rng, 0, 19), first = uniform(rng, 0, 18);
+        const int32_t last = uniform(rng, first - 1, 18);
+        if (trial % 2 == 0) {
+            M::scanI(s.dst(), column, rc[0], rc[1], rc[2], rc[3], 19, count, edges.data(), s.colour.data(),
+                     opacity, offset, s.numPlanes, s.image.stride);
+            M::scanRgb(s.red(), s.green(), s.blue(), column, rc[0], rc[1], rc[2], rc[3], 19, count,
+                       edges.data(), s.colour.data(), opacity, offset);
+            slowColumn(s, column, rows, opacity);
+        } else { // the run blenders alone: rows first .. last of one column
+            M::blendI(s.dst(), s.colour.data(), first + col * 19, opacity, first, last, s.numPlanes, s.image.stride);
+            M::blendRgb(s.red(), s.colour.data(), first + col * 19, opacity, s.green(), s.blue(), first, last);
+            rc = {0, 18, 0, 19};
+            slowColumn(s, col, {first, last}, opacity);
         }
+        ASSERT_TRUE(s.matches()) << trial;
     }
 }
 
-TYPED_TEST(PolygonFill, ClippedAtAllFourBounds)
+// The sweep written out: edges ending at element numValues - 1 of the sorted
+// table (the last edge's end for an even count) are kept one column longer,
+// edges end before their last column, zero-length edges never enter, new
+// edges go after those on equal rows, every edge steps by its error term and
+// the list is re-sorted by moving an edge down before the first larger row.
+// Random polygons cross themselves, share columns and reach far outside.
+TYPED_TEST(PolygonFill, PolygonsAgainstTheWrittenOutSweep)
 {
     using M = TypeParam;
-    using T = typename M::T;
-    Canvas<T> canvas(10, 12, T(0));
-    // Larger than the image on every side, clipped to rows 1..7, columns 2..9.
-    fill<M>(canvas, rectangle(-5, -6, 20, 30), T(9), M::opaque, 1, 7, 2, 9);
-    for (int32_t c = 0; c < canvas.cols; ++c) {
-        for (int32_t r = 0; r < canvas.rows; ++r) {
-            const bool inside = r >= 1 && r <= 7 && c >= 2 && c <= 9;
-            EXPECT_EQ(canvas.at(r, c), inside ? T(9) : T(0)) << r << "," << c;
-        }
-    }
-}
-
-TYPED_TEST(PolygonFill, OpacityBlendsOnceAndZeroLeavesTheImage)
-{
-    using M = TypeParam;
-    using T = typename M::T;
-    Canvas<T> canvas(8, 8, T(4));
-    fillWhole<M>(canvas, rectangle(1, 1, 5, 5), T(10), typename M::O(0));
-    for (const T value : canvas.pixels) {
-        EXPECT_EQ(value, T(4));
-    }
-    // Half way between 10 and 4 is 7 in every member: (10*512 + 4*512) >> 10.
-    fillWhole<M>(canvas, rectangle(1, 1, 5, 5), T(10), M::half);
-    EXPECT_EQ(canvas.at(1, 1), T(7));
-    EXPECT_EQ(canvas.at(5, 5), T(7));
-    EXPECT_EQ(canvas.at(3, 2), T(7));
-    EXPECT_EQ(canvas.at(0, 0), T(4));
-    EXPECT_EQ(canvas.at(6, 6), T(4));
-}
-
-TYPED_TEST(PolygonFill, MultiplePlanesAndRgbGetTheirOwnFillValues)
-{
-    using M = TypeParam;
-    using T = typename M::T;
-    const std::vector<int32_t> square = rectangle(1, 2, 3, 4);
-    std::vector<int32_t> edges(64), records(24);
-
-    // Two planes with a gap between them that must survive.
-    const int32_t rows = 5, cols = 6, stride = rows * cols + 3;
-    std::vector<T> image(2 * stride, T(1));
-    const T planeFills[2] = {T(20), T(30)};
-    M::fillIntensity(edges.data(), 8, square.data(), records.data(), image.data(), 0, rows - 1, 0, cols - 1, rows,
-                     planeFills, M::opaque, 2, stride);
-
-    Canvas<T> red(rows, cols, T(1)), green(rows, cols, T(1)), blue(rows, cols, T(1));
-    const T rgbFills[3] = {T(11), T(12), T(13)};
-    M::fillRgb(edges.data(), 8, square.data(), records.data(), red.pixels.data(), green.pixels.data(),
-               blue.pixels.data(), 0, rows - 1, 0, cols - 1, rows, rgbFills, M::opaque);
-
-    for (int32_t c = 0; c < cols; ++c) {
-        for (int32_t r = 0; r < rows; ++r) {
-            const bool inside = r >= 1 && r <= 3 && c >= 2 && c <= 4;
-            EXPECT_EQ(image[c * rows + r], inside ? T(20) : T(1));
-            EXPECT_EQ(image[stride + c * rows + r], inside ? T(30) : T(1));
-            EXPECT_EQ(red.at(r, c), inside ? T(11) : T(1));
-            EXPECT_EQ(green.at(r, c), inside ? T(12) : T(1));
-            EXPECT_EQ(blue.at(r, c), inside ? T(13) : T(1));
-        }
-    }
-    for (int32_t k = rows * cols; k < stride; ++k) {
-        EXPECT_EQ(image[k], T(1));
-    }
-}
-
-TYPED_TEST(PolygonFill, ScanLinePairsEdgesAndNeverBlendsARowTwice)
-{
-    using M = TypeParam;
-    using T = typename M::T;
-    // Active rows 2,5 | 5,9 | 7,12 | 14: the second span starts after row 5,
-    // the third after row 9, and the odd last edge has no partner.
-    const int32_t activeRows[] = {2, 5, 5, 9, 7, 12, 14};
-    Canvas<T> canvas(16, 3, T(4));
-    const T value = T(10);
-    M::scanIntensity(canvas.pixels.data(), 1, 0, 15, 0, 2, 16, 7, activeRows, &value, M::half, 0, 1, 48);
-    for (int32_t r = 0; r < 16; ++r) {
-        EXPECT_EQ(canvas.at(r, 1), r >= 2 && r <= 12 ? T(7) : T(4)) << r;
-        EXPECT_EQ(canvas.at(r, 0), T(4));
-        EXPECT_EQ(canvas.at(r, 2), T(4));
-    }
-    // Rows clipped to 4..10; a column outside colMin..colMax or fewer than two
-    // edges draw nothing.
-    M::scanIntensity(canvas.pixels.data(), 0, 4, 10, 0, 2, 16, 7, activeRows, &value, M::opaque, 0, 1, 48);
-    M::scanIntensity(canvas.pixels.data(), 2, 0, 15, 0, 1, 16, 7, activeRows, &value, M::opaque, 0, 1, 48);
-    M::scanIntensity(canvas.pixels.data(), 2, 0, 15, 0, 2, 16, 1, activeRows, &value, M::opaque, 0, 1, 48);
-    for (int32_t r = 0; r < 16; ++r) {
-        EXPECT_EQ(canvas.at(r, 0), r >= 4 && r <= 10 ? T(10) : T(4)) << r;
-        EXPECT_EQ(canvas.at(r, 2), T(4));
-    }
-}
-
-// Even-odd membership of the point (row, col) by counting the edges that a
-// ray toward smaller rows crosses.
-bool insideEvenOdd(const std::vector<int32_t> &v, double row, double col)
-{
-    const size_t n = v.size() / 2;
-    bool inside = false;
-    for (size_t i = 0; i < n; ++i) {
-        const size_t j = (i + 1) % n;
-        const double r1 = v[2 * i], c1 = v[2 * i + 1], r2 = v[2 * j], c2 = v[2 * j + 1];
-        if ((c1 > col) != (c2 > col)) {
-            const double crossing = r1 + (col - c1) * (r2 - r1) / (c2 - c1);
-            if (crossing < row) {
-                inside = !inside;
+    std::mt19937 rng(11);
+    for (int trial = 0; trial < 300; ++trial) {
+        std::vector<int32_t> v(uniform(rng, 0, 16));
+        for (int32_t &x : v)
+            x = uniform(rng, trial % 4 == 0 ? -30 : -12, trial % 4 == 0 ? 60 : 25);
+        const typename M::O opacity = randomOpacity<typename M::O>(rng);
+        Scene<typename M::T> s(rng, 24, 26, trial % 8 == 0 ? 0 : 1 + trial % 3);
+        const auto &rc = s.rc;
+        const int32_t num = int32_t(v.size());
+        std::vector<int32_t> buffer(8 * num + 1), records(3 * num + 1);
+        M::fillI(buffer.data(), num, v.data(), records.data(), s.dst(), rc[0], rc[1], rc[2], rc[3], 24,
+                 s.colour.data(), opacity, s.numPlanes, s.image.stride);
+        M::fillRgb(buffer.data(), num, v.data(), records.data(), s.red(), s.green(), s.blue(), rc[0],
+                   rc[1], rc[2], rc[3], 24, s.colour.data(), opacity);
+        const auto sorted = slowEdgeTable(v, false);
+        const size_t n = sorted.size(), last = v.size() - 1;
+        std::vector<Edge> active;
+        for (int32_t scan = n ? sorted[0][0] : 0, finalEnd = n ? sorted[last % n][last / n] : 0, next = 0; n; ++scan) {
+            for (Edge &e : active)
+                e[1] += scan == finalEnd && e[1] == finalEnd;
+            active.erase(std::remove_if(active.begin(), active.end(), [&](const Edge &e) { return e[1] == scan; }),
+                         active.end());
+            for (; next < int32_t(n) && sorted[next][0] == scan; ++next)
+                if (sorted[next][1] != sorted[next][0])
+                    active.insert(std::find_if(active.begin(), active.end(),
+                                               [&](const Edge &a) { return a[2] > sorted[next][2]; }), sorted[next]);
+            if (active.empty())
+                break;
+            std::vector<int32_t> rows;
+            for (Edge &e : active)
+                rows.push_back(e[2]), stepEdge(e);
+            slowColumn(s, scan, rows, opacity);
+            for (int32_t p = int32_t(active.size()) - 1; p >= 1;) {
+                const auto j = std::find_if(active.begin(), active.begin() + p, [&](const Edge &a) { return a[2] > active[p][2]; });
+                if (j == active.begin() + p)
+                    --p;
+                else
+                    std::rotate(j, active.begin() + p, active.begin() + p + 1);
             }
         }
+        ASSERT_TRUE(s.matches()) << trial;
     }
-    return inside;
 }
 
-double distanceToOutline(const std::vector<int32_t> &v, double row, double col)
-{
-    const size_t n = v.size() / 2;
-    double best = std::numeric_limits<double>::infinity();
-    for (size_t i = 0; i < n; ++i) {
-        const size_t j = (i + 1) % n;
-        const double r1 = v[2 * i], c1 = v[2 * i + 1], dr = v[2 * j] - r1, dc = v[2 * j + 1] - c1;
-        const double lengthSquared = dr * dr + dc * dc;
-        double t = lengthSquared > 0 ? ((row - r1) * dr + (col - c1) * dc) / lengthSquared : 0;
-        t = t < 0 ? 0 : (t > 1 ? 1 : t);
-        best = std::min(best, std::hypot(row - (r1 + t * dr), col - (c1 + t * dc)));
-    }
-    return best;
-}
-
-// Pixels farther than one pixel from every edge are filled exactly when the
-// even-odd rule puts them inside.
-template <class M>
-void expectEvenOdd(const std::vector<int32_t> &vertices, int32_t rows, int32_t cols)
-{
-    using T = typename M::T;
-    Canvas<T> canvas(rows, cols, T(0));
-    fillWhole<M>(canvas, vertices, T(1), M::opaque);
-    int32_t checked = 0;
-    for (int32_t c = 0; c < cols; ++c) {
-        for (int32_t r = 0; r < rows; ++r) {
-            if (distanceToOutline(vertices, r, c) <= 1.0) {
-                continue;
-            }
-            ++checked;
-            EXPECT_EQ(canvas.at(r, c), insideEvenOdd(vertices, r, c) ? T(1) : T(0)) << r << "," << c;
-        }
-    }
-    EXPECT_GT(checked, rows * cols / 2);
-}
-
-TYPED_TEST(PolygonFill, AgreesWithTheEvenOddRuleAwayFromEdges)
-{
-    using M = TypeParam;
-    // Concave, with an edge along the scan and one across it.
-    expectEvenOdd<M>({2, 2, 2, 30, 20, 30, 10, 16, 28, 4}, 32, 34);
-    // A five-pointed star drawn in one stroke: its centre is outside.
-    expectEvenOdd<M>({1, 20, 38, 30, 14, 2, 14, 38, 38, 10}, 40, 41);
-    // A bow tie crossing itself, partly outside the image.
-    expectEvenOdd<M>({-4, 3, 30, 40, -4, 40, 30, 3}, 28, 44);
-}
-
-TYPED_TEST(PolygonFill, OnlyEdgesEndingWithTheLastSortedEdgeDrawTheirLastColumn)
+TYPED_TEST(PolygonFill, HandDerivedShapes)
 {
     using M = TypeParam;
     using T = typename M::T;
-    // Triangle A(0,0) B(50,100) C(100,0): both long edges end at column 100,
-    // which is also where the last sorted edge ends, so the tip is drawn.
-    Canvas<T> triangle(101, 101, T(0));
-    fillWhole<M>(triangle, {0, 0, 50, 100, 100, 0}, T(1), M::opaque);
-    EXPECT_EQ(triangle.at(50, 100), T(1));
-
-    // With a notch D(90,60) E(80,40) the last sorted edge is E->D, ending at
-    // column 60: the two notch edges ending there draw column 60 (reaching
-    // D), while A-B and C-B are dropped at column 100 before it is drawn.
-    Canvas<T> notched(101, 101, T(0));
-    fillWhole<M>(notched, {0, 0, 50, 100, 100, 0, 90, 60, 80, 40}, T(1), M::opaque);
-    for (int32_t r = 0; r < 101; ++r) {
-        EXPECT_EQ(notched.at(r, 100), T(0)) << r;
-    }
-    EXPECT_EQ(notched.at(50, 99), T(1));
-    EXPECT_EQ(notched.at(90, 60), T(1));
-    EXPECT_EQ(notched.at(89, 59), T(0));
-}
-
-TYPED_TEST(PolygonFill, NoVertexOrOneVertexDrawsNothing)
-{
-    using M = TypeParam;
-    using T = typename M::T;
-    Canvas<T> canvas(4, 4, T(2));
-    fillWhole<M>(canvas, {}, T(9), M::opaque);
-    fillWhole<M>(canvas, {1, 1}, T(9), M::opaque);
-    fillWhole<M>(canvas, {1, 1, 3, 1}, T(9), M::opaque);
+    auto filled = [](std::vector<int32_t> v, int32_t side) {
+        std::vector<T> image(side * side, T(0));
+        std::vector<int32_t> buffer(8 * v.size()), records(3 * v.size());
+        const T one = T(1);
+        M::fillI(buffer.data(), int32_t(v.size()), v.data(), records.data(), image.data(), 0, side - 1, 0, side - 1,
+                 side, &one, M::full, 1, 0);
+        return image;
+    };
+    // A rectangle fills both end rows and both end columns.
+    const auto rectangle = filled({2, 3, 2, 8, 6, 8, 6, 3}, 10);
+    for (int32_t k = 0; k < 100; ++k)
+        EXPECT_EQ(rectangle[k], T(k % 10 >= 2 && k % 10 <= 6 && k / 10 >= 3 && k / 10 <= 8)) << k;
+    // Triangle A(0,0) B(50,100) C(100,0): both long edges end at column 100
+    // where the last sorted edge ends, so the tip is drawn. With a notch
+    // D(90,60) E(80,40) the last sorted edge is E-D, ending at column 60:
+    // A-B and C-B are dropped at column 100 before it is drawn.
+    EXPECT_EQ(filled({0, 0, 50, 100, 100, 0}, 101)[50 + 101 * 100], T(1));
     // A negative count has no edge: no scratch exists to be read.
+    std::vector<T> image(4, T(5));
     const int32_t vertex[2] = {1, 1};
-    const T value = T(9);
-    M::fillIntensity(nullptr, -2, vertex, nullptr, canvas.pixels.data(), 0, 3, 0, 3, 4, &value, M::opaque, 1, 16);
-    for (const T value : canvas.pixels) {
-        EXPECT_EQ(value, T(2));
-    }
+    M::fillI(nullptr, -2, vertex, nullptr, image.data(), 0, 1, 0, 1, 2, image.data(), M::full, 1, 4);
+    M::aaFillI(nullptr, -2, vertex, nullptr, image.data(), 0, 1, 0, 1, 2, image.data(), M::full, nullptr, 1, 4);
+    EXPECT_EQ(image, std::vector<T>(4, T(5)));
+    const auto notched = filled({0, 0, 50, 100, 100, 0, 90, 60, 80, 40}, 101);
+    EXPECT_EQ(std::vector<T>({notched[50 + 101 * 100], notched[50 + 101 * 99], notched[90 + 101 * 60], notched[89 + 101 * 59]}),
+              std::vector<T>({T(0), T(1), T(1), T(0)}));
 }
 
-TEST(PolygonBlend, FloatingMembersWeighFillAndOld)
+TEST(PolygonBlend, HandDerivedValues)
 {
-    // 9*0.25 + 1*0.75 = 3 in double; the single member sums in double:
-    // 1*0.2f + 2*(1 - 0.2f) = 1.7999999970 rounds to the single 1.79999995,
-    // where single arithmetic throughout would give 1.80000007.
-    std::vector<double> image = {1, 1, 1, 1};
-    const double fillD = 9;
-    ORNEX_FillPolygon_InterpFlt_I_D(image.data(), &fillD, 1, 0.25, 1, 2, 1, 4);
-    EXPECT_EQ(image, (std::vector<double>{1, 3, 3, 1}));
-
+    // The single member sums in double: 1*0.2f + 2*(1 - 0.2f) = 1.7999999970
+    // rounds to the single 1.79999995 (single arithmetic would give 1.80000007).
     std::vector<float> red = {2, 2}, green = {2, 2}, blue = {2, 2};
     const float fills[3] = {1, 1, 1};
     ORNEX_FillPolygon_InterpFlt_RGB_R(red.data(), fills, 1, 0.2f, green.data(), blue.data(), 0, 0);
-    EXPECT_EQ(red[1], 1.79999995f);
-    EXPECT_EQ(green[1], 1.79999995f);
-    EXPECT_EQ(blue[1], 1.79999995f);
-    EXPECT_EQ(red[0], 2.0f);
-}
-
-TEST(PolygonBlend, FixedMembersShiftWithoutSaturating)
-{
-    // (200*768 + 100*256) >> 10 = 175.
-    std::vector<uint8_t> bytes = {100, 100};
-    const uint8_t fill8 = 200;
-    ORNEX_FillPolygon_InterpFix_I_UI8(bytes.data(), &fill8, 0, 768, 0, 0, 1, 2);
-    EXPECT_EQ(bytes, (std::vector<uint8_t>{175, 100}));
-
+    EXPECT_EQ(red, (std::vector<float>{2.0f, 1.79999995f}));
     // An opacity above 1024 overshoots and wraps: (200*2048 + 100*-1024) >> 10
-    // = 300, stored as 300 - 256 = 44.
-    ORNEX_FillPolygon_InterpFix_I_UI8(bytes.data(), &fill8, 1, 2048, 0, 0, 1, 2);
-    EXPECT_EQ(bytes[1], 44);
-
-    // Signed: (-100*512 + 50*512) >> 10 = -25600 >> 10 = -25 (floor).
-    std::vector<int16_t> shorts = {50};
-    const int16_t fill16 = -100;
-    ORNEX_FillPolygon_InterpFix_RGB_I16(shorts.data(), &fill16, 0, 512, shorts.data(), shorts.data(), 0, -1);
-    EXPECT_EQ(shorts[0], 50) << "an empty run";
+    // = 300, stored as 44; (200*768 + 100*256) >> 10 = 175.
+    std::vector<uint8_t> bytes = {100, 100};
+    const uint8_t fill8[2] = {200, 200};
+    ORNEX_FillPolygon_InterpFix_I_UI8(bytes.data(), fill8, 0, 2048, 0, 0, 1, 2);
+    ORNEX_FillPolygon_InterpFix_I_UI8(bytes.data(), fill8, 1, 768, 1, 1, 1, 2);
+    EXPECT_EQ(bytes, (std::vector<uint8_t>{44, 175}));
+    // Signed shifts round down: -25600 >> 10 = -25, -25088 >> 10 = -24.5 ->
+    // -25, -77312 >> 10 = -75.5 -> -76.
     std::vector<int16_t> r = {50}, g = {51}, b = {-51};
-    const int16_t fills[3] = {-100, -100, -100};
-    ORNEX_FillPolygon_InterpFix_RGB_I16(r.data(), fills, 0, 512, g.data(), b.data(), 0, 0);
-    EXPECT_EQ(r[0], -25);
-    EXPECT_EQ(g[0], -25); // -25088 >> 10 = -24.5 rounded down
-    EXPECT_EQ(b[0], -76); // -77312 >> 10 = -75.5 rounded down
-
-    // Logical images hold bytes and blend like them.
-    std::vector<uint8_t> flags = {0, 0};
-    const uint8_t one = 1;
-    ORNEX_FillPolygon_InterpFix_I_Bool(flags.data(), &one, 0, 1024, 0, 1, 1, 2);
-    EXPECT_EQ(flags, (std::vector<uint8_t>{1, 1}));
+    const int16_t fills16[3] = {-100, -100, -100};
+    ORNEX_FillPolygon_InterpFix_RGB_I16(r.data(), fills16, 0, 512, g.data(), b.data(), 0, 0);
+    EXPECT_EQ(r[0] * 10000 + g[0] * 100 + b[0], -25 * 10000 - 25 * 100 - 76);
 }
 
-TEST(IntCoordinates, RoundsHalvesAwayFromZeroAndWidensIntegers)
+// The box profile: coverage 1/2 on the edge, none from 1/2 pixel outside,
+// full from 1/2 pixel inside, in steps of 1/16 pixel.
+template <class O>
+std::vector<O> boxTable()
 {
-    int32_t out[4] = {};
-    const double doubles[] = {9, 9, 9, 9, 2.5, -2.5, 0.49, std::nan("")};
-    ORNEX_GetIntCoordinates(doubles, 0, out, 4, 1);
-    EXPECT_EQ(out[0], 3);
-    EXPECT_EQ(out[1], -3);
-    EXPECT_EQ(out[2], 0);
-    EXPECT_EQ(out[3], INT32_MIN);
+    std::vector<O> table(49);
+    for (int i = 0; i < 49; ++i) {
+        const int q10 = std::clamp(512 + 64 * (i - 24), 0, 1024);
+        table[i] = std::is_floating_point_v<O> ? O(q10 / 1024.0) : O(q10);
+    }
+    return table;
+}
 
-    const float singles[] = {2.5f, -2.5f, 0.49f, -0.5f};
-    ORNEX_GetIntCoordinates(singles, 1, out, 4, 0);
-    EXPECT_EQ(out[0], 3);
-    EXPECT_EQ(out[1], -3);
-    EXPECT_EQ(out[2], 0);
-    EXPECT_EQ(out[3], -1);
+// One pixel's coverage written out as slowly as it is defined: every pair of
+// each sample, every distance index, nothing skipped; entries 0 and 48 are
+// none and full whatever the table holds.
+template <class W>
+W slowCoverage(const std::vector<int32_t> &fields, int32_t numActive, int32_t column, int32_t row,
+               const std::vector<W> &table, W full)
+{
+    auto field = [&](int32_t f, int32_t k) { return fields[f * numActive + k]; };
+    auto index = [&](int32_t k, int32_t quarter, bool lower) {
+        const int32_t key = field(2, k) * 1024 + ((4 * field(6, k) + quarter * field(3, k)) * 256) / field(4, k);
+        const int64_t v = std::clamp<int64_t>(int64_t(row) * 1024 - key, -(1 << 21), (1 << 21) - 1);
+        const int32_t p = int32_t(v * std::clamp(field(7, k), 1, 1024) / 1024), s = lower ? -p : p;
+        return std::clamp(24 + (s >= 0 ? (s + 32) / 64 : -((32 - s) / 64)), 0, 48);
+    };
+    auto sample = [&](int32_t quarter, int32_t skippedWhenAt) {
+        std::vector<int32_t> list;
+        for (int32_t k = 0; k < numActive; ++k) {
+            if (skippedWhenAt < 0 || field(skippedWhenAt, k) != column) {
+                list.push_back(k);
+            }
+        }
+        W sum = W(0);
+        for (size_t j = 0; j + 1 < list.size(); j += 2) {
+            const int32_t upper = index(list[j], quarter, false), lower = index(list[j + 1], quarter, true);
+            if (upper != 0 && lower != 0) {
+                const W t = ((upper == 48 ? full : table[upper]) + (lower == 48 ? full : table[lower])) - full;
+                sum = t > W(0) ? sum + t : sum;
+            }
+        }
+        return sum < full ? sum : full;
+    };
+    bool vertexColumn = false;
+    for (int32_t k = 0; k < numActive; ++k) {
+        vertexColumn = vertexColumn || field(0, k) == column || field(1, k) == column;
+    }
+    if (!vertexColumn) {
+        return sample(0, -1);
+    }
+    const W left = sample(-1, 0), right = sample(1, 1);
+    if constexpr (std::is_floating_point_v<W>) {
+        return (left + right) * W(0.5);
+    } else {
+        return (left + right) >> 1;
+    }
+}
 
-    const int8_t bytes[] = {-5, 7};
-    ORNEX_GetIntCoordinates(bytes, 2, out, 2, 0);
-    EXPECT_EQ(out[0], -5);
-    EXPECT_EQ(out[1], 7);
-    const uint8_t ubytes[] = {255, 0, 1, 2};
-    ORNEX_GetIntCoordinates(ubytes, 3, out, 2, 1);
-    EXPECT_EQ(out[0], 1);
-    EXPECT_EQ(out[1], 2);
-    const int16_t shorts[] = {-30000};
-    ORNEX_GetIntCoordinates(shorts, 4, out, 1, 0);
-    EXPECT_EQ(out[0], -30000);
-    const uint16_t ushorts[] = {65535};
-    ORNEX_GetIntCoordinates(ushorts, 5, out, 1, 0);
-    EXPECT_EQ(out[0], 65535);
-    const int32_t ints[] = {INT32_MIN};
-    ORNEX_GetIntCoordinates(ints, 6, out, 1, 0);
-    EXPECT_EQ(out[0], INT32_MIN);
-    const uint32_t uints[] = {4294967295u};
-    ORNEX_GetIntCoordinates(uints, 7, out, 1, 0);
-    EXPECT_EQ(out[0], -1);
+// The sweep written out: insert by crossing (the steeper descent first on a
+// tie), visit each column's active list, drop edges after their last
+// column, step every edge and re-sort by crossing, moving an edge up past
+// every larger key.
+template <class Visit>
+void slowAASweep(const std::vector<int32_t> &vertices, Visit visit)
+{
+    const auto sorted = slowEdgeTable(vertices, true);
+    auto key = [](const Edge &e) { return e[2] * 1024 + (e[6] * 1024) / e[4]; };
+    std::vector<Edge> active;
+    for (int32_t scan = sorted.empty() ? 0 : sorted[0][0], next = 0; !sorted.empty(); ++scan) {
+        for (; next < int32_t(sorted.size()) && sorted[next][0] == scan; ++next) {
+            const Edge &e = sorted[next];
+            auto before = [&](const Edge &a) { return key(a) > key(e) || (key(a) == key(e) && a[3] * e[4] > e[3] * a[4]); };
+            if (e[1] != e[0])
+                active.insert(std::find_if(active.begin(), active.end(), before), e);
+        }
+        if (active.empty())
+            return;
+        const int32_t count = int32_t(active.size());
+        std::vector<int32_t> fields(8 * count);
+        for (int32_t k = 0; k < count * 8; ++k)
+            fields[k] = active[k % count][k / count];
+        visit(scan, count, fields);
+        active.erase(std::remove_if(active.begin(), active.end(), [&](const Edge &e) { return e[1] == scan; }),
+                     active.end());
+        std::for_each(active.begin(), active.end(), stepEdge);
+        for (int32_t at = int32_t(active.size()) - 1, target = 0; at >= 1; target = 0) {
+            while (target < at && key(active[target]) <= key(active[at]))
+                ++target;
+            if (target == at)
+                --at;
+            else
+                std::rotate(active.begin() + target, active.begin() + at, active.begin() + at + 1);
+        }
+    }
+}
 
-    out[0] = 42;
-    ORNEX_GetIntCoordinates(doubles, 8, out, 1, 0);
-    EXPECT_EQ(out[0], 42);
+// Random polygons (crossing themselves, touching, vertices far outside) with
+// the box, a ramp or arbitrary entries below none and above full (entries 0
+// and 48 garbage, never to be read), through the whole filler or column by
+// column through the scan-line function with some normal weights below 1 or
+// above 1024; the pixel blended once with opacity * coverage.
+TYPED_TEST(PolygonFill, AAPolygonsAndColumnsAgainstTheWrittenOutCoverage)
+{
+    using M = TypeParam;
+    using T = typename M::T;
+    using O = typename M::O;
+    using W = typename M::W;
+    std::mt19937 rng(12);
+    for (int trial = 0; trial < 240; ++trial) {
+        std::vector<int32_t> v(uniform(rng, 0, 16));
+        for (int32_t &x : v)
+            x = trial % 4 == 0 ? uniform(rng, -130, 400) : uniform(rng, -10, 30);
+        std::vector<O> table = boxTable<O>();
+        for (int i = 1; i < 48 && trial % 3 != 0; ++i) {
+            const int32_t q10 = trial % 3 == 1 ? i * 1024 / 48 : i < 20 ? uniform(rng, -300, 0) : uniform(rng, -300, 1300);
+            table[i] = M::floating ? O(q10 / 1024.0) : O(q10);
+        }
+        table[0] = M::floating ? O(NAN) : O(777), table[48] = M::floating ? O(NAN) : O(-555);
+        const std::vector<W> wide(table.begin(), table.end());
+        const O opacity = randomOpacity<O>(rng);
+        Scene<T> s(rng, 24, 26, trial % 8 == 0 ? 0 : 1 + trial % 3);
+        const auto &rc = s.rc;
+        const int32_t num = int32_t(v.size());
+        std::vector<int32_t> buffer(8 * num + 1), records(3 * num + 1);
+        if (trial % 2 == 0) {
+            M::aaFillI(buffer.data(), num, v.data(), records.data(), s.dst(), rc[0], rc[1], rc[2], rc[3], 24,
+                     s.colour.data(), opacity, table.data(), s.numPlanes, s.image.stride);
+            M::aaFillRgb(buffer.data(), num, v.data(), records.data(), s.red(), s.green(), s.blue(),
+                       rc[0], rc[1], rc[2], rc[3], 24, s.colour.data(), opacity, table.data());
+        }
+        slowAASweep(v, [&](int32_t column, int32_t count, std::vector<int32_t> fields) {
+            for (int32_t k = 0; trial % 2 == 1 && k < count; ++k)
+                fields[7 * count + k] = uniform(rng, 0, 5) == 0 ? uniform(rng, 0, 1100) : fields[7 * count + k];
+            if (trial % 2 == 1) {
+                M::aaScanI(s.dst(), column, rc[0], rc[1], rc[2], rc[3], 24, count, fields.data(),
+                         s.colour.data(), opacity, table.data(), count, s.numPlanes, s.image.stride);
+                M::aaScanRgb(s.red(), s.green(), s.blue(), column, rc[0], rc[1], rc[2], rc[3], 24,
+                           count, fields.data(), s.colour.data(), opacity, table.data(), count);
+            }
+            for (int32_t row = rc[0]; row <= rc[1] && column >= rc[2] && column <= rc[3]; ++row) {
+                const W cov = slowCoverage<W>(fields, count, column, row, wide, W(M::full));
+                const O o = M::floating ? O(opacity * O(cov)) : O((int32_t(opacity) * int32_t(cov)) >> 10);
+                if (cov != W(0))
+                    s.at(row, column, [&](T old, int32_t p) { return blendFill(old, s.colour[p], o); });
+            }
+        });
+        ASSERT_TRUE(s.matches()) << trial;
+    }
+}
+
+// Hand-derived Q10 coverages with the box table, drawn inside a border that
+// must stay 0 (the rectangle is the inner area).
+TEST(AAPolygonFill, HandDerivedCoverage)
+{
+    const struct {
+        std::vector<int32_t> vertices;
+        int32_t rows, cols;
+        std::vector<int> coverage; // row by row
+    } cases[] = {
+        {{0, 0, 4, 4, 4, 0}, 5, 5, {160, 0, 0, 0, 0, 512, 512, 0, 0, 0, 512, 1024, 512, 0, 0, 512, 1024, 1024, 512, 0,
+                                    256, 512, 512, 512, 96}},
+        // Two spans meet on row 2: each gives 512 there, the sum is blended once.
+        {{1, 0, 1, 4, 2, 4, 2, 0, 2, 4, 3, 4, 3, 0}, 4, 5,
+         {0, 0, 0, 0, 0, 256, 512, 512, 512, 256, 512, 1024, 1024, 1024, 512, 256, 512, 512, 512, 256}},
+        // The diagonals cross in the middle of column 2, which sees no width.
+        {{0, 0, 4, 4, 0, 4, 4, 0}, 5, 5, {160, 0, 0, 0, 160, 512, 512, 0, 512, 512, 512, 1024, 0, 1024, 512, 512, 512,
+                                          0, 512, 512, 160, 0, 0, 0, 160}},
+        {{-3, -3, -3, 2, 2, 2, 2, -3}, 3, 4, {1024, 1024, 512, 0, 1024, 1024, 512, 0, 512, 512, 256, 0}},
+    };
+    for (const auto &c : cases) {
+        const int32_t rows = c.rows + 2, cols = c.cols + 2;
+        std::vector<int32_t> v = c.vertices, buffer(8 * v.size()), records(3 * v.size());
+        std::for_each(v.begin(), v.end(), [](int32_t &x) { ++x; });
+        std::vector<double> reals(rows * cols, 0.0);
+        std::vector<uint16_t> q10(rows * cols, 0);
+        const double one = 1;
+        const uint16_t unit = 1024;
+        ORNEX_FillOnePolygon_AA_I_D(buffer.data(), int32_t(v.size()), v.data(), records.data(), reals.data(), 1, c.rows,
+                                    1, c.cols, rows, &one, 1.0, boxTable<double>().data(), 1, 0);
+        ORNEX_FillOnePolygon_AA_I_UI16(buffer.data(), int32_t(v.size()), v.data(), records.data(), q10.data(), 1,
+                                       c.rows, 1, c.cols, rows, &unit, 1024, boxTable<int16_t>().data(), 1, 0);
+        for (int32_t k = 0; k < rows * cols; ++k) {
+            const int32_t r = k % rows - 1, col = k / rows - 1;
+            const bool inside = r >= 0 && r < c.rows && col >= 0 && col < c.cols;
+            EXPECT_EQ(q10[k], inside ? c.coverage[r * c.cols + col] : 0) << r << "," << col;
+            EXPECT_EQ(reals[k], q10[k] / 1024.0) << r << "," << col;
+        }
+    }
+}
+
+TEST(AAPolygonFill, DistanceIndicesOfOnePair)
+{
+    // Fields of edge k at f*2 + k: an upper edge x = 2, e = 3, L = 10, d = 4,
+    // weight trunc(10240/sqrt(116)) = 950, and a level lower edge at row 9;
+    // both from column 0 to 10.
+    int32_t active[16] = {0, 0, 10, 10, 2, 9, 4, 0, 10, 10, 0, 0, 3, 0, 950, 1024};
+    auto table = boxTable<int16_t>();
+    table[21] = 321; // an odd entry: the halving truncates
+    auto coverageAt = [&](int32_t column) {
+        std::vector<uint16_t> image(11 * 12, 0);
+        const uint16_t fill = 1024;
+        ORNEX_FillVerticalScanLine_AA_I_UI16(image.data(), column, 0, 11, 0, 10, 12, 2, active, &fill, 1024,
+                                             table.data(), 2, 1, 0);
+        return image[column * 12 + 2];
+    };
+    // K0 = 2355, p = -284, index 20; the right sample only at column 0: K+1 =
+    // 2457, index 18, halved; the left only at 10: K-1 = 2252, index 21, 321
+    // halved.
+    EXPECT_EQ(std::vector<int>({coverageAt(5), coverageAt(0), coverageAt(10)}), std::vector<int>({256, 64, 160}));
+    // x = 2, e = 1, L = 32, weight 1024: K0 = 2080, row 2 lies 32/1024 above
+    // it, half an index step: -0.5 rounds to -1, index 23; weight 0 counts
+    // as 1: 32/1024 of a pixel is index 24.
+    active[6] = 0, active[8] = 32, active[12] = 1, active[14] = 1024;
+    EXPECT_EQ(coverageAt(5), 448);
+    active[14] = 0;
+    EXPECT_EQ(coverageAt(5), 512);
+    // e = -491, L = 1024, weight 1000: row 2 lies 491/1024 below the
+    // crossing, p = trunc(479.49) = 479, just short of full: index 31; and
+    // 491/1024 above: p = -479, index 17.
+    active[8] = 1024, active[12] = -491, active[14] = 1000;
+    EXPECT_EQ(coverageAt(5), 960);
+    active[12] = 491;
+    EXPECT_EQ(coverageAt(5), 64);
 }
 
 } // namespace

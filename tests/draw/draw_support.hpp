@@ -1,0 +1,148 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <random>
+#include <tuple>
+#include <type_traits>
+#include <vector>
+
+#include "ornex_rt.h"
+
+namespace drawtest {
+
+inline int32_t uniform(std::mt19937 &rng, int32_t low, int32_t high)
+{
+    return std::uniform_int_distribution<int32_t>(low, high)(rng);
+}
+
+// Whole range for integers (negatives in signed members); eighths for floats.
+template <class T>
+T randomValue(std::mt19937 &rng)
+{
+    T v{};
+    if constexpr (std::is_floating_point_v<T>)
+        v = T(uniform(rng, -1000, 1000)) / T(8);
+    else if constexpr (std::is_integral_v<T>)
+        v = T(rng());
+    else
+        std::generate(v.begin(), v.end(), [&] { return uint8_t(rng()); });
+    return v;
+}
+
+// `count` planes of rows x cols elements, `stride` elements apart in one
+// buffer, with an odd gap between them; every element starts random, so a
+// comparison of the whole buffer also checks every element that must stay.
+template <class T>
+struct Planes {
+    int32_t rows, cols, count, stride;
+    std::vector<T> buf;
+    Planes(int32_t r, int32_t c, int32_t n, std::mt19937 &rng)
+        : rows(r), cols(c), count(n), stride(r * c + 3), buf(size_t(n) * stride)
+    {
+        std::generate(buf.begin(), buf.end(), [&] { return randomValue<T>(rng); });
+    }
+    T *plane(int32_t p) { return buf.data() + size_t(p) * stride; }
+    T &at(int32_t p, int32_t r, int32_t c) { return plane(p)[r + size_t(c) * rows]; }
+};
+
+// Fill blend of the polygon fillers and discs: fill*a + old*(1 - a) summed in
+// double; Q10 (fill*a + old*(1024 - a)) >> 10 in 32 bits, the keep weight a
+// signed 16-bit, the store truncated.
+template <class T, class O>
+T blendFill(T old, T fill, O a)
+{
+    if constexpr (std::is_floating_point_v<T>)
+        return T(double(fill) * double(a) + double(old) * (1.0 - double(a)));
+    else
+        return T(int32_t(uint32_t(int32_t(fill) * a) + uint32_t(int32_t(old) * int16_t(1024 - a))) >> 10);
+}
+
+// Opacity 0, full, or a multiple of 1/64 between.
+template <class O>
+O randomOpacity(std::mt19937 &rng)
+{
+    const O full = std::is_floating_point_v<O> ? O(1) : O(1024);
+    const int32_t pick = uniform(rng, 0, 2);
+    return pick == 0 ? O(0) : pick == 1 ? full : O(full * O(uniform(rng, 1, 63)) / O(64));
+}
+
+// Random clip rectangle within a rows x cols image (sometimes the whole image).
+inline std::array<int32_t, 4> randomRect(std::mt19937 &rng, int32_t rows, int32_t cols)
+{
+    if (rng() % 4 == 0)
+        return {0, rows - 1, 0, cols - 1};
+    return {uniform(rng, 0, rows / 3), uniform(rng, rows / 2, rows - 1), uniform(rng, 0, cols / 3),
+            uniform(rng, cols / 2, cols - 1)};
+}
+
+// A random scene: three intensity planes (the drawer is given numPlanes of
+// them) and three RGB planes, a rectangle and a colour; the want planes are
+// what the drawer must leave, changed by at() inside the rectangle only.
+template <class T>
+struct Scene {
+    Planes<T> image, rgb, wantImage, wantRgb;
+    int32_t numPlanes;
+    std::array<int32_t, 4> rc;
+    std::array<T, 3> colour;
+    Scene(std::mt19937 &rng, int32_t rows, int32_t cols, int32_t planes)
+        : image(rows, cols, 3, rng), rgb(rows, cols, 3, rng), wantImage(image), wantRgb(rgb), numPlanes(planes),
+          rc(randomRect(rng, rows, cols)), colour{randomValue<T>(rng), randomValue<T>(rng), randomValue<T>(rng)}
+    {
+    }
+    template <class F>
+    void at(int32_t r, int32_t c, F f)
+    {
+        for (int32_t p = 0; r >= rc[0] && r <= rc[1] && c >= rc[2] && c <= rc[3] && p < 3; ++p) {
+            wantRgb.at(p, r, c) = f(wantRgb.at(p, r, c), p);
+            if (p < numPlanes)
+                wantImage.at(p, r, c) = f(wantImage.at(p, r, c), p);
+        }
+    }
+    bool matches() const { return image.buf == wantImage.buf && rgb.buf == wantRgb.buf; }
+    T *dst() { return image.plane(0); }
+    T *red() { return rgb.plane(0); }
+    T *green() { return rgb.plane(1); }
+    T *blue() { return rgb.plane(2); }
+};
+
+// Polygon edges: scan start and end column, current row, row delta, scan
+// length, row step, error term, normal weight.
+using Edge = std::array<int32_t, 8>;
+constexpr int32_t unwritten = -777;
+
+// The edge table written out: each edge oriented toward larger columns
+// (equal columns: the second vertex starts), fields 5 and 7 left as the
+// buffer held them when not written, sorted stably by start, end and row.
+inline std::vector<Edge> slowEdgeTable(const std::vector<int32_t> &v, bool wantWeight)
+{
+    std::vector<Edge> edges;
+    for (int32_t e = 0, n = int32_t(v.size()) / 2; e < n; ++e) {
+        const int32_t j = (e + 1) % n, s = v[2 * e + 1] < v[2 * j + 1] ? e : j, t = s == e ? j : e;
+        const int32_t length = v[2 * t + 1] - v[2 * s + 1], delta = v[2 * t] - v[2 * s];
+        const double weight = length * 1024.0 / std::sqrt(double(delta * delta + length * length));
+        edges.push_back({v[2 * s + 1], v[2 * t + 1], v[2 * s], delta, length, length > 0 ? std::abs(delta) / length : unwritten,
+                         0, !wantWeight ? unwritten : std::isnan(weight) ? INT32_MIN : int32_t(weight)});
+    }
+    std::stable_sort(edges.begin(), edges.end(), [](const Edge &a, const Edge &b) {
+        return std::tie(a[0], a[1], a[2]) < std::tie(b[0], b[1], b[2]);
+    });
+    return edges;
+}
+
+// One column of an edge's walk: the exact row rounded, halves toward larger rows.
+inline void stepEdge(Edge &e)
+{
+    const int32_t d = e[3], length = e[4], step = e[5];
+    if (d > 0 && (e[6] += d - step * length, e[2] += step, 2 * e[6] >= length))
+        e[2] += 1, e[6] -= length;
+    else if (d <= 0 && (e[6] += step * length + d, e[2] -= step, 2 * e[6] < -length))
+        e[2] -= 1, e[6] += length;
+}
+
+} // namespace drawtest

@@ -1,0 +1,265 @@
+#include "draw_support.hpp"
+
+#include <set>
+
+namespace {
+
+using namespace drawtest;
+using Pixel = std::pair<int32_t, int32_t>;
+
+int32_t wrap(int64_t v) { return int32_t(uint32_t(uint64_t(v))); }
+
+// Cohen-Sutherland written out: row borders first, every cut taken from the
+// end-point as the caller gave it, n/d rounded halves away from zero, 32-bit
+// products wrapping.
+int32_t slowClip(int32_t *p1, int32_t *p2, const int32_t *rect)
+{
+    const int32_t entry[2][2] = {{p1[0], p1[1]}, {p2[0], p2[1]}};
+    int32_t *p[2] = {p1, p2};
+    bool moved[2] = {false, false};
+    auto code = [&](const int32_t *q) {
+        return (q[1] < rect[2] ? 1 : q[1] > rect[3] ? 2 : 0) | (q[0] < rect[0] ? 4 : q[0] > rect[1] ? 8 : 0);
+    };
+    for (;;) {
+        const int32_t c1 = code(p1), c2 = code(p2), k = c1 != 0 ? 0 : 1, c = k == 0 ? c1 : c2;
+        if ((c1 | c2) == 0 || (c1 & c2) != 0)
+            return (c1 | c2) == 0;
+        if (moved[k])
+            p[k][0] = entry[k][0], p[k][1] = entry[k][1];
+        const int32_t dRow = wrap(int64_t(p2[0]) - p1[0]), dCol = wrap(int64_t(p2[1]) - p1[1]);
+        const int axis = (c & 12) != 0 ? 0 : 1, border = rect[axis == 0 ? ((c & 4) ? 0 : 1) : ((c & 1) ? 2 : 3)];
+        const int32_t n = wrap(int64_t(wrap(int64_t(border) - p[k][axis])) * (axis == 0 ? dCol : dRow));
+        const int32_t d = axis == 0 ? dRow : dCol, q = wrap(2 * int64_t(n)) / d;
+        p[k][1 - axis] = wrap(int64_t(p[k][1 - axis]) + ((n >= 0) == (d >= 0) ? (q + 1) / 2 : (q - 1) / 2));
+        p[k][axis] = border, moved[k] = true;
+    }
+}
+
+TEST(ClipLine, HandWorkedCuts)
+{
+    // p1, p2, rect, result, p1 and p2 after clipping.
+    const std::array<int32_t, 13> cases[] = {
+        {3, 4, 7, 1, 0, 9, 0, 9, 1, 3, 4, 7, 1},       // inside: kept as given
+        {0, 0, 9, 9, 0, 9, 0, 9, 1, 0, 0, 9, 9},       // bounds inclusive
+        {5, 10, 5, 10, 0, 9, 0, 9, 0, 5, 10, 5, 10},   // a point just outside
+        {0, -1, 1, 1, 0, 10, 0, 10, 1, 1, 0, 1, 1},    // 0 + 1*1/2 = 0.5 rounds to 1
+        {0, 11, 1, 9, 0, 10, 0, 10, 1, 1, 10, 1, 9},   // (-1)(1)/(-2) = 0.5 -> 1
+        {10, -3, 0, 1, 0, 10, 0, 10, 1, 2, 0, 0, 1},   // 10 + 3*(-10)/4 = 10 - 8
+        // Pass 1 cuts row 0 at column -8 + round(80/12) = -1; pass 2 starts
+        // again from (-8,-8): row -8 + round(96/10) = 2 (from (0,-1) it would be 1).
+        {-8, -8, 4, 2, 0, 9, 0, 9, 1, 2, 0, 4, 2},
+        // Passes below the corner: row 0 at column -5, then column 0 at row
+        // -8 + round(184/10) = 10, below like p2: rejected with p1 moved.
+        {-8, -8, 15, 2, 0, 9, 0, 9, 0, 10, 0, 15, 2},
+        {-5, 2, -1, 30, 0, 9, 0, 9, 0, -5, 2, -1, 30}, // both above: untouched
+        // n = 3000000*1000 wraps to -1294967296, 2n to 1705032704, q = 567,
+        // signs differ: (567 - 1)/2 = 283; then p2 to row 1000 at column
+        // 1000 + round(-2000*717/3000) = 522.
+        {-3000000, 0, 3000, 1000, 0, 1000, 0, 1000, 1, 0, 283, 1000, 522},
+    };
+    for (auto c : cases) {
+        const int32_t result = ORNEX_ClipLine(&c[0], &c[2], &c[4]);
+        EXPECT_TRUE(result == c[8] && c[0] == c[9] && c[1] == c[10] && c[2] == c[11] && c[3] == c[12]) << c[4] << c[5];
+    }
+}
+
+TEST(ClipLine, RandomSegmentsAgainstTheWrittenOutClipper)
+{
+    std::mt19937 rng(1);
+    for (int trial = 0; trial < 20000; ++trial) {
+        const int32_t far = trial % 3 == 0 ? 20000 : 40;
+        const int32_t rect[4] = {uniform(rng, -5, 5), uniform(rng, 5, 25), uniform(rng, -5, 5), uniform(rng, 5, 25)};
+        int32_t p1[2] = {uniform(rng, -far, far), uniform(rng, -far, far)}, p2[2] = {uniform(rng, -far, far), 0};
+        p2[1] = trial % 7 == 0 ? p1[1] : uniform(rng, -far, far);
+        int32_t q1[2] = {p1[0], p1[1]}, q2[2] = {p2[0], p2[1]};
+        const int32_t result = ORNEX_ClipLine(p1, p2, rect);
+        ASSERT_EQ(result, slowClip(q1, q2, rect)) << trial;
+        ASSERT_TRUE(p1[0] == q1[0] && p1[1] == q1[1] && p2[0] == q2[0] && p2[1] == q2[1]) << trial;
+        for (const int32_t *q : {p1, p2})
+            ASSERT_TRUE(!result || (q[0] >= rect[0] && q[0] <= rect[1] && q[1] >= rect[2] && q[1] <= rect[3]));
+    }
+}
+
+// The walk written out: ordered along the major axis (ties go to rows),
+// clipped, restarted at the clipped start with the error e += 2*minor,
+// stepping at e >= major (rising) or e <= -major, so that halves step away
+// from the start.
+std::set<Pixel> slowWalk(int32_t r1, int32_t c1, int32_t r2, int32_t c2, const int32_t *rect)
+{
+    int32_t p1[2] = {r1, c1}, p2[2] = {r2, c2};
+    if ((std::abs(c2 - c1) > std::abs(r2 - r1) ? c2 - c1 : r2 - r1) < 0)
+        std::swap(p1, p2);
+    std::set<Pixel> pixels;
+    if (!slowClip(p1, p2, rect))
+        return pixels;
+    // Level, vertical and diagonal lines follow from the same rule; a
+    // clipped line left running backwards along its major axis draws nothing.
+    const int32_t dRow = p2[0] - p1[0], dCol = p2[1] - p1[1];
+    const bool colMajor = std::abs(dCol) > std::abs(dRow);
+    const int32_t major = colMajor ? dCol : dRow, minor = colMajor ? dRow : dCol;
+    for (int32_t k = 0, b = 0, e = 0; k <= major; ++k) {
+        pixels.insert(colMajor ? Pixel{p1[0] + b, p1[1] + k} : Pixel{p1[0] + k, p1[1] + b});
+        e += 2 * minor;
+        if (minor > 0 && e >= major)
+            ++b, e -= 2 * major;
+        else if (minor < 0 && e <= -major)
+            --b, e += 2 * major;
+    }
+    return pixels;
+}
+
+// Three-byte elements in up to two planes of one buffer (no fixed-size copy)
+// and two-byte RGB planes, the RGB line given with its end-points reversed.
+TEST(Bresenham, RandomLinesCopyElementBytesIntoEveryPlane)
+{
+    std::mt19937 rng(2);
+    const int32_t rows = 23, cols = 27;
+    for (int trial = 0; trial < 1500; ++trial) {
+        const int32_t far = trial % 5 == 0 ? 20000 : 45, numPlanes = trial % 3;
+        const int32_t r1 = uniform(rng, -far / 3, far), c1 = uniform(rng, -far / 3, far);
+        const int32_t r2 = trial % 9 == 0 ? r1 : uniform(rng, -far / 3, far), c2 = uniform(rng, -far / 3, far);
+        const auto rc = randomRect(rng, rows, cols);
+        Planes<std::array<uint8_t, 3>> image(rows, cols, 2, rng), wantImage = image;
+        Planes<uint16_t> rgb(rows, cols, 3, rng), wantRgb = rgb;
+        const uint8_t value[6] = {1, 2, 3, 4, 5, uint8_t(trial)};
+        const uint16_t colour[3] = {1000, 2000, uint16_t(trial)};
+        ORNEX_Line_Bresenham(r1, c1, r2, c2, image.plane(0), rows, value, 3, rc[0], rc[1], rc[2], rc[3], numPlanes, image.stride);
+        ORNEX_Line_Bresenham_RGB(r2, c2, r1, c1, rgb.plane(0), rgb.plane(1), rgb.plane(2), rows, colour, 2, rc[0], rc[1],
+                                 rc[2], rc[3]);
+        for (const auto &[r, c] : slowWalk(r1, c1, r2, c2, rc.data())) {
+            for (int32_t p = 0; p < 3; ++p)
+                wantRgb.at(p, r, c) = colour[p];
+            for (int32_t p = 0; p < numPlanes; ++p)
+                std::memcpy(wantImage.at(p, r, c).data(), value + 3 * p, 3);
+        }
+        ASSERT_TRUE(image.buf == wantImage.buf && rgb.buf == wantRgb.buf) << trial;
+    }
+}
+
+// The brush written out: the end-points ordered by column and clipped, the
+// centre at distance index idx(D), its minor-axis neighbours at D -+ cos;
+// slope, cosine and threshold in Real (int32_t: Q10, the cubic cosine fit,
+// truncating divisions and arithmetic shifts). Returns (row, column, index).
+template <class Real>
+std::vector<std::array<int32_t, 3>> slowBrush(int32_t r1, int32_t c1, int32_t r2, int32_t c2, const int32_t *rect)
+{
+    constexpr bool fixed = std::is_integral_v<Real>;
+    std::vector<std::array<int32_t, 3>> ops;
+    int32_t p1[2] = {r1, c1}, p2[2] = {r2, c2};
+    if (c2 < c1)
+        std::swap(p1, p2);
+    if (!slowClip(p1, p2, rect))
+        return ops;
+    const int32_t dRow = p2[0] - p1[0], dCol = p2[1] - p1[1];
+    auto idx = [](Real x) {
+        if constexpr (fixed)
+            return std::min((std::abs(x) * 16) >> 10, 24);
+        else
+            return int32_t(std::min(std::floor(std::fabs(x) * 16 + Real(0.5)), Real(24)));
+    };
+    // Level lines and points walk with m = 0 (neighbours at index 16);
+    // vertical lines given bottom-up draw nothing.
+    if (dCol == 0 && dRow < 0)
+        return ops;
+    const bool colMajor = std::abs(dRow) <= dCol;
+    const int32_t minorLength = colMajor ? std::abs(dRow) : dCol, majorLength = colMajor ? dCol : std::abs(dRow);
+    Real m, cs, thr;
+    if constexpr (fixed) {
+        m = minorLength * 1024 / std::max(majorLength, 1);
+        cs = ((((m * m * m) >> 10) * 263) >> 20) + ((m * m * -560) >> 20) + ((-2 * m) >> 10) + 1024;
+        thr = ((512 - m) * cs) >> 10;
+    } else {
+        m = Real(minorLength) / Real(std::max(majorLength, 1)), cs = Real(1) / std::sqrt(Real(1) + m * m), thr = (Real(0.5) - m) * cs;
+    }
+    const int32_t sign = dRow > 0 ? 1 : -1;
+    int32_t r = colMajor || dRow >= 0 ? p1[0] : p2[0], c = colMajor || dRow >= 0 ? p1[1] : p2[1];
+    Real d = 0;
+    for (int32_t k = 0; k <= majorLength; ++k) {
+        ops.push_back({r, c, idx(d)});
+        if ((colMajor ? r : c) > rect[colMajor ? 0 : 2])
+            ops.push_back({r - colMajor, c - !colMajor, idx(sign > 0 ? d + cs : d - cs)});
+        if ((colMajor ? r : c) < rect[colMajor ? 1 : 3])
+            ops.push_back({r + colMajor, c + !colMajor, idx(sign > 0 ? d - cs : d + cs)});
+        // Row-major lines step within a tolerance that column-major ones lack.
+        const bool step = colMajor ? d >= thr : fixed ? d - thr >= -1 : d - thr > Real(-0.0001);
+        (colMajor ? r : c) += step ? sign : 0;
+        (colMajor ? c : r) += 1;
+        if constexpr (fixed)
+            d += step ? ((m - 1024) * cs) >> 10 : (cs * m) >> 10;
+        else
+            d += step ? (m - Real(1)) * cs : cs * m;
+    }
+    return ops;
+}
+
+template <class Tp, class Wp, class Rp, auto intensity, auto rgb>
+struct LineMember {
+    using T = Tp; using W = Wp; using Real = Rp;
+    static constexpr auto drawI = intensity, drawRgb = rgb;
+    static T blend(T old, W keep, W term) // integers: 32-bit, wrapping, the low bits stored
+    {
+        return std::is_floating_point_v<T> ? T(keep * old + term)
+                                           : T(uint32_t(int32_t(uint32_t(int32_t(keep)) * uint32_t(int32_t(old))) >> 10) + uint32_t(term));
+    }
+};
+#define LINE_MEMBER(S, T, W, R) LineMember<T, W, R, ORNEX_Draw_AA_Line_I_##S, ORNEX_Draw_AA_Line_RGB_##S>
+using LineMembers = ::testing::Types<LINE_MEMBER(D, double, double, double), LINE_MEMBER(R, float, float, float),
+                                     LINE_MEMBER(UI8, uint8_t, int16_t, int32_t), LINE_MEMBER(I8, int8_t, int16_t, int32_t),
+                                     LINE_MEMBER(UI16, uint16_t, uint16_t, int32_t),
+                                     LINE_MEMBER(I16, int16_t, int16_t, int32_t)>;
+template <class M>
+class AALine : public ::testing::Test {};
+TYPED_TEST_SUITE(AALine, LineMembers);
+
+// Random tables (keep weights 0, 1 and between; terms over the whole range,
+// so that integer members wrap), lines reaching far outside the rectangle.
+TYPED_TEST(AALine, RandomLinesAgainstTheWrittenOutBrush)
+{
+    using M = TypeParam;
+    using W = typename M::W;
+    std::mt19937 rng(3);
+    for (int trial = 0; trial < 600; ++trial) {
+        const int32_t far = trial % 6 == 0 ? 20000 : 35, level = uniform(rng, 1, 2);
+        const W one = std::is_floating_point_v<W> ? W(1) : W(1024);
+        std::vector<W> table(25 * (level + 3));
+        for (size_t d = 0; d < table.size(); ++d) {
+            const int32_t pick = d < 25 ? uniform(rng, 0, 3) : 3;
+            table[d] = pick == 0 ? W(0) : pick == 1 ? one : pick == 2 ? W(one * W(uniform(rng, 0, 64)) / W(64)) : randomValue<W>(rng);
+        }
+        const int32_t r1 = uniform(rng, -far / 4, far), c1 = uniform(rng, -far / 4, far);
+        const int32_t r2 = trial % 7 == 0 ? r1 : uniform(rng, -far / 4, far), c2 = trial % 11 == 0 ? c1 : uniform(rng, -far / 4, far);
+        Scene<typename M::T> s(rng, 21, 25, 1 + trial % 3);
+        const auto &rc = s.rc;
+        M::drawI(r1, c1, r2, c2, s.dst(), 21, rc[0], rc[1], rc[2], rc[3], table.data(), level, s.numPlanes, s.image.stride);
+        M::drawRgb(r1, c1, r2, c2, s.red(), s.green(), s.blue(), 21, rc[0], rc[1], rc[2], rc[3], table.data(), level);
+        for (const auto &[r, c, d] : slowBrush<typename M::Real>(r1, c1, r2, c2, rc.data()))
+            s.at(r, c, [&](auto old, int32_t p) { return M::blend(old, table[d], table[(level + p) * 25 + d]); });
+        ASSERT_TRUE(s.matches()) << trial;
+    }
+}
+
+// A probe table (keep nothing, add index + 1) shows the distance indices of
+// (0,0)-(1,4), m = 1/4. Floating: cos = 0.970143, thr = 0.242536, D = 0,
+// 0.2425, -0.4851, -0.2425, 0: indices 0, 4, 8, 4, 0 rounded; neighbours at
+// D -+ cos. Fixed: m = 256, cos = 4 - 35 - 1 + 1024 = 992, thr = 248, D = 0,
+// 248, -496, -248, 0: indices 0, 3, 7, 3, 0 truncated.
+TYPED_TEST(AALine, HandDerivedDistanceIndices)
+{
+    using M = TypeParam;
+    std::vector<typename M::W> table(50, 0);
+    for (int d = 0; d < 25; ++d)
+        table[25 + d] = typename M::W(d + 1);
+    std::vector<typename M::T> image(15, 0);
+    M::drawI(0, 0, 1, 4, image.data(), 3, 0, 2, 0, 4, table.data(), 1, 1, 0);
+    const std::vector<int> fixed{1, 16, 0, 4, 12, 0, 8, 8, 24, 12, 4, 20, 16, 1, 16};
+    const std::vector<int> floating{1, 17, 0, 5, 13, 0, 9, 9, 24, 13, 5, 20, 17, 1, 17};
+    EXPECT_EQ(std::vector<int>(image.begin(), image.end()), std::is_integral_v<typename M::Real> ? fixed : floating);
+    // The written-out blend by hand: no saturation, 200 + 100 is 44 in a
+    // byte; a signed pixel widens with its sign, (512 * -100) >> 10 = -50.
+    if constexpr (std::is_integral_v<typename M::T>) {
+        EXPECT_EQ(M::blend(200, 1024, 100), typename M::T(sizeof(typename M::T) == 1 ? 44 : 300));
+        EXPECT_EQ(M::blend(-100, 512, 0), std::is_signed_v<typename M::T> ? -50 : typename M::T(-100) / 2);
+    }
+}
+
+} // namespace
