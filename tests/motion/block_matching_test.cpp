@@ -26,13 +26,6 @@ template <class M>
 class BlockMatching : public ::testing::Test {};
 TYPED_TEST_SUITE(BlockMatching, Members);
 
-// Result k of displacement u across columns, v down rows.
-template <class M, class T = typename M::Image>
-void store(std::vector<T> &motion, size_t k, int32_t u, int32_t v)
-{
-    M::complexResult ? (motion[2 * k] = T(u), motion[2 * k + 1] = T(v)) : motion[k] = T(u * u + v * v);
-}
-
 // The driver written out: working images cleared and filled, the block grid walked columns outer, each block
 // searched by the member's kernel over its own position widened by the displacement, results in grid order.
 TYPED_TEST(BlockMatching, AgreesWithSlowDriver)
@@ -67,7 +60,8 @@ TYPED_TEST(BlockMatching, AgreesWithSlowDriver)
             for (int32_t r = r0; r < p2Rows - r0 - sR + 1; r += sR) {
                 TypeParam::search(blocks + (r - r0) + size_t(c - c0) * p1Rows, &want2[(r - r0) + size_t(c - c0) * p2Rows],
                                   p1Rows, p2Rows, bC, bR, bC + 2 * dC, bR + 2 * dR, &j, &i);
-                store<TypeParam>(want, k++, j - dC, i - dR);
+                const int32_t u = j - dC, v = i - dR; // across columns, down rows
+                TypeParam::complexResult ? (want[2 * k] = T(u), want[2 * k + 1] = T(v)) : want[k] = T(u * u + v * v), ++k;
             }
         }
         const std::vector<T> original1 = image1;

@@ -27,12 +27,8 @@ TYPED_TEST_SUITE(BlockSearch, Members);
 
 using Offset = std::array<int32_t, 2>; // column, row
 
-// rows x cols elements from `first` in a column-major plane of `stride` rows.
-template <class T>
-struct Window {
-    const T *first;
-    int32_t stride, rows, cols;
-};
+template <class T> // rows x cols elements from `first` in a column-major plane of `stride` rows
+struct Window { const T *first; int32_t stride, rows, cols; };
 
 template <class M, class T = typename M::T>
 Offset search(const Window<T> &b, const Window<T> &r, Offset best = {-77, -77})
@@ -40,9 +36,8 @@ Offset search(const Window<T> &b, const Window<T> &r, Offset best = {-77, -77})
     return M::search(b.first, r.first, b.stride, r.stride, b.cols, b.rows, r.cols, r.rows, &best[0], &best[1]), best;
 }
 
-// Both searches written plainly: each cost summed in T, columns outer and rows
-// inner; a strictly smaller cost replaces the best (so a NaN never does, but
-// the three-step search takes its first candidate whatever its cost).
+// Both searches written plainly: each cost summed in T, columns outer and rows inner; a strictly smaller cost
+// replaces the best (so a NaN never does, but the three-step search takes its first candidate whatever its cost).
 template <class M, class T = typename M::T>
 Offset slowSearch(const Window<T> &block, const Window<T> &region)
 {
@@ -59,8 +54,7 @@ Offset slowSearch(const Window<T> &block, const Window<T> &region)
         if (!scored || cost < bestCost) { scored = true, bestCost = cost, best = {j, i}; }
     };
     for (int32_t p = 0; M::full && nR > 0 && p < nR * std::max(nC, 0); ++p) { offer(p % nR, p / nR); }
-    // The step drops by one per round; grids move inward at the top and left
-    // and are clamped (repeating candidates) at the bottom and right.
+    // The step drops by one per round; grids move inward at the top and left, are clamped at the bottom and right.
     for (int32_t step = M::full ? 0 : std::min(nR / 2, nC / 2) / 2 + 1; step >= 1; --step, centre = best) {
         for (int32_t k = 0, j = std::max(0, centre[0] - step); k < 3; ++k, j = std::min(j + step, nC - 1)) {
             for (int32_t l = 0, i = std::max(0, centre[1] - step); l < 3; ++l, i = std::min(i + step, nR - 1)) { offer(i, j); }
@@ -98,16 +92,13 @@ TYPED_TEST(BlockSearch, AgreesWithSlowSearch)
 TYPED_TEST(BlockSearch, RoundedSumsAndRecoveredShifts)
 {
     using T = typename TypeParam::T;
-    const T zeros[3] = {};
     // Two candidates of a 3x1 zero block down one column: in single precision 2^24 + 1 + 1 and 4096^2 + 1 + 1 stay
     // 2^24, so candidate 0 ties candidate 1 and is kept; exact sums prefer candidate 1.
-    const std::vector<T> column = TypeParam::squared ? std::vector<T>{4096, 1, 1, T(4095.999755859375)}
-                                                     : std::vector<T>{16777216, 1, 1, 16777215};
-    EXPECT_EQ(search<TypeParam>({zeros, 3, 3, 1}, {column.data(), 4, 4, 1}), (Offset{0, sizeof(T) == 8}));
+    const T zeros[3] = {}, column[2][4] = {{16777216, 1, 1, 16777215}, {4096, 1, 1, T(4095.999755859375)}};
+    EXPECT_EQ(search<TypeParam>({zeros, 3, 3, 1}, {column[TypeParam::squared], 4, 4, 1}), (Offset{0, sizeof(T) == 8}));
     // A 16x16 block found on the three-step search's first grid: rows and columns 3, 7, 11 of 15x15 candidates.
-    std::mt19937 random(99);
     std::vector<T> image(50 * 51);
-    std::generate(image.begin(), image.end(), [&] { return T(random() % 1000); });
+    std::generate(image.begin(), image.end(), [random = std::mt19937(99)]() mutable { return T(random() % 1000); });
     for (const auto &[row, col] : {std::pair{3, 3}, {7, 11}, {11, 7}, {3, 11}, {11, 3}, {7, 7}}) {
         const Window<T> block{&image[17 + 21 * 50], 50, 16, 16}, region{&image[17 - row + (21 - col) * 50], 50, 30, 30};
         EXPECT_EQ(search<TypeParam>(block, region), (Offset{col, row}));

@@ -86,12 +86,8 @@ TYPED_TEST(HornSchunck, AgreesWithSlowFlow)
         const int32_t m = pick(1, 7), n = pick(1, 7), sweeps = pick(1, 4), mode = trial % 3;
         const T lambda = T(pick(1, 16)) / 4;
         std::vector<T> i1(size_t(m) * n), i2(i1.size());
-        for (size_t p = 0; p < i1.size(); ++p) {
-            i1[p] = T(trial % 2 ? pick(0, 9) : std::uniform_real_distribution<double>(-50, 50)(random));
-            i2[p] = trial % 7 ? i1[p] + T(pick(-2, 2)) : i1[p];
-        }
-        // Modes: a threshold met exactly by a sweep's change, which must not stop (200 sweeps at most); a threshold
-        // alone; a sweep count alone.
+        for (size_t p = 0; p < i1.size(); ++p) { i1[p] = T(trial % 2 ? pick(0, 9) : pick(-500, 500) / 9.0), i2[p] = i1[p] + T(trial % 7 ? pick(-2, 2) : 0); }
+        // A threshold met exactly by a sweep's change, which does not stop (200 sweeps at most); a threshold; a count.
         const T threshold = mode ? T(pick(1, 100)) / 64 : SlowFlow<T>(i1, i2, m, n, lambda, true, false, sweeps, 0).changes.back();
         const int32_t cap = mode == 0 ? 200 : sweeps;
         const SlowFlow<T> want(i1, i2, m, n, lambda, mode != 1, mode != 2, cap, threshold);
@@ -100,11 +96,9 @@ TYPED_TEST(HornSchunck, AgreesWithSlowFlow)
         for (int k = 0; k < 8; ++k) { ASSERT_EQ(std::vector<T>(d[k + 4 * (k > 1)].begin(), d[k + 4 * (k > 1)].begin() + m * n), want.d[k]); }
         const auto real = run<TypeParam>(realFlow, i1, i2, m, n, lambda, mode != 1, mode != 2, cap, threshold);
         const auto complex = run<TypeParam>(complexFlow, i1, i2, m, n, lambda, mode != 1, mode != 2, cap, threshold);
-        for (int32_t i = 0; i < m * n; ++i) {
-            const T u = want.u[i], v = want.v[i];
-            // _C/_Z set u and v aside in the first and third product arrays.
-            ASSERT_EQ(std::vector<T>({real[0][i], real[1][i], complex[0][2 * i], complex[0][2 * i + 1], complex[6][i], complex[8][i]}),
-                      std::vector<T>({u * u + v * v, v, u, v, u, v})) << i;
+        for (int32_t i = 0; i < m * n; ++i) { // _C/_Z set u and v aside in the first and third product arrays
+            const T u = want.u[i], v = want.v[i], got[6] = {real[0][i], real[1][i], complex[0][2 * i], complex[0][2 * i + 1], complex[6][i], complex[8][i]};
+            ASSERT_EQ(std::vector<T>(got, got + 6), std::vector<T>({u * u + v * v, v, u, v, u, v})) << i;
         }
     }
 }
@@ -122,8 +116,8 @@ TYPED_TEST(HornSchunck, ImagesWithoutPixelsTouchNoBuffer)
 TYPED_TEST(HornSchunck, RampMovingRightGivesTheDefinedSign)
 {
     using T = typename TypeParam::T;
-    // I = c moving 0.4 columns right: It = -0.4, Iy = 0 and, away from the first and last columns, Ix = -1 (previous
-    // minus next), so Ix u + It = 0 at u = -0.4: the flow has the opposite sign of the motion; v stays 0.
+    // I = c moving 0.4 columns right: It = -0.4, Iy = 0 and away from the edges Ix = -1 (previous minus next), so
+    // Ix u + It = 0 at u = -0.4: the flow has the opposite sign of the motion; v stays 0.
     std::vector<T> image1(30 * 40), image2(30 * 40);
     for (size_t p = 0; p < image1.size(); ++p) { image1[p] = T(p / 30), image2[p] = T(p / 30 - 0.4); }
     const auto flow = run<TypeParam>(complexFlow, image1, image2, 30, 40, T(1), true, false, 300, T(0));
