@@ -1,230 +1,149 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <cmath>
-#include <cstdint>
-#include <memory>
-#include <utility>
+#include <random>
 #include <vector>
 
-#include "flow_images.hpp"
 #include "ornex_rt.h"
 
 namespace {
 
-TEST(LucasKanadeKernels, TemporalFilterMeetsTheLastFrameWithTheFirstTap)
-{
-    const std::vector<double> f0 = {1, 2, 3}, f1 = {10, 20, 40};
-    const double *frames[2] = {f0.data(), f1.data()};
-    const double taps[2] = {1, -1};
-    std::vector<double> out(3, -1);
-    ORNEX_OFLK_ConvT_D(frames, out.data(), taps, 3, 2);
-    EXPECT_EQ(out, (std::vector<double>{9, 18, 37}));
-    ORNEX_OFLK_ConvT_D(frames, out.data(), taps, 0, 2);
-    EXPECT_EQ(out, (std::vector<double>{9, 18, 37})) << "no pixels: nothing written";
-}
-
-TEST(LucasKanadeKernels, SpatialFiltersCorrelateAndClearEveryBorder)
-{
-    // in(r, c) = 10 r + c on 5 rows by 6 columns, taps (1, 2, 4), h = 1.
-    const int32_t rows = 5, cols = 6;
-    std::vector<float> in(rows * cols), out(rows * cols, -1);
-    for (int32_t c = 0; c < cols; ++c) {
-        for (int32_t r = 0; r < rows; ++r) {
-            in[r + c * rows] = float(10 * r + c);
-        }
-    }
-    const float taps[3] = {1, 2, 4};
-    ORNEX_OFLK_ConvX_R(in.data(), out.data(), taps, rows, cols, 3);
-    for (int32_t c = 0; c < cols; ++c) {
-        for (int32_t r = 0; r < rows; ++r) {
-            const bool inside = r >= 1 && r < rows - 1 && c >= 1 && c < cols - 1;
-            // 1 in(c-1) + 2 in(c) + 4 in(c+1) = 70 r + 7 c + 3.
-            EXPECT_EQ(out[r + c * rows], inside ? float(70 * r + 7 * c + 3) : 0.0f) << r << "," << c;
-        }
-    }
-    ORNEX_OFLK_ConvY_R(in.data(), out.data(), taps, rows, cols, 3);
-    for (int32_t c = 0; c < cols; ++c) {
-        for (int32_t r = 0; r < rows; ++r) {
-            const bool inside = r >= 1 && r < rows - 1 && c >= 1 && c < cols - 1;
-            // 1 in(r-1) + 2 in(r) + 4 in(r+1) = 70 r + 30 + 7 c.
-            EXPECT_EQ(out[r + c * rows], inside ? float(70 * r + 30 + 7 * c) : 0.0f) << r << "," << c;
-        }
-    }
-    // Five taps on 4x4: no pixel lies two away from every edge.
-    std::vector<double> small(16, 3), smallOut(16, -1);
-    const double five[5] = {1, 1, 1, 1, 1};
-    ORNEX_OFLK_ConvX_D(small.data(), smallOut.data(), five, 4, 4, 5);
-    EXPECT_EQ(smallOut, std::vector<double>(16, 0));
-}
-
-struct FixedFilterRun {
-    int32_t rows, cols;
-    std::vector<double> result, sums[5];
-
-    FixedFilterRun(const std::vector<double> &image1, const std::vector<double> &image2, int32_t m, int32_t n,
-                   double threshold, bool complexResult = false)
-        : rows(m), cols(n), result((complexResult ? 2 : 1) * m * n, -7)
-    {
-        for (auto &s : sums) {
-            s.assign(m * n, -7);
-        }
-        auto run = complexResult ? ORNEX_OpticalFlow_LK_Z : ORNEX_OpticalFlow_LK_D;
-        run(image1.data(), image2.data(), result.data(), sums[0].data(), sums[1].data(), sums[2].data(),
-            sums[3].data(), sums[4].data(), &threshold, m, n);
-    }
-    double sum(int k, int32_t r, int32_t c) const { return sums[k][r + c * rows]; }
+template <class Element, bool isComplex, auto fixed, auto gder, auto convT, auto convX, auto convY>
+struct Member {
+    using T = Element;
+    static constexpr bool complexResult = isComplex;
+    static constexpr auto lk = fixed, lkGder = gder, temporal = convT, acrossColumns = convX, downRows = convY;
 };
+#define ORNEX_MEMBER(T, complex, S, K)                                                                             \
+    Member<T, complex, ORNEX_OpticalFlow_LK_##S, ORNEX_OpticalFlow_LK_GDER_##S, ORNEX_OFLK_ConvT_##K, ORNEX_OFLK_ConvX_##K, ORNEX_OFLK_ConvY_##K>
+using Members = ::testing::Types<ORNEX_MEMBER(double, false, D, D), ORNEX_MEMBER(float, false, R, R),
+                                 ORNEX_MEMBER(float, true, C, R), ORNEX_MEMBER(double, true, Z, D)>;
+template <class M>
+class LucasKanade : public ::testing::Test {};
+TYPED_TEST_SUITE(LucasKanade, Members);
 
-TEST(LucasKanadeFixed, TermsOutsideTheImageAreLeftOut)
+template <class T>
+using Image = std::vector<T>;
+
+// Correlation centred at h = taps/2 across columns or down rows, summed in tap order. Where the taps reach outside
+// the image, the pixel is 0 (`leaveOut` false) or only the terms inside are summed.
+template <class T>
+Image<T> slowCorrelate(const Image<T> &in, int32_t m, int32_t n, const Image<T> &taps, bool acrossColumns, bool leaveOut)
 {
-    // I(r, c) = c and It = 1 on 12 x 12. Ix = -1 where all four taps fit
-    // (columns 2..9); in column 0 only -2/3 I(1) + 1/12 I(2) = -1/2; in
-    // column 1 2/3 I(0) - 2/3 I(2) + 1/12 I(3) = -13/12. On rows 2..9 all the
-    // weights down the rows are present and sum to 1, so d = sum w Ix It is
-    // the sum across columns: column 0 gets 3/8 (-1/2) + 1/4 (-13/12) +
-    // 1/16 (-1) = -25/48, column 5 gets -1.
-    const int32_t rows = 12, cols = 12;
-    std::vector<double> image1(rows * cols), image2(rows * cols);
-    for (int32_t c = 0; c < cols; ++c) {
-        for (int32_t r = 0; r < rows; ++r) {
-            image1[r + c * rows] = c;
-            image2[r + c * rows] = c + 1;
+    const int32_t h = int32_t(taps.size()) / 2;
+    Image<T> out(in.size(), T(0));
+    for (int32_t p = 0, r = 0, c = 0; p < m * n; r = ++p % m, c = p / m) {
+        for (int32_t k = 0; k < int32_t(taps.size()) && (leaveOut || (std::min(r, c) >= h && r < m - h && c < n - h)); ++k) {
+            const int32_t row = acrossColumns ? r : r - h + k, col = acrossColumns ? c - h + k : c;
+            out[p] = row >= 0 && row < m && col >= 0 && col < n ? out[p] + taps[k] * in[row + col * m] : out[p];
         }
     }
-    const FixedFilterRun run(image1, image2, rows, cols, 1e30);
-    for (int32_t r = 2; r <= 9; ++r) {
-        EXPECT_NEAR(run.sum(3, r, 0), -25.0 / 48, 1e-14);
-        EXPECT_NEAR(run.sum(3, r, 5), -1.0, 1e-14);
-    }
-    // Down the rows the taps cancel on rows 2..9, but row 0 keeps only
-    // -2/3 I(1) + 1/12 I(2) = -7c/12 and row 1 only 2/3 I(0) - 2/3 I(2) +
-    // 1/12 I(3) = c/12. Across columns 3..7 the weights average c to 5, so
-    // e at row 0 is 3/8 (-35/12) + 1/4 (5/12) = -95/96; rows 4..7 stay 0.
-    EXPECT_NEAR(run.sum(4, 0, 5), -95.0 / 96, 1e-13);
-    for (int32_t r = 4; r <= 7; ++r) {
-        EXPECT_NEAR(run.sum(4, r, 5), 0.0, 1e-13);
-    }
-    // Nothing passes an enormous threshold.
-    EXPECT_EQ(run.result, std::vector<double>(rows * cols, 0));
+    return out;
 }
 
-TEST(LucasKanadeFixed, EigenvalueEqualToTheThresholdPasses)
-{
-    // A black image: a = b = c = 0, so both eigenvalues are 0. A threshold
-    // of 0 lets both pass and the full solution divides 0 by a zero
-    // determinant; any positive threshold gives 0.
-    const std::vector<double> black(25, 0);
-    const FixedFilterRun passing(black, black, 5, 5, 0.0);
-    for (double value : passing.result) {
-        EXPECT_TRUE(std::isnan(value));
-    }
-    const FixedFilterRun failing(black, black, 5, 5, 1e-300);
-    EXPECT_EQ(failing.result, std::vector<double>(25, 0));
-}
-
-TEST(LucasKanadeFixed, TranslatedPatternGivesTheDefinedSign)
-{
-    // Content moving 0.3 rows down and 0.4 columns right; with the
-    // previous-minus-next derivative the solution is u = -0.4, v = -0.3.
-    const int32_t rows = 30, cols = 30;
-    const auto image1 = smoothPattern<double>(rows, cols, 0, 0);
-    const auto image2 = smoothPattern<double>(rows, cols, 0.3, 0.4);
-    const FixedFilterRun run(image1, image2, rows, cols, 1e-3, true);
-    EXPECT_NEAR(interiorMean(run.result, rows, cols, 5, 2, 0), -0.4, 0.05);
-    EXPECT_NEAR(interiorMean(run.result, rows, cols, 5, 2, 1), -0.3, 0.05);
-    const FixedFilterRun squared(image1, image2, rows, cols, 1e-3);
-    EXPECT_NEAR(interiorMean(squared.result, rows, cols, 5), 0.25, 0.05);
-}
-
-// The Gaussian-derivative driver on three frames with forward-looking
-// filters: temporal derivative (1, 0, -1)/2 meets the last frame first, so it
-// is (F2 - F0)/2; spatial derivative (-1/2, 0, 1/2) is (next - previous)/2.
+// Frames from `first` on; the last frame meets the first tap.
 template <class T>
-std::vector<T> gder(const std::vector<std::vector<T>> &frames, int32_t rows, int32_t cols, T threshold,
-                    bool normalFlow, bool complexResult)
+Image<T> slowTemporal(const std::vector<Image<T>> &frames, size_t first, const Image<T> &taps)
 {
-    const T tempDeriv[3] = {0.5, 0, -0.5}, spatDeriv[3] = {-0.5, 0, 0.5};
-    const T tempSmooth[1] = {1}, spatSmooth[3] = {0.25, 0.5, 0.25};
-    const T window[5] = {1.0 / 16, 4.0 / 16, 6.0 / 16, 4.0 / 16, 1.0 / 16};
-    const T *framePointers[3] = {frames[0].data(), frames[1].data(), frames[2].data()};
-    std::vector<T> result((complexResult ? 2 : 1) * rows * cols, T(-7));
-    std::vector<T> sums[5];
-    for (auto &s : sums) {
-        s.assign(rows * cols, T(-7));
+    Image<T> out(frames[0].size(), T(0));
+    for (size_t p = 0; p < out.size(); ++p) {
+        for (size_t k = 0; k < taps.size(); ++k) { out[p] = out[p] + taps[k] * frames[first + taps.size() - 1 - k][p]; }
     }
-    auto run = [&](auto flow) {
-        flow(framePointers, result.data(), sums[0].data(), sums[1].data(), sums[2].data(), sums[3].data(),
-             sums[4].data(), &threshold, tempDeriv, spatDeriv, tempSmooth, spatSmooth, window, rows, cols, 3, 3, 1, 3,
-             5, normalFlow);
-    };
-    if constexpr (std::is_same_v<T, double>) {
-        complexResult ? run(ORNEX_OpticalFlow_LK_GDER_Z) : run(ORNEX_OpticalFlow_LK_GDER_D);
-    } else {
-        complexResult ? run(ORNEX_OpticalFlow_LK_GDER_C) : run(ORNEX_OpticalFlow_LK_GDER_R);
-    }
-    return result;
+    return out;
 }
 
-TEST(LucasKanadeGaussianDerivative, ImagesWithoutPixelsTouchNoBuffer)
+TYPED_TEST(LucasKanade, AgreesWithSlowFlow)
 {
-    // Every buffer a heap block of exactly its stated size, none when M or N
-    // is below 1, so that AddressSanitizer sees any element touched: -2 x -3
-    // is not six pixels.
-    const std::unique_ptr<double[]> none(new double[0]);
-    double *nothing = none.get();
-    const double *frames[1] = {nothing};
-    const double one = 1;
-    for (const auto &[rows, cols] : {std::pair{0, 4}, {-1, 4}, {-2, -3}}) {
-        ORNEX_OpticalFlow_LK_GDER_D(frames, nothing, nothing, nothing, nothing, nothing, nothing, &one, &one, &one,
-                                    &one, &one, &one, rows, cols, 1, 1, 1, 1, 1, 1);
-    }
-}
-
-TEST(LucasKanadeGaussianDerivative, TranslatedPatternMovesWithTheContent)
-{
-    // Content moving 0.25 rows down and 0.5 columns right per frame; with
-    // forward-looking filters the flow has the motion's own sign. The
-    // smoothing frame is the middle one: the one-tap smoothing filter starts
-    // (3 - 1)/2 = 1 frame later.
-    const int32_t rows = 32, cols = 32;
-    std::vector<std::vector<float>> frames;
-    for (int k = 0; k < 3; ++k) {
-        frames.push_back(smoothPattern<float>(rows, cols, 0.25 * k, 0.5 * k));
-    }
-    const auto flow = gder<float>(frames, rows, cols, 1e-3f, false, true);
-    EXPECT_NEAR(interiorMean(flow, rows, cols, 6, 2, 0), 0.5, 0.05);
-    EXPECT_NEAR(interiorMean(flow, rows, cols, 6, 2, 1), 0.25, 0.05);
-    // Only the first two rows and columns are cleared by the solve.
-    for (int32_t c = 0; c < cols; ++c) {
-        EXPECT_EQ(flow[2 * (0 + c * rows)], 0.0f);
-        EXPECT_EQ(flow[2 * (1 + c * rows) + 1], 0.0f);
-    }
-}
-
-TEST(LucasKanadeGaussianDerivative, WeakDirectionGivesNormalFlowOnlyWhenAsked)
-{
-    // Stripes across the columns moving 0.4 columns right per frame, over a
-    // faint static texture down the rows: the larger eigenvalue (about 100)
-    // passes a threshold of 1, the smaller (about 0.1) does not.
-    const int32_t rows = 24, cols = 24;
-    std::vector<std::vector<double>> frames(3, std::vector<double>(rows * cols));
-    for (int k = 0; k < 3; ++k) {
-        for (int32_t c = 0; c < cols; ++c) {
-            for (int32_t r = 0; r < rows; ++r) {
-                frames[k][r + c * rows] = 50 * std::sin(0.3 * (c - 0.4 * k)) + 2 * std::sin(0.25 * r);
+    using T = typename TypeParam::T;
+    const Image<T> derivative = {T(-1) / T(12), T(2) / T(3), T(0), T(-2) / T(3), T(1) / T(12)}, binomial = {T(1) / T(16), T(1) / T(4), T(3) / T(8), T(1) / T(4), T(1) / T(16)};
+    std::mt19937 random(8);
+    auto pick = [&](int lo, int hi) { return std::uniform_int_distribution<int>(lo, hi)(random); };
+    for (int trial = 0; trial < 600; ++trial) {
+        const bool gder = trial % 2, complex = TypeParam::complexResult;
+        const int32_t m = pick(1, 9), n = pick(1, 9), pattern = trial / 2 % 4, normalFlow = trial / 8 % 2 * (1 + trial % 200);
+        Image<T> taps[5], got[5]; // temporal derivative and smoothing, spatial derivative and smoothing, window
+        for (auto &filter : taps) { filter.resize(size_t(pick(1, 5))), std::generate(filter.begin(), filter.end(), [&] { return T(pick(-8, 8)) / 8; }); }
+        const size_t ld = taps[0].size(), ls = taps[1].size(); // Frames of noise; of stripes across the columns (Iy = 0: an eigenvalue 0); flat; of reals.
+        std::vector<Image<T>> frames(std::max<size_t>({2, ld, ls}), Image<T>(size_t(m) * n));
+        std::vector<const T *> pointers;
+        for (auto &frame : frames) {
+            const int32_t offset = pick(0, 3);
+            for (int32_t p = 0; p < m * n; ++p) { frame[p] = T(pattern == 0 ? pick(0, 9) : pattern == 1 ? p / m * (p / m) % 7 + offset : pattern == 2 ? offset : std::sin(p + offset)); }
+            pointers.push_back(frame.data());
+        }
+        auto separable = [&](const Image<T> &in, const Image<T> &across, const Image<T> &down, bool leaveOut) {
+            return slowCorrelate(slowCorrelate(in, m, n, across, true, leaveOut), m, n, down, false, leaveOut);
+        };
+        // GDER: both temporal filters centred on the same frame. Fixed: five-point differences with the
+        // previous-minus-next sign, terms outside the image left out, and It = image2 - image1.
+        const Image<T> smoothed = slowTemporal(frames, ld > ls ? (ld - ls) / 2 : 0, taps[1]);
+        const Image<T> ix = gder ? separable(smoothed, taps[2], taps[3], false) : slowCorrelate(frames[0], m, n, derivative, true, true);
+        const Image<T> iy = gder ? separable(smoothed, taps[3], taps[2], false) : slowCorrelate(frames[0], m, n, derivative, false, true);
+        Image<T> it = separable(slowTemporal(frames, ld > ls ? 0 : (ls - ld) / 2, taps[0]), taps[3], taps[3], false);
+        Image<T> sums[5] = {ix, ix, iy, ix, iy}; // a, b, c, d, e
+        for (size_t p = 0; p < it.size(); ++p) {
+            it[p] = gder ? it[p] : frames[1][p] - frames[0][p];
+            sums[0][p] *= ix[p], sums[1][p] *= iy[p], sums[2][p] *= iy[p], sums[3][p] *= it[p], sums[4][p] *= it[p];
+        }
+        for (auto &sum : sums) { sum = gder ? separable(sum, taps[4], taps[4], false) : separable(sum, binomial, binomial, true); }
+        // Per pixel, the eigenvalues of [[a, b], [b, c]] and the full solution of it (u, v) = -(d, e).
+        auto solve = [&](size_t i) {
+            const T a = sums[0][i], b = sums[1][i], c = sums[2][i], d = sums[3][i], e = sums[4][i], negDet = b * b - a * c;
+            const T mean = T(0.5) * (a + c), spread = T(0.5) * std::sqrt((a - c) * (a - c) + T(4) * b * b);
+            return std::array<T, 9>{mean - spread, mean + spread, -(e * b - c * d) / negDet, -(b * d - e * a) / negDet, a, b, c, negDet, d + e};
+        };
+        // Thresholds met exactly by an eigenvalue (equal passes), or small integers.
+        const T threshold = trial % 6 < 4 ? solve(size_t(pick(0, m * n - 1)))[trial % 6 / 2] : T(pick(-1, 2));
+        Image<T> want(it.size() * (complex ? 2 : 1), T(0)), result(want.size(), T(-7));
+        for (size_t i = 0; i < it.size(); ++i) {
+            const auto [smaller, larger, u, v, a, b, c, negDet, dPlusE] = solve(i);
+            const T x = a + b, y = b + c, norm = x * x + y * y, k = -dPlusE / norm;
+            const T g = T(1) / std::sqrt((a - larger) * (a - larger) + b * b), n1 = b * g, n2 = (larger - a) * g;
+            const T along = -(u * n1 + v * n2);
+            auto put = [&](T re, T im, T squared) { complex ? (want[2 * i] = re, want[2 * i + 1] = im) : want[i] = squared; };
+            if (gder && (int32_t(i) % m < int32_t(taps[4].size()) / 2 || int32_t(i) / m < int32_t(taps[4].size()) / 2)) {
+                continue; // the first numWindowTaps/2 rows and columns
+            } else if (gder ? !(smaller < threshold) && negDet < 0 : larger >= threshold && !(smaller < threshold)) {
+                put(u, v, u * u + v * v); // a zero determinant is divided by
+            } else if (!gder && larger >= threshold && !(norm < 0)) {
+                put(x * k, y * k, x * k * (x * k) + y * k * (y * k)); // only the larger passes: along [[a, b], [b, c]] (1, 1)
+            } else if (gder && normalFlow && !(larger < threshold) && std::fabs(negDet) > T(1e-8 / 255)) {
+                // Projected on the unit eigenvector (n1, n2) of the larger eigenvalue; minus sign and crossed parts on purpose.
+                put(along * n2, along * n1, along * along * (n1 * n1 + n2 * n2));
             }
         }
+        std::fill_n(got, 5, Image<T>(it.size(), T(-7)));
+        gder ? TypeParam::lkGder(pointers.data(), result.data(), got[0].data(), got[2].data(), got[1].data(), got[3].data(), got[4].data(),
+                                 &threshold, taps[0].data(), taps[2].data(), taps[1].data(), taps[3].data(), taps[4].data(), m, n,
+                                 int32_t(ld), int32_t(taps[2].size()), int32_t(ls), int32_t(taps[3].size()), int32_t(taps[4].size()),
+                                 uint8_t(normalFlow))
+             : TypeParam::lk(frames[0].data(), frames[1].data(), result.data(), got[0].data(), got[1].data(), got[2].data(),
+                             got[3].data(), got[4].data(), &threshold, m, n);
+        SCOPED_TRACE(testing::Message() << "trial " << trial << ": " << m << "x" << n);
+        for (int k = 0; k < 5; ++k) { ASSERT_EQ(got[k], sums[k]) << "sum " << k; }
+        ASSERT_TRUE(std::equal(result.begin(), result.end(), want.begin(), want.end(), [](T a, T b) { return a == b || (a != a && b != b); }));
+        // The exported convolutions on their own.
+        TypeParam::acrossColumns(frames[0].data(), got[0].data(), taps[2].data(), m, n, int32_t(taps[2].size()));
+        TypeParam::downRows(frames[0].data(), got[1].data(), taps[3].data(), m, n, int32_t(taps[3].size()));
+        TypeParam::temporal(pointers.data(), got[2].data(), taps[0].data(), m * n, int32_t(ld));
+        ASSERT_EQ(std::vector<Image<T>>(got, got + 3), (std::vector<Image<T>>{slowCorrelate(frames[0], m, n, taps[2], true, false),
+                                        slowCorrelate(frames[0], m, n, taps[3], false, false), slowTemporal(frames, 0, taps[0])}));
     }
-    EXPECT_EQ(gder<double>(frames, rows, cols, 1.0, false, true), std::vector<double>(2 * rows * cols, 0.0));
-    // The normal (n1, n2) is close to (+-1, 0) and the full solution to
-    // (0.4, 0), so s = -(0.4 n1) and the crossed placement puts s n2 (about
-    // 0) in the real part and s n1 = -0.4 n1^2 in the imaginary part.
-    const auto normal = gder<double>(frames, rows, cols, 1.0, true, true);
-    EXPECT_NEAR(interiorMean(normal, rows, cols, 6, 2, 0), 0.0, 0.05);
-    EXPECT_NEAR(interiorMean(normal, rows, cols, 6, 2, 1), -0.4, 0.05);
-    // The real-valued member gives s^2 (n1^2 + n2^2), about 0.16.
-    const auto squared = gder<double>(frames, rows, cols, 1.0, true, false);
-    EXPECT_NEAR(interiorMean(squared, rows, cols, 6), 0.16, 0.03);
+}
+
+// Below one row, column or pixel nothing is read or written: one sentinel serves as every buffer.
+TYPED_TEST(LucasKanade, ImagesWithoutPixelsTouchNoBuffer)
+{
+    for (const auto &[m, n] : {std::pair{0, 3}, {3, 0}, {0, 0}, {-1, 3}, {3, -2}, {-2, -3}}) {
+        typename TypeParam::T b = -7, *frames[1] = {&b};
+        TypeParam::lk(&b, &b, &b, &b, &b, &b, &b, &b, &b, m, n);
+        TypeParam::lkGder(frames, &b, &b, &b, &b, &b, &b, &b, &b, &b, &b, &b, &b, m, n, 1, 1, 1, 1, 1, 1);
+        TypeParam::acrossColumns(&b, &b, &b, m, n, 1), TypeParam::downRows(&b, &b, &b, m, n, 1);
+        TypeParam::temporal(frames, &b, &b, std::min(m, n), 1);
+        EXPECT_EQ(b, -7) << m << " x " << n;
+    }
 }
 
 } // namespace
