@@ -51,12 +51,7 @@ Image<double> fromFileOrder(const Samples &samples, int32_t cols, int32_t planes
 }
 
 // Samples that run through every byte value, neighbours and planes all different.
-Samples ramp(size_t count)
-{
-    Samples samples(count);
-    std::ranges::generate(samples, [k = 0u]() mutable { return k++ * 37 % 256; });
-    return samples;
-}
+Samples ramp(size_t count) { Samples samples(count); std::ranges::generate(samples, [k = 0u]() mutable { return k++ * 37 % 256; }); return samples; }
 
 const std::map<std::string, std::function<int(const std::vector<std::string> &)>> actions = {
     {"edges", runEdges}, {"lines", runLines}, {"motion", runMotion}, {"flow", runFlow}, {"warp", runWarp},
@@ -76,16 +71,17 @@ std::string run(const std::string &line)
 }
 
 // Each test runs in a fresh folder holding a 48 x 48 grey texture t.pgm, the same moved one row down and two columns
-// right (t12.pgm), one column right (t01.pgm) or one of each (t11.pgm), a colour c.ppm and a folder d.png.
+// right (t12.pgm), one column right (t01.pgm) or one of each (t11.pgm), noise n.pgm and n12.pgm, a colour c.ppm, a folder d.png.
 struct InFolder : testing::Test {
     static double texture(int r, int c) { return std::round(128 + 64 * std::sin(0.3 * c + 0.2 * r) + 51 * std::cos(0.25 * r - 0.1 * c)) / 255; }
+    static double noise(int r, int c) { return ((r * r * 31 + c * c * 17 + r * c * 7) & 255) / 255.0; }
     void SetUp() override
     {
         std::string name = (fs::temp_directory_path() / "ornex-tool-XXXXXX").string();
         fs::current_path(folder = mkdtemp(name.data()));
-        for (const auto &[file, dr, dc] : {std::tuple{"t.pgm", 0, 0}, {"t12.pgm", 1, 2}, {"t01.pgm", 0, 1}, {"t11.pgm", 1, 1}}) {
+        for (const auto &[file, dr, dc] : {std::tuple{"t.pgm", 0, 0}, {"t12.pgm", 1, 2}, {"t01.pgm", 0, 1}, {"t11.pgm", 1, 1}, {"n.pgm", 0, 0}, {"n12.pgm", 1, 2}}) {
             Image<double> image(48, 48);
-            for (int k = 0; k < 48 * 48; ++k) image(k % 48, k / 48) = texture(k % 48 - dr, k / 48 - dc);
+            for (int k = 0; k < 48 * 48; ++k) image(k % 48, k / 48) = (file[0] == 'n' ? noise : texture)(k % 48 - dr, k / 48 - dc);
             writeImage(file, image);
         }
         writeImage("c.ppm", Image<double>(4, 4, 3, 0.5)), fs::create_directory("d.png");
@@ -118,7 +114,7 @@ TEST_P(ImageFiles, ReadBackExactly)
         EXPECT_EQ(slurp(path), (test.planes == 3 ? "P6\n" : "P5\n") + std::to_string(test.cols) + ' ' + std::to_string(expected.rows()) + "\n255\n" +
                                    std::string(test.samples.begin(), test.samples.end()));
     }
-    EXPECT_EQ(snapshot().size(), 7u); // the six files of every test and this one: no temporary file left behind
+    EXPECT_EQ(snapshot().size(), 9u); // the eight files of every test and this one: no temporary file left behind
 }
 
 // Palette colours 0 to 3. The interlaced 3 x 1 PNG: pass 1 holds column 0, pass 4 column 2, pass 6 column 1, the others nothing.
@@ -162,10 +158,11 @@ TEST_F(InFolder, BadInputsAreRefusedWithTheirMessage)
     badCrc[29] ^= 0x55; // in the CRC of IHDR
     const std::string magic = "not a PNG, PGM or PPM file", cut = "truncated pixel data", range = " header (maximum value must be 1 to 65535)";
     const std::pair<std::string, std::string> unreadable[] = { // file content, why
-        {"", magic}, {"P4 1 1\n\x80", magic}, {"P5x", magic}, {"\x89PNG\r\n", magic}, {"P5 1 1 255", cut}, {"P5\n3 2\n255\n\1\2\3\4\5", cut},
-        {"P5\n2 1\n65535\n\1\2\3", cut}, {"P6\n1 1\n255\n\1\2", cut}, {"P2 2 2 9\n1 2 3\n", cut}, {"P6\n2 2", "truncated PPM header"},
-        {"P5\nx 2\n255\n", "invalid PGM header"}, {"P5\n1 1\n255x\1", "invalid PGM header"}, {"P5\n0 2\n255\n", "invalid PGM header (no pixels)"},
-        {"P5\n1 1\n0\n\1", "invalid PGM" + range}, {"P6\n1 1\n65536\n\1\1\1\1\1\1", "invalid PPM" + range}, {"P5\n99999999999 1\n255\n", "image too large"},
+        {"", magic}, {"\x89PNG\r\n\x1a\r 1 1 255\n", magic}, {"\x89PNG\r\n\x1a\n"s, "truncated PNG data"}, {"P4 1 1\n\x80", magic}, {"P5x", magic},
+        {"\x89PNG\r\n", magic}, {"P5 1 1 255", cut}, {"P5\n3 2\n255\n\1\2\3\4\5", cut}, {"P5\n2 1\n65535\n\1\2\3", cut}, {"P6\n1 1\n255\n\1\2", cut},
+        {"P2 2 2 9\n1 2 3\n", cut}, {"P6\n2 2", "truncated PPM header"}, {"P5\nx 2\n255\n", "invalid PGM header"},
+        {"P5\n1 1\n255x\1", "invalid PGM header"}, {"P5\n0 2\n255\n", "invalid PGM header (no pixels)"}, {"P5\n1 1\n0\n\1", "invalid PGM" + range},
+        {"P6\n1 1\n65536\n\1\1\1\1\1\1", "invalid PPM" + range}, {"P5\n99999999999 1\n255\n", "image too large"},
         {"P5\n2 1\n200\n\xc8\xc9", "pixel value 201 above the maximum 200"}, {"P2\n2 1\n9\n3 10\n", "pixel value 10 above the maximum 9"},
         {"P3\n1 1\n9\n3 x 1\n", "invalid pixel value"}, {"P2\n1 1\n9\n3x\n", "invalid pixel value"}, {png(50000, 50000, 8, 0, ""), "image too large"},
         {good.substr(0, 20), "truncated PNG data"}, {good.substr(0, 70), "truncated PNG data"}, {good.substr(0, good.size() - 13), "truncated PNG data"},
@@ -190,7 +187,7 @@ TEST_F(InFolder, BadInputsAreRefusedWithTheirMessage)
         {"warp t.pgm o.png", "--to: the four output corners are required"}, {"warp t.pgm o.png --to 1,2,3", "--to: expects 8 comma-separated numbers"},
         {"warp t.pgm o.png --to 0,0,0,1,1,1,1,0 --size 0,5", "--size: expects ROWS,COLS from 1 to 30000"},
         {"draw o.png line:1,1,2,2 --size 5,30001", "--size: expects ROWS,COLS from 1 to 30000"},
-        {"draw o.png line:1,1,2,2 --font-size 3", "--font-size: expects a value from 4 to 400"},
+        {"draw o.png line:1,1,2,2 --font-size 3", "--font-size: expects a value from 4 to 400"}, {"draw o.png polygon:1,2,3,4", "item 'polygon:1,2,3,4': " + items},
         {"draw o.png", "expects an output file and at least one item; usage: ornex draw OUTPUT ITEM... [options]"},
         {"draw o.png line", "item 'line': expects KIND:NUMBERS, for example line:10,10,50,80"}, {"draw o.png star:1,2", "item 'star:1,2': " + items},
         {"draw o.png line:1,2,3", "item 'line:1,2,3': " + items}, {"draw o.png aapolygon:1,2,3,4,5", "item 'aapolygon:1,2,3,4,5': " + items},
@@ -215,12 +212,13 @@ TEST_F(InFolder, CommandsRecoverHowTheirInputWasMade)
         for (int k = 0; k < rows * cols && !wrong; ++k) wrong += image(k % rows, k / rows) != expected(k % rows, k / rows);
         return wrong == 0;
     };
-    for (const char *options : {"", " --search three-step --cost mse"}) // one row down, two columns right
-        EXPECT_EQ(run("motion t.pgm t12.pgm m.ppm --block 8 --range 3"s + options), "36 blocks; median vector (u, v) = (2.0, 1.0)\n");
+    for (const char *frames : {"n.pgm n12.pgm", "t.pgm t12.pgm --search three-step --cost mse"}) // one row down, two columns right
+        EXPECT_EQ(run("motion "s + frames + " m.ppm --block 8 --range 3"), "36 blocks; median vector (u, v) = (2.0, 1.0)\n") << frames;
     for (const auto &[command, right, down] : {std::tuple{"t01.pgm f.png --iterations 50", 1, 0}, {"t11.pgm f.png --method lk", 1, 1}}) {
         double u = 0, v = 0; // the move, with the opposite sign that the derivative filters give
         EXPECT_EQ(std::sscanf(run("flow t.pgm "s + command).c_str(), "median (u, v) = (%lf, %lf)", &u, &v), 2) << command;
         EXPECT_NEAR(u, -right, 0.2) << command; EXPECT_NEAR(v, -down, 0.2) << command;
+        EXPECT_NEAR(readImage("f.png")(24, 24, 0), 0.5 - 0.4 * right, 0.15); EXPECT_NEAR(readImage("f.png")(24, 24, 1), 0.5 - 0.4 * down, 0.15); // red u, green v
     }
     run("warp t.pgm w.pgm --to 1,2,1,49,48,49,48,2 --interpolation nearest"); // the corners moved as t12 was
     EXPECT_TRUE(matches(readImage("w.pgm"), 48, 48, [](int r, int c) { return r >= 1 && c >= 2 ? texture(r - 1, c - 2) : 0.0; }));
@@ -243,7 +241,7 @@ TEST_F(InFolder, CommandsRecoverHowTheirInputWasMade)
     // not, white text with each glyph's coverage at the pen plus its offsets; then a line drawn over the result.
     run("draw p.ppm line:1,1,1,6@1,0,0.5 circle:7,6,3 aaline:28,0,28,39@1,0,1 aadisc:20,6,4@0,0,1 polygon:16,16,16,26,26,26,26,16@1,1,0 "
         "aapolygon:16,30,16,38,26,38,26,30@0,1,1 aacircle:7,20,3@0,1,0 text:12,30,Hp --size 30,50 --font-size 10");
-    run("draw q.ppm line:0,0,0,49 --input p.ppm");
+    run("draw q.ppm line:0,0,0,49 --input p.ppm --font-size 4"), run("shear c.ppm s10.png --amount -10"); // the largest allowed
     const Image<double> p = readImage("p.ppm");
     const double half = 128 / 255.0, pixels[][5] = {{1, 0, 0, 0, 0}, {1, 1, 1, 0, half}, {1, 6, 1, 0, half}, {1, 7, 0, 0, 0}, {7, 9, 1, 1, 1}, {7, 3, 1, 1, 1},
         {4, 6, 1, 1, 1}, {7, 6, 0, 0, 0}, {28, 10, 1, 0, 1}, {20, 6, 0, 0, 1}, {21, 21, 1, 1, 0}, {21, 34, 0, 1, 1}, {7, 23, 0, 1, 0}, {7, 20, 0, 0, 0}};
@@ -255,6 +253,7 @@ TEST_F(InFolder, CommandsRecoverHowTheirInputWasMade)
         pen += g.advance;
     }
     EXPECT_EQ(wrongInk, 0); EXPECT_TRUE(matches(readImage("q.ppm"), 30, 50, [&](int r, int c) { return r == 0 ? 1.0 : p(r, c); }));
+    EXPECT_EQ(readImage("s10.png").cols(), 4 + 30);
 }
 
 // The program: a refusal is one line on stderr naming the command, with exit code 1; no command or an unknown one gives 2.
@@ -288,13 +287,13 @@ TEST_F(InFolder, TheProgramAndItsDemo)
 }
 
 // DejaVu Sans in units of a 2048-unit em: capitals 1493 high, x-height 1120, 'p' 426 below the baseline, 'H' 201 right of
-// the pen and advancing 1540, space 651. At 24 px a unit is 24/2048 px; hinting moves an edge by up to a pixel.
+// the pen and 201 short of its advance of 1540, space 651. At 24 px a unit is 24/2048 px; hinting moves an edge by up to a pixel.
 TEST(Font, GlyphsHaveTheFontsShapesAndProportions)
 {
     const Font font(24);
     const double unit = 24 / 2048.0;
     const Glyph h = font('H'), p = font('p'), e = font('e'), acute = font('\xe9'), space = font(' '), box1 = font('\x01'), box2 = font('\x02');
-    EXPECT_NEAR(h.advance, 1540 * unit, 1); EXPECT_NEAR(h.xOffset, 201 * unit, 1); EXPECT_NEAR(h.yOffset, 1493 * unit, 1); EXPECT_EQ(h.height, h.yOffset);
+    EXPECT_NEAR(h.advance, 1540 * unit, 1); EXPECT_LE(std::abs(2 * h.xOffset + h.width - h.advance), 1); // bearings equal EXPECT_NEAR(h.yOffset, 1493 * unit, 1); EXPECT_EQ(h.height, h.yOffset);
     EXPECT_NEAR(p.yOffset, 1120 * unit, 1); EXPECT_NEAR(p.height - p.yOffset, 426 * unit, 1); EXPECT_NEAR(space.advance, 651 * unit, 1);
     EXPECT_EQ(font.textWidth("Hp "), h.advance + p.advance + space.advance); EXPECT_NEAR(Font(48)('H').height, 2 * 1493 * unit, 1);
     const auto at = [](const Glyph &g, int r, int c) { return g.bitmap[size_t(r * g.width + c)]; };
