@@ -13,11 +13,7 @@ enum RegionBit : int32_t {
     belowRect = 8,
 };
 
-struct ClipRect {
-    int32_t rowMin, rowMax, colMin, colMax;
-};
-
-int32_t regionCode(const int32_t point[2], const ClipRect &rect)
+int32_t regionCode(const int32_t point[2], const ClipRectangle &rect)
 {
     int32_t code = 0;
     if (point[1] < rect.colMin) {
@@ -44,9 +40,8 @@ int32_t roundDiv(int32_t n, int32_t d)
 
 } // namespace
 
-int32_t clipLine(int32_t p1[2], int32_t p2[2], const int32_t rectValues[4])
+int32_t clipLine(int32_t p1[2], int32_t p2[2], const ClipRectangle &rect)
 {
-    const ClipRect rect{rectValues[0], rectValues[1], rectValues[2], rectValues[3]};
     const int32_t entry[2][2] = {{p1[0], p1[1]}, {p2[0], p2[1]}};
     bool moved[2] = {false, false};
     int32_t *points[2] = {p1, p2};
@@ -87,5 +82,5 @@ int32_t clipLine(int32_t p1[2], int32_t p2[2], const int32_t rectValues[4])
 
 extern "C" int32_t ORNEX_ClipLine(int32_t *p1, int32_t *p2, const int32_t *rect)
 {
-    return ornex::draw::clipLine(p1, p2, rect);
+    return ornex::draw::clipLine(p1, p2, ornex::ClipRectangle::fromValues(rect));
 }
