@@ -41,7 +41,7 @@ struct FloatingCoverage {
 
     static Weight complement(Weight w) { return T(1) - w; }
     static T term(T value, Weight w) { return w * value; }
-    static T blend(T old, Weight keep, T term) { return keepAndAdd(old, keep, term); }
+    static T blend(T old, Weight keep, T term) { return old * keep + term; }
     static Weight atLeastHalf(Weight w) { return w <= T(0.5) ? T(1) - w : w; }
     static Crossing<Weight> crossing(int32_t x, int32_t y, int32_t radius, const int16_t *)
     {

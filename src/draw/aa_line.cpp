@@ -45,10 +45,10 @@ struct FloatingBrush {
     static Real advanceWithoutStep(const Slope &s) { return s.cosine * s.m; }
     static Real advanceWithStep(const Slope &s) { return (s.m - Real(1)) * s.cosine; }
 
-    template <class T>
-    static T blend(T old, T keep, T term)
+    template <class T, class W>
+    static T blend(T old, W keep, W term)
     {
-        return keepAndAdd(old, keep, term);
+        return static_cast<T>(keep * old + term);
     }
 };
 

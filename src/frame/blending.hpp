@@ -23,16 +23,10 @@ inline int32_t q10Product(int32_t a, int32_t b)
     return wrapMul(a, b) >> 10;
 }
 
-// A pixel keeping a share of itself and adding a term: old*keep + term for
-// floating images; ((old*keep) >> 10) + term in 32-bit arithmetic for
-// integer ones, the shift arithmetic for every element type (unlike the
-// opacity blend below), the sum stored truncated to the element width.
-template <class T>
-inline T keepAndAdd(T old, T keep, T term)
-{
-    return old * keep + term;
-}
-
+// A pixel of an integer image keeping a Q10 share of itself and adding a
+// term: ((old*keep) >> 10) + term in 32-bit arithmetic, the shift
+// arithmetic for every element type (unlike the opacity blend below), the
+// sum stored truncated to the element width.
 template <class T>
 inline T keepQ10AndAdd(T old, int32_t keep, int32_t term)
 {
