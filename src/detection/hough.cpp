@@ -92,7 +92,7 @@ void houghLines(const T *theta, const T *rho, Point *endPoints, int32_t numLines
             if (found >= 2) {
                 return;
             }
-            const T rounded = std::floor(candidate + T(0.5));
+            const T rounded = nearestHalfUp(candidate);
             if (rounded >= T(0) && rounded <= limit) {
                 points[2 * found] = Point(alongRows ? rounded : fixed);
                 points[2 * found + 1] = Point(alongRows ? fixed : rounded);

@@ -63,7 +63,7 @@ void drawIntensity(T *dst, const T *value, const int16_t *sqrtTable, int32_t x0,
     if (!termsA || !termsB) {
         return;
     }
-    drawCircle(IntensityPlanes<T>{dst, numPlanes, planeStride}, value, sqrtTable, x0, y0, cr, cc,
+    drawCircle(stridedPlanes(dst, numPlanes, planeStride), value, sqrtTable, x0, y0, cr, cc,
                ClipRectangle{rowMin, rowMax, colMin, colMax}, numRows, radius, termsA.get(), termsB.get());
 }
 
@@ -73,7 +73,7 @@ void drawRgb(T *planeR, T *planeG, T *planeB, const T *value, const int16_t *sqr
              int32_t radius)
 {
     T termsA[3], termsB[3];
-    drawCircle(RgbPlanes<T>{planeR, planeG, planeB}, value, sqrtTable, x0, y0, cr, cc,
+    drawCircle(rgbPlanes(planeR, planeG, planeB), value, sqrtTable, x0, y0, cr, cc,
                ClipRectangle{rowMin, rowMax, colMin, colMax}, numRows, radius, termsA, termsB);
 }
 

@@ -5,9 +5,10 @@
 #include <cstdint>
 #include <type_traits>
 
-#include "draw/clip_rectangle.hpp"
-#include "draw/polygon_blend.hpp"
+#include "frame/blending.hpp"
+#include "frame/clip_rectangle.hpp"
 #include "frame/element_traits.hpp"
+#include "frame/image_planes.hpp"
 #include "frame/wrap_arithmetic.hpp"
 
 namespace ornex::draw {
@@ -59,12 +60,11 @@ struct FixedCoverage {
     static Weight complement(Weight w) { return 1024u - w; }
     static T term(T value, Weight w)
     {
-        return Traits::storeTruncated(wrapMul(Traits::toInt32(value), static_cast<int32_t>(w)) >> 10);
+        return Traits::storeTruncated(q10Product(Traits::toInt32(value), static_cast<int32_t>(w)));
     }
     static T blend(T old, Weight keep, T term)
     {
-        const int32_t kept = wrapMul(Traits::toInt32(old), static_cast<int32_t>(keep)) >> 10;
-        return Traits::storeTruncated(wrapAdd(kept, Traits::toInt32(term)));
+        return keepQ10AndAdd(old, static_cast<int32_t>(keep), Traits::toInt32(term));
     }
     static Weight atLeastHalf(Weight w) { return w < 513u ? 1024u - w : w; }
     static Crossing<Weight> crossing(int32_t x, int32_t y, int32_t radius, const int16_t *sqrtTable)
@@ -116,10 +116,8 @@ void writeQuadPoints(const Planes &planes, int32_t cr, int32_t cc, int32_t a, in
 {
     visitQuadPoints(cr, cc, a, b, [&](int32_t row, int32_t column) {
         if (rect.contains(row, column)) {
-            const ptrdiff_t offset = row + static_cast<ptrdiff_t>(column) * numRows;
-            for (int32_t p = 0; p < planes.count(); ++p) {
-                planes.plane(p)[offset] = values[p];
-            }
+            planes.forEachAt(row + static_cast<ptrdiff_t>(column) * numRows,
+                             [&](T &pixel, int32_t p) { pixel = values[p]; });
         }
     });
 }
@@ -140,11 +138,8 @@ void blendOctantPairs(const Planes &planes, int32_t cr, int32_t cc, int32_t a, i
     auto blendSet = [&](int32_t column, typename Coverage::Weight keep, const T *terms) {
         visitOctantPoints(cr, cc, a, column, [&](int32_t row, int32_t col) {
             if (rect.contains(row, col)) {
-                const ptrdiff_t offset = row + static_cast<ptrdiff_t>(col) * numRows;
-                for (int32_t p = 0; p < planes.count(); ++p) {
-                    T &pixel = planes.plane(p)[offset];
-                    pixel = Coverage::blend(pixel, keep, terms[p]);
-                }
+                planes.forEachAt(row + static_cast<ptrdiff_t>(col) * numRows,
+                                 [&](T &pixel, int32_t p) { pixel = Coverage::blend(pixel, keep, terms[p]); });
             }
         });
     };

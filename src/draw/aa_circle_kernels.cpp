@@ -2,6 +2,7 @@
 
 #include "draw/aa_circle.hpp"
 
+using namespace ornex;
 using namespace ornex::draw;
 
 namespace {
@@ -14,7 +15,7 @@ void quadIntensity(T *dst, int32_t cr, int32_t cc, int32_t a, int32_t b, int32_t
                    int32_t colMin, int32_t colMax, int32_t numRows, const T *values, int32_t numPlanes,
                    int32_t planeStride)
 {
-    writeQuadPoints(IntensityPlanes<T>{dst, numPlanes, planeStride}, cr, cc, a, b,
+    writeQuadPoints(stridedPlanes(dst, numPlanes, planeStride), cr, cc, a, b,
                     ClipRectangle{rowMin, rowMax, colMin, colMax}, numRows, values);
 }
 
@@ -23,7 +24,7 @@ void quadRgb(T *planeR, T *planeG, T *planeB, int32_t cr, int32_t cc, int32_t a,
              int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, T valueR, T valueG, T valueB)
 {
     const T values[3] = {valueR, valueG, valueB};
-    writeQuadPoints(RgbPlanes<T>{planeR, planeG, planeB}, cr, cc, a, b, ClipRectangle{rowMin, rowMax, colMin, colMax},
+    writeQuadPoints(rgbPlanes(planeR, planeG, planeB), cr, cc, a, b, ClipRectangle{rowMin, rowMax, colMin, colMax},
                     numRows, values);
 }
 
@@ -32,7 +33,7 @@ void octantIntensity(T *dst, int32_t cr, int32_t cc, int32_t a, int32_t b, int32
                      int32_t colMin, int32_t colMax, int32_t numRows, const T *termsA, const T *termsB, Weight<T> w,
                      int32_t flag, int32_t numPlanes, int32_t planeStride)
 {
-    blendOctantPairs(IntensityPlanes<T>{dst, numPlanes, planeStride}, cr, cc, a, b,
+    blendOctantPairs(stridedPlanes(dst, numPlanes, planeStride), cr, cc, a, b,
                      ClipRectangle{rowMin, rowMax, colMin, colMax}, numRows, termsA, termsB, w, flag != 0);
 }
 
@@ -42,7 +43,7 @@ void octantRgb(T *planeR, T *planeG, T *planeB, int32_t cr, int32_t cc, int32_t 
                T termBG, T termBB, Weight<T> w, int32_t flag)
 {
     const T termsA[3] = {termAR, termAG, termAB}, termsB[3] = {termBR, termBG, termBB};
-    blendOctantPairs(RgbPlanes<T>{planeR, planeG, planeB}, cr, cc, a, b, ClipRectangle{rowMin, rowMax, colMin, colMax},
+    blendOctantPairs(rgbPlanes(planeR, planeG, planeB), cr, cc, a, b, ClipRectangle{rowMin, rowMax, colMin, colMax},
                      numRows, termsA, termsB, w, flag != 0);
 }
 

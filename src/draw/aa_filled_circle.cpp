@@ -4,9 +4,9 @@
 #include <type_traits>
 
 #include "draw/clip_line.hpp"
-#include "draw/clip_rectangle.hpp"
 #include "draw/polygon_blend.hpp"
 #include "frame/blending.hpp"
+#include "frame/clip_rectangle.hpp"
 #include "frame/heap_scratch.hpp"
 #include "frame/wrap_arithmetic.hpp"
 
@@ -23,11 +23,10 @@ void blendFourPointLines(const Planes &planes, int32_t cr, int32_t cc, int32_t a
     if (a < 0) {
         return;
     }
-    const int32_t rect[4] = {clip.rowMin, clip.rowMax, clip.colMin, clip.colMax};
     auto blendColumn = [&](int32_t column) {
         int32_t top[2] = {wrapSub(cr, a), column};
         int32_t bottom[2] = {wrapAdd(cr, a), column};
-        if (clipLine(top, bottom, rect) != 0) {
+        if (clipLine(top, bottom, clip) != 0) {
             blendRun(planes, values, wrapAdd(wrapMul(column, numRows), top[0]), opacity, top[0], bottom[0]);
         }
     };
@@ -167,7 +166,7 @@ void fillDiscIntensity(T *dst, const T *value, int32_t cr, int32_t cc, int32_t r
         return;
     }
     std::copy_n(value, numPlanes, colour.get());
-    fillDisc(IntensityPlanes<T>{dst, numPlanes, planeStride}, colour.get(), cr, cc,
+    fillDisc(stridedPlanes(dst, numPlanes, planeStride), colour.get(), cr, cc,
              ClipRectangle{rowMin, rowMax, colMin, colMax}, numRows, radius, opacity);
 }
 
@@ -180,7 +179,7 @@ void fillDiscRgb(T *planeR, T *planeG, T *planeB, const T *value, int32_t cr, in
         return;
     }
     const T colour[3] = {value[0], value[1], value[2]};
-    fillDisc(RgbPlanes<T>{planeR, planeG, planeB}, colour, cr, cc, ClipRectangle{rowMin, rowMax, colMin, colMax},
+    fillDisc(rgbPlanes(planeR, planeG, planeB), colour, cr, cc, ClipRectangle{rowMin, rowMax, colMin, colMax},
              numRows, radius, opacity);
 }
 
@@ -189,7 +188,7 @@ void spanKernelIntensity(T *dst, int32_t cr, int32_t cc, int32_t a, int32_t b, i
                          int32_t colMin, int32_t colMax, int32_t numRows, const T *values, OpacityOf<T> opacity,
                          int32_t numPlanes, int32_t planeStride)
 {
-    const IntensityPlanes<T> planes{dst, numPlanes, planeStride};
+    const auto planes = stridedPlanes(dst, numPlanes, planeStride);
     const ClipRectangle clip{rowMin, rowMax, colMin, colMax};
     if constexpr (eightPoints) {
         blendEightPointLines(planes, cr, cc, a, b, clip, numRows, values, opacity);
@@ -203,7 +202,7 @@ void spanKernelRgb(T *planeR, T *planeG, T *planeB, int32_t cr, int32_t cc, int3
                    int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numRows, const T *values,
                    OpacityOf<T> opacity)
 {
-    const RgbPlanes<T> planes{planeR, planeG, planeB};
+    const auto planes = rgbPlanes(planeR, planeG, planeB);
     const ClipRectangle clip{rowMin, rowMax, colMin, colMax};
     if constexpr (eightPoints) {
         blendEightPointLines(planes, cr, cc, a, b, clip, numRows, values, opacity);

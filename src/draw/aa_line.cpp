@@ -1,11 +1,13 @@
 #include "ornex_rt.h"
 
-#include <array>
 #include <cmath>
 #include <cstddef>
 #include <utility>
 
 #include "draw/clip_line.hpp"
+#include "frame/blending.hpp"
+#include "frame/image_planes.hpp"
+#include "frame/rounding.hpp"
 #include "frame/wrap_arithmetic.hpp"
 
 namespace ornex::draw {
@@ -36,7 +38,7 @@ struct FloatingBrush {
     static Real subtract(Real a, Real b) { return a - b; }
     static int32_t index(Real distance)
     {
-        const Real scaled = std::floor(std::fabs(distance) * Real(16) + Real(0.5));
+        const Real scaled = nearestHalfUp(std::fabs(distance) * Real(16));
         return scaled < Real(24) ? static_cast<int32_t>(scaled) : 24;
     }
     static bool rowMajorSteps(Real distance, Real threshold) { return distance - threshold > Real(-0.0001); }
@@ -66,72 +68,30 @@ struct FixedBrush {
     {
         const int32_t m = wrapDiv(wrapMul(wrapAbs(minor), 1024), wrapAbs(major));
         const int32_t square = wrapMul(m, m);
-        const int32_t cubic = wrapMul(wrapMul(square, m) >> 10, 263) >> 20;
+        const int32_t cubic = wrapMul(q10Product(square, m), 263) >> 20;
         const int32_t quadratic = wrapMul(square, -560) >> 20;
-        const int32_t linear = wrapMul(-2, m) >> 10;
+        const int32_t linear = q10Product(-2, m);
         const int32_t cosine = wrapAdd(wrapAdd(wrapAdd(cubic, quadratic), linear), 1024);
-        return {m, cosine, wrapMul(wrapSub(512, m), cosine) >> 10};
+        return {m, cosine, q10Product(wrapSub(512, m), cosine)};
     }
     static int32_t add(int32_t a, int32_t b) { return wrapAdd(a, b); }
     static int32_t subtract(int32_t a, int32_t b) { return wrapSub(a, b); }
     static int32_t index(int32_t distance)
     {
-        const int32_t scaled = wrapMul(wrapAbs(distance), 16) >> 10;
+        const int32_t scaled = q10Product(wrapAbs(distance), 16);
         return static_cast<uint32_t>(scaled) < 24u ? scaled : 24;
     }
     // A difference of -1 still steps: the row-major walk has a tolerance
     // of one unit that the column-major walk lacks, on purpose.
     static bool rowMajorSteps(int32_t distance, int32_t threshold) { return wrapSub(distance, threshold) >= -1; }
-    static int32_t advanceWithoutStep(const Slope &s) { return wrapMul(s.cosine, s.m) >> 10; }
-    static int32_t advanceWithStep(const Slope &s) { return wrapMul(wrapSub(s.m, 1024), s.cosine) >> 10; }
+    static int32_t advanceWithoutStep(const Slope &s) { return q10Product(s.cosine, s.m); }
+    static int32_t advanceWithStep(const Slope &s) { return q10Product(wrapSub(s.m, 1024), s.cosine); }
 
-    // The pixel and the table entries widen with their own signedness; only
-    // the low bits of the sum are stored.
+    // The table entries widen with their own signedness.
     template <class T, class W>
     static T blend(T old, W keep, W term)
     {
-        const int32_t kept = wrapMul(static_cast<int32_t>(keep), static_cast<int32_t>(old)) >> 10;
-        return static_cast<T>(wrapAdd(kept, static_cast<int32_t>(term)));
-    }
-};
-
-template <class T>
-struct StridedPlanes {
-    T *first;
-    int32_t count;
-    ptrdiff_t stride;
-
-    template <class Blend>
-    void blendAt(ptrdiff_t offset, const Blend &blend) const
-    {
-        T *pixel = first + offset;
-        for (int32_t k = 0; k < count; ++k, pixel += stride) {
-            *pixel = blend(*pixel, k);
-        }
-    }
-};
-
-template <class T>
-struct SinglePlane {
-    T *plane;
-
-    template <class Blend>
-    void blendAt(ptrdiff_t offset, const Blend &blend) const
-    {
-        plane[offset] = blend(plane[offset], 0);
-    }
-};
-
-template <class T>
-struct SeparatePlanes {
-    std::array<T *, 3> planes;
-
-    template <class Blend>
-    void blendAt(ptrdiff_t offset, const Blend &blend) const
-    {
-        for (int32_t k = 0; k < 3; ++k) {
-            planes[k][offset] = blend(planes[k][offset], k);
-        }
+        return keepQ10AndAdd(old, static_cast<int32_t>(keep), static_cast<int32_t>(term));
     }
 };
 
@@ -170,7 +130,7 @@ void walkBrush(ptrdiff_t offset, int32_t steps, ptrdiff_t majorStep, ptrdiff_t n
 
 template <class Brush, class T, class W, class Planes>
 void drawAntialiasedLine(int32_t r1, int32_t c1, int32_t r2, int32_t c2, const Planes &planes, int32_t numRows,
-                         const int32_t rect[4], const W *table, int32_t level)
+                         const ClipRectangle &rect, const W *table, int32_t level)
 {
     if (c2 < c1) {
         std::swap(r1, r2);
@@ -181,15 +141,15 @@ void drawAntialiasedLine(int32_t r1, int32_t c1, int32_t r2, int32_t c2, const P
         return;
     }
     r1 = p1[0], c1 = p1[1], r2 = p2[0], c2 = p2[1];
-    const int32_t rowMin = rect[0], rowMax = rect[1], colMin = rect[2], colMax = rect[3];
+    const int32_t rowMin = rect.rowMin, rowMax = rect.rowMax, colMin = rect.colMin, colMax = rect.colMax;
 
     const W *keep = table;
     const W *terms = table + static_cast<ptrdiff_t>(level) * tableRowLength;
     // Everything the blend needs is captured by value: stores into byte
     // images may alias any memory, which would force reloads otherwise.
     auto blendAt = [planes, keep, terms](ptrdiff_t offset, int32_t index) {
-        planes.blendAt(offset, [keep, terms, index](T old, int32_t plane) {
-            return Brush::blend(old, keep[index], terms[plane * tableRowLength + index]);
+        planes.forEachAt(offset, [keep, terms, index](T &pixel, int32_t plane) {
+            pixel = Brush::blend(pixel, keep[index], terms[plane * tableRowLength + index]);
         });
     };
 
@@ -259,11 +219,11 @@ void drawIntensity(int32_t r1, int32_t c1, int32_t r2, int32_t c2, T *dst, int32
                    int32_t rowMax, int32_t colMin, int32_t colMax, const W *table, int32_t level, int32_t numPlanes,
                    int32_t planeStride)
 {
-    const int32_t rect[4] = {rowMin, rowMax, colMin, colMax};
+    const ClipRectangle rect{rowMin, rowMax, colMin, colMax};
     if (numPlanes == 1) {
-        drawAntialiasedLine<Brush, T>(r1, c1, r2, c2, SinglePlane<T>{dst}, numRows, rect, table, level);
+        drawAntialiasedLine<Brush, T>(r1, c1, r2, c2, onePlane(dst), numRows, rect, table, level);
     } else {
-        drawAntialiasedLine<Brush, T>(r1, c1, r2, c2, StridedPlanes<T>{dst, numPlanes, planeStride}, numRows, rect,
+        drawAntialiasedLine<Brush, T>(r1, c1, r2, c2, stridedPlanes(dst, numPlanes, planeStride), numRows, rect,
                                       table, level);
     }
 }
@@ -272,9 +232,8 @@ template <class Brush, class T, class W>
 void drawRgb(int32_t r1, int32_t c1, int32_t r2, int32_t c2, T *planeR, T *planeG, T *planeB, int32_t numRows,
              int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, const W *table, int32_t level)
 {
-    const int32_t rect[4] = {rowMin, rowMax, colMin, colMax};
-    drawAntialiasedLine<Brush, T>(r1, c1, r2, c2, SeparatePlanes<T>{{planeR, planeG, planeB}}, numRows, rect, table,
-                                  level);
+    drawAntialiasedLine<Brush, T>(r1, c1, r2, c2, rgbPlanes(planeR, planeG, planeB), numRows,
+                                  ClipRectangle{rowMin, rowMax, colMin, colMax}, table, level);
 }
 
 } // namespace

@@ -3,11 +3,12 @@
 #include <algorithm>
 #include <type_traits>
 
-#include "draw/clip_rectangle.hpp"
 #include "draw/column_sweep.hpp"
 #include "draw/polygon_blend.hpp"
 #include "frame/blending.hpp"
+#include "frame/clip_rectangle.hpp"
 #include "frame/element_traits.hpp"
+#include "frame/rounding.hpp"
 #include "frame/wrap_arithmetic.hpp"
 
 namespace ornex::draw {
@@ -71,22 +72,27 @@ struct ActiveList {
 constexpr int32_t noCoverageIndex = 0;
 constexpr int32_t fullCoverageIndex = 48;
 
+// Q10 row offset from an edge's crossing times its weight, truncated toward
+// zero (not shifted): the perpendicular distance.
+inline int32_t distanceOfRowOffset(int32_t rowOffset, int32_t weight)
+{
+    return rowOffset * weight / 1024;
+}
+
 // Q10 perpendicular distance from the edge's line to the centre of row
 // `row`, positive below the crossing. The clamp changes no index; it keeps
 // the product within 32 bits.
 inline int32_t perpendicularDistance(int32_t row, SampledEdge edge)
 {
     const int32_t rowOffset = std::clamp(wrapSub(wrapMul(row, 1024), edge.key), -(1 << 21), (1 << 21) - 1);
-    return rowOffset * edge.weight / 1024;
+    return distanceOfRowOffset(rowOffset, edge.weight);
 }
 
 // Table index of a signed distance (positive on the polygon's side), in
 // 1/16 pixel with halves away from zero.
 inline int32_t distanceIndex(int32_t insideDistance)
 {
-    const int32_t sixteenths =
-        insideDistance >= 0 ? (insideDistance + 32) / 64 : -((32 - insideDistance) / 64);
-    return std::clamp(24 + sixteenths, noCoverageIndex, fullCoverageIndex);
+    return std::clamp(24 + divideHalfAway(insideDistance, 64), noCoverageIndex, fullCoverageIndex);
 }
 
 // The smallest row offset v from the crossing key (Q10) at which the
@@ -260,9 +266,9 @@ private:
     // distance clamp nor the index clamp can act.
     Value bandWeight(int32_t row, SampledEdge edge, bool lowerEdge) const
     {
-        const int32_t perpendicular = wrapSub(wrapMul(row, 1024), edge.key) * edge.weight / 1024;
+        const int32_t perpendicular = distanceOfRowOffset(wrapSub(wrapMul(row, 1024), edge.key), edge.weight);
         const int32_t inside = lowerEdge ? -perpendicular : perpendicular;
-        return Value(table_[24 + (inside >= 0 ? (inside + 32) / 64 : -((32 - inside) / 64))]);
+        return Value(table_[24 + divideHalfAway(inside, 64)]);
     }
 
     Value weight(int32_t index) const { return index == fullCoverageIndex ? Sum::full : Value(table_[index]); }
@@ -459,7 +465,7 @@ void fillColumnAntialiased(const Planes &planes, int32_t column, const ClipRecta
                            const ActiveList &edges, const T *fillValue, OpacityOf<T> opacity,
                            const OpacityOf<T> *weightTable, const BandLimits &limits)
 {
-    if (column < clip.colMin || column > clip.colMax || edges.count < 2) {
+    if (!clip.containsColumn(column) || edges.count < 2) {
         return;
     }
     const bool vertexColumn = isVertexColumn(edges, column);
@@ -486,7 +492,7 @@ void fillColumnFromCache(const Planes &planes, int32_t column, const ClipRectang
                          const ActiveList &edges, const EdgeCache *cache, const T *fillValue, OpacityOf<T> opacity,
                          const OpacityOf<T> *weightTable, const BandLimits &limits)
 {
-    if (column < clip.colMin || column > clip.colMax || edges.count < 2) {
+    if (!clip.containsColumn(column) || edges.count < 2) {
         return;
     }
     if (isVertexColumn(edges, column) || edges.count / 2 > cachedPairCapacity) {
@@ -601,7 +607,7 @@ int32_t fillIntensity(int32_t *edgeBuffer, int32_t numValues, const int32_t *ver
                       int32_t planeStride)
 {
     fillPolygonAntialiased(edgeBuffer, numValues, vertices, sortRecords,
-                           IntensityPlanes<T>{reinterpret_cast<T *>(image), numPlanes, planeStride},
+                           stridedPlanes(reinterpret_cast<T *>(image), numPlanes, planeStride),
                            ClipRectangle{rowMin, rowMax, colMin, colMax}, numRows,
                            reinterpret_cast<const T *>(fillValue), opacity, weightTable);
     return 0;
@@ -614,7 +620,7 @@ int32_t fillRgb(int32_t *edgeBuffer, int32_t numValues, const int32_t *vertices,
 {
     fillPolygonAntialiased(
         edgeBuffer, numValues, vertices, sortRecords,
-        RgbPlanes<T>{reinterpret_cast<T *>(red), reinterpret_cast<T *>(green), reinterpret_cast<T *>(blue)},
+        rgbPlanes(reinterpret_cast<T *>(red), reinterpret_cast<T *>(green), reinterpret_cast<T *>(blue)),
         ClipRectangle{rowMin, rowMax, colMin, colMax}, numRows, reinterpret_cast<const T *>(fillValue), opacity,
         weightTable);
     return 0;
@@ -626,7 +632,7 @@ void scanLineIntensity(Raw *image, int32_t column, int32_t rowMin, int32_t rowMa
                        Opacity opacity, const Opacity *weightTable, int32_t fieldStride, int32_t numPlanes,
                        int32_t planeStride)
 {
-    fillColumnAntialiased(IntensityPlanes<T>{reinterpret_cast<T *>(image), numPlanes, planeStride}, column,
+    fillColumnAntialiased(stridedPlanes(reinterpret_cast<T *>(image), numPlanes, planeStride), column,
                           ClipRectangle{rowMin, rowMax, colMin, colMax}, numRows,
                           ActiveList{activeEdges, numActive, fieldStride}, reinterpret_cast<const T *>(fillValue),
                           opacity, weightTable, bandLimitsOf<T>(weightTable));
@@ -638,7 +644,7 @@ void scanLineRgb(Raw *red, Raw *green, Raw *blue, int32_t column, int32_t rowMin
                  const Raw *fillValue, Opacity opacity, const Opacity *weightTable, int32_t fieldStride)
 {
     fillColumnAntialiased(
-        RgbPlanes<T>{reinterpret_cast<T *>(red), reinterpret_cast<T *>(green), reinterpret_cast<T *>(blue)}, column,
+        rgbPlanes(reinterpret_cast<T *>(red), reinterpret_cast<T *>(green), reinterpret_cast<T *>(blue)), column,
         ClipRectangle{rowMin, rowMax, colMin, colMax}, numRows, ActiveList{activeEdges, numActive, fieldStride},
         reinterpret_cast<const T *>(fillValue), opacity, weightTable, bandLimitsOf<T>(weightTable));
 }

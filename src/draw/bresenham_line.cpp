@@ -1,12 +1,11 @@
 #include "ornex_rt.h"
 
-#include <array>
 #include <cstddef>
-#include <cstring>
 #include <utility>
 
-#include "draw/byte_planes.hpp"
 #include "draw/clip_line.hpp"
+#include "draw/element_copy.hpp"
+#include "frame/image_planes.hpp"
 #include "frame/wrap_arithmetic.hpp"
 
 namespace ornex::draw {
@@ -35,7 +34,7 @@ void walkMajorAxis(ptrdiff_t offset, int32_t length, ptrdiff_t majorStep, ptrdif
 // included, each pixel handed to `write` as a byte offset. The offset runs
 // along with the walk: rowStep bytes per row, colStep bytes per column.
 template <class Writer>
-void walkLine(int32_t r1, int32_t c1, int32_t r2, int32_t c2, const int32_t rect[4], ptrdiff_t rowStep,
+void walkLine(int32_t r1, int32_t c1, int32_t r2, int32_t c2, const ClipRectangle &rect, ptrdiff_t rowStep,
               ptrdiff_t colStep, const Writer &write)
 {
     {
@@ -74,25 +73,15 @@ void walkLine(int32_t r1, int32_t c1, int32_t r2, int32_t c2, const int32_t rect
     }
 }
 
-void bresenham(int32_t r1, int32_t c1, int32_t r2, int32_t c2, void *dst, int32_t numRows, const void *value,
-               int32_t elemSize, const int32_t rect[4], int32_t numPlanes, int32_t planeStride)
+template <class Planes>
+void bresenham(int32_t r1, int32_t c1, int32_t r2, int32_t c2, const Planes &planes, int32_t numRows,
+               const void *value, int32_t elemSize, const ClipRectangle &rect)
 {
     const ptrdiff_t rowStep = elemSize;
-    withByteWriter<StridedPlanes>(
-        elemSize, [&](const auto &write) { walkLine(r1, c1, r2, c2, rect, rowStep, rowStep * numRows, write); },
-        static_cast<uint8_t *>(dst), static_cast<const uint8_t *>(value), elemSize, numPlanes,
-        rowStep * planeStride);
-}
-
-void bresenhamRgb(int32_t r1, int32_t c1, int32_t r2, int32_t c2, void *planeR, void *planeG, void *planeB,
-                  int32_t numRows, const void *value, int32_t elemSize, const int32_t rect[4])
-{
-    const ptrdiff_t rowStep = elemSize;
-    const std::array<uint8_t *, 3> planes{static_cast<uint8_t *>(planeR), static_cast<uint8_t *>(planeG),
-                                          static_cast<uint8_t *>(planeB)};
-    withByteWriter<SeparatePlanes>(
-        elemSize, [&](const auto &write) { walkLine(r1, c1, r2, c2, rect, rowStep, rowStep * numRows, write); },
-        planes, static_cast<const uint8_t *>(value), elemSize);
+    withValueWriter(static_cast<const uint8_t *>(value), elemSize, [&](const auto &writeValue) {
+        walkLine(r1, c1, r2, c2, rect, rowStep, rowStep * numRows,
+                 [&](ptrdiff_t offset) { writeValue(planes, offset); });
+    });
 }
 
 } // namespace
@@ -101,12 +90,13 @@ void bresenhamRgb(int32_t r1, int32_t c1, int32_t r2, int32_t c2, void *planeR, 
 extern "C" {
 void ORNEX_Line_Bresenham(int32_t r1, int32_t c1, int32_t r2, int32_t c2, void *dst, int32_t numRows, const void *value, int32_t elemSize, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax, int32_t numPlanes, int32_t planeStride)
 {
-    const int32_t rect[4] = {rowMin, rowMax, colMin, colMax};
-    ornex::draw::bresenham(r1, c1, r2, c2, dst, numRows, value, elemSize, rect, numPlanes, planeStride);
+    const auto planes = ornex::stridedPlanes(static_cast<uint8_t *>(dst), numPlanes, ptrdiff_t(elemSize) * planeStride);
+    ornex::draw::bresenham(r1, c1, r2, c2, planes, numRows, value, elemSize, {rowMin, rowMax, colMin, colMax});
 }
 void ORNEX_Line_Bresenham_RGB(int32_t r1, int32_t c1, int32_t r2, int32_t c2, void *planeR, void *planeG, void *planeB, int32_t numRows, const void *value, int32_t elemSize, int32_t rowMin, int32_t rowMax, int32_t colMin, int32_t colMax)
 {
-    const int32_t rect[4] = {rowMin, rowMax, colMin, colMax};
-    ornex::draw::bresenhamRgb(r1, c1, r2, c2, planeR, planeG, planeB, numRows, value, elemSize, rect);
+    const auto planes = ornex::rgbPlanes(static_cast<uint8_t *>(planeR), static_cast<uint8_t *>(planeG),
+                                         static_cast<uint8_t *>(planeB));
+    ornex::draw::bresenham(r1, c1, r2, c2, planes, numRows, value, elemSize, {rowMin, rowMax, colMin, colMax});
 }
 }

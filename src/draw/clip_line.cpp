@@ -1,6 +1,7 @@
 #include "ornex_rt.h"
 
 #include "draw/clip_line.hpp"
+#include "frame/rounding.hpp"
 #include "frame/wrap_arithmetic.hpp"
 
 namespace ornex::draw {
@@ -13,11 +14,7 @@ enum RegionBit : int32_t {
     belowRect = 8,
 };
 
-struct ClipRect {
-    int32_t rowMin, rowMax, colMin, colMax;
-};
-
-int32_t regionCode(const int32_t point[2], const ClipRect &rect)
+int32_t regionCode(const int32_t point[2], const ClipRectangle &rect)
 {
     int32_t code = 0;
     if (point[1] < rect.colMin) {
@@ -33,20 +30,10 @@ int32_t regionCode(const int32_t point[2], const ClipRect &rect)
     return code;
 }
 
-// n / d rounded to the nearest integer, halves away from zero, in 32-bit
-// arithmetic where the doubling wraps.
-int32_t roundDiv(int32_t n, int32_t d)
-{
-    const int32_t q = wrapDiv(wrapAdd(n, n), d);
-    const bool sameSign = (n >= 0 && d >= 0) || (n < 0 && d < 0);
-    return sameSign ? wrapAdd(q, 1) / 2 : wrapSub(q, 1) / 2;
-}
-
 } // namespace
 
-int32_t clipLine(int32_t p1[2], int32_t p2[2], const int32_t rectValues[4])
+int32_t clipLine(int32_t p1[2], int32_t p2[2], const ClipRectangle &rect)
 {
-    const ClipRect rect{rectValues[0], rectValues[1], rectValues[2], rectValues[3]};
     const int32_t entry[2][2] = {{p1[0], p1[1]}, {p2[0], p2[1]}};
     bool moved[2] = {false, false};
     int32_t *points[2] = {p1, p2};
@@ -72,11 +59,11 @@ int32_t clipLine(int32_t p1[2], int32_t p2[2], const int32_t rectValues[4])
         const int32_t dCol = wrapSub(p2[1], p1[1]);
         if (code & (aboveRect | belowRect)) {
             const int32_t border = (code & aboveRect) ? rect.rowMin : rect.rowMax;
-            chosen[1] = wrapAdd(chosen[1], roundDiv(wrapMul(wrapSub(border, chosen[0]), dCol), dRow));
+            chosen[1] = wrapAdd(chosen[1], wrapDivideHalfAway(wrapMul(wrapSub(border, chosen[0]), dCol), dRow));
             chosen[0] = border;
         } else {
             const int32_t border = (code & leftOfRect) ? rect.colMin : rect.colMax;
-            chosen[0] = wrapAdd(chosen[0], roundDiv(wrapMul(wrapSub(border, chosen[1]), dRow), dCol));
+            chosen[0] = wrapAdd(chosen[0], wrapDivideHalfAway(wrapMul(wrapSub(border, chosen[1]), dRow), dCol));
             chosen[1] = border;
         }
         moved[which] = true;
@@ -87,5 +74,5 @@ int32_t clipLine(int32_t p1[2], int32_t p2[2], const int32_t rectValues[4])
 
 extern "C" int32_t ORNEX_ClipLine(int32_t *p1, int32_t *p2, const int32_t *rect)
 {
-    return ornex::draw::clipLine(p1, p2, rect);
+    return ornex::draw::clipLine(p1, p2, ornex::ClipRectangle::fromValues(rect));
 }

@@ -5,8 +5,8 @@
 
 using ornex::LogicalByte;
 using ornex::draw::blendRun;
-using ornex::draw::IntensityPlanes;
-using ornex::draw::RgbPlanes;
+using ornex::rgbPlanes;
+using ornex::stridedPlanes;
 
 namespace {
 
@@ -14,7 +14,7 @@ template <class T, class Raw, class Opacity>
 void blendIntensity(Raw *image, const Raw *fillValue, int32_t startIndex, Opacity opacity, int32_t firstRow,
                     int32_t lastRow, int32_t numPlanes, int32_t planeStride)
 {
-    blendRun(IntensityPlanes<T>{reinterpret_cast<T *>(image), numPlanes, planeStride},
+    blendRun(stridedPlanes(reinterpret_cast<T *>(image), numPlanes, planeStride),
              reinterpret_cast<const T *>(fillValue), startIndex, opacity, firstRow, lastRow);
 }
 
@@ -22,7 +22,7 @@ template <class T, class Raw, class Opacity>
 void blendRgb(Raw *red, const Raw *fillValue, int32_t startIndex, Opacity opacity, Raw *green, Raw *blue,
               int32_t firstRow, int32_t lastRow)
 {
-    blendRun(RgbPlanes<T>{reinterpret_cast<T *>(red), reinterpret_cast<T *>(green), reinterpret_cast<T *>(blue)},
+    blendRun(rgbPlanes(reinterpret_cast<T *>(red), reinterpret_cast<T *>(green), reinterpret_cast<T *>(blue)),
              reinterpret_cast<const T *>(fillValue), startIndex, opacity, firstRow, lastRow);
 }
 

@@ -6,31 +6,10 @@
 #include <type_traits>
 
 #include "frame/blending.hpp"
+#include "frame/image_planes.hpp"
 #include "frame/wrap_arithmetic.hpp"
 
 namespace ornex::draw {
-
-// Planes of an intensity image: numPlanes planes planeStride elements apart.
-template <class T>
-struct IntensityPlanes {
-    T *image;
-    int32_t numPlanes;
-    int32_t planeStride;
-
-    int32_t count() const { return numPlanes; }
-    T *plane(int32_t p) const { return image + static_cast<ptrdiff_t>(p) * planeStride; }
-};
-
-// The three separate planes of an RGB image.
-template <class T>
-struct RgbPlanes {
-    T *red;
-    T *green;
-    T *blue;
-
-    static constexpr int32_t count() { return 3; }
-    T *plane(int32_t p) const { return p == 0 ? red : (p == 1 ? green : blue); }
-};
 
 // The opacity argument: the floating members take their own type, the
 // integer and logical members a Q10 signed 16-bit value.

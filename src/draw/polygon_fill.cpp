@@ -1,8 +1,8 @@
 #include "ornex_rt.h"
 
-#include "draw/clip_rectangle.hpp"
 #include "draw/column_sweep.hpp"
 #include "draw/polygon_blend.hpp"
+#include "frame/clip_rectangle.hpp"
 #include "frame/element_traits.hpp"
 #include "frame/wrap_arithmetic.hpp"
 
@@ -17,7 +17,7 @@ template <class T, class Planes>
                                               int32_t numRows, int32_t numActive, const int32_t *currentRows,
                                               const T *fillValue, OpacityOf<T> opacity)
 {
-    if (column < bounds.colMin || column > bounds.colMax || numActive < 2) {
+    if (!bounds.containsColumn(column) || numActive < 2) {
         return;
     }
     const int32_t columnStart = wrapMul(column, numRows);
@@ -54,7 +54,7 @@ int32_t fillIntensity(int32_t *edgeBuffer, int32_t numValues, const int32_t *ver
                       const Raw *fillValue, Opacity opacity, int32_t numPlanes, int32_t planeStride)
 {
     fillPolygon(edgeBuffer, numValues, vertices, sortRecords,
-                IntensityPlanes<T>{reinterpret_cast<T *>(image), numPlanes, planeStride},
+                stridedPlanes(reinterpret_cast<T *>(image), numPlanes, planeStride),
                 ClipRectangle{rowMin, rowMax, colMin, colMax}, numRows, reinterpret_cast<const T *>(fillValue),
                 opacity);
     return 0;
@@ -66,7 +66,7 @@ int32_t fillRgb(int32_t *edgeBuffer, int32_t numValues, const int32_t *vertices,
                 int32_t numRows, const Raw *fillValue, Opacity opacity)
 {
     fillPolygon(edgeBuffer, numValues, vertices, sortRecords,
-                RgbPlanes<T>{reinterpret_cast<T *>(red), reinterpret_cast<T *>(green), reinterpret_cast<T *>(blue)},
+                rgbPlanes(reinterpret_cast<T *>(red), reinterpret_cast<T *>(green), reinterpret_cast<T *>(blue)),
                 ClipRectangle{rowMin, rowMax, colMin, colMax}, numRows, reinterpret_cast<const T *>(fillValue),
                 opacity);
     return 0;
@@ -77,7 +77,7 @@ void scanLineIntensity(Raw *image, int32_t column, int32_t rowMin, int32_t rowMa
                        int32_t numRows, int32_t numActive, const int32_t *activeEdges, const Raw *fillValue,
                        Opacity opacity, int32_t rowFieldOffset, int32_t numPlanes, int32_t planeStride)
 {
-    fillColumn(IntensityPlanes<T>{reinterpret_cast<T *>(image), numPlanes, planeStride}, column,
+    fillColumn(stridedPlanes(reinterpret_cast<T *>(image), numPlanes, planeStride), column,
                ClipRectangle{rowMin, rowMax, colMin, colMax}, numRows, numActive, activeEdges + rowFieldOffset,
                reinterpret_cast<const T *>(fillValue), opacity);
 }
@@ -87,7 +87,7 @@ void scanLineRgb(Raw *red, Raw *green, Raw *blue, int32_t column, int32_t rowMin
                  int32_t colMax, int32_t numRows, int32_t numActive, const int32_t *activeEdges,
                  const Raw *fillValue, Opacity opacity, int32_t rowFieldOffset)
 {
-    fillColumn(RgbPlanes<T>{reinterpret_cast<T *>(red), reinterpret_cast<T *>(green), reinterpret_cast<T *>(blue)},
+    fillColumn(rgbPlanes(reinterpret_cast<T *>(red), reinterpret_cast<T *>(green), reinterpret_cast<T *>(blue)),
                column, ClipRectangle{rowMin, rowMax, colMin, colMax}, numRows, numActive,
                activeEdges + rowFieldOffset, reinterpret_cast<const T *>(fillValue), opacity);
 }

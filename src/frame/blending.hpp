@@ -16,6 +16,24 @@ namespace ornex {
 // keep weight truncated to 16 bits, the shift by type, the store truncated
 // to the element width. There is no saturation.
 
+// A Q10 product: a*b in 32-bit arithmetic that wraps, shifted back
+// arithmetically (negative products go toward minus infinity).
+inline int32_t q10Product(int32_t a, int32_t b)
+{
+    return wrapMul(a, b) >> 10;
+}
+
+// A pixel of an integer image keeping a Q10 share of itself and adding a
+// term: ((old*keep) >> 10) + term in 32-bit arithmetic, the shift
+// arithmetic for every element type (unlike the opacity blend below), the
+// sum stored truncated to the element width.
+template <class T>
+inline T keepQ10AndAdd(T old, int32_t keep, int32_t term)
+{
+    using Traits = ElementTraits<T>;
+    return Traits::storeTruncated(wrapAdd(q10Product(Traits::toInt32(old), keep), term));
+}
+
 template <class T, class Sum = double>
 struct FloatingOpacityBlend {
     Sum fillTerm;
@@ -56,7 +74,7 @@ inline Real scaledOpacity(Real opacity, Real coverage)
 
 inline int16_t scaledOpacity(int16_t opacity, int32_t coverage)
 {
-    return static_cast<int16_t>(wrapMul(opacity, coverage) >> 10);
+    return static_cast<int16_t>(q10Product(opacity, coverage));
 }
 
 } // namespace ornex

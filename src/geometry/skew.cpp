@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "frame/rounding.hpp"
 #include "geometry/cubic_weights.hpp"
 
 namespace ornex::geometry {
@@ -63,7 +64,7 @@ void copyShifted(const SourceLine<T> &source, int64_t shift, OutputLine<T> &out,
 template <class T>
 void skewNearest(const SourceLine<T> &source, T offset, OutputLine<T> out, T background)
 {
-    copyShifted(source, wholePositions(std::floor(offset + T(0.5))), out, background);
+    copyShifted(source, wholePositions(nearestHalfUp(offset)), out, background);
 }
 
 // Linear: the line behaves as if surrounded by the background, so exactly

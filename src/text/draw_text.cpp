@@ -2,16 +2,11 @@
 
 #include <cstddef>
 
+#include "frame/clip_rectangle.hpp"
+#include "frame/image_planes.hpp"
+
 namespace ornex::text {
 namespace {
-
-// The image planes a glyph is blended into.
-template <class T>
-struct GlyphPlanes {
-    T *planes[3];
-    const T *colour;
-    int count;
-};
 
 // new = value when the opacity is 1 or more, else (1 - o) old + value o;
 // with the anti-aliased rule value = a (colour - old) + old (colour itself
@@ -27,22 +22,23 @@ T blendGlyphPixel(T old, T colour, T coverage, T opacity)
 // (transposed: column y - yOffset + r, row x + xOffset + c), walked in the
 // image's storage order; the glyph byte of every position is read in turn,
 // whether the position is inside the image or not.
-template <class T, bool antiAliased>
+template <class T, bool antiAliased, class Planes>
 void blendGlyph(const uint8_t *glyph, int32_t x, int32_t y, int32_t xOffset, int32_t yOffset, uint16_t glyphWidth,
-                uint16_t glyphHeight, int32_t numCols, int32_t numRows, const GlyphPlanes<T> &target,
+                uint16_t glyphHeight, int32_t numCols, int32_t numRows, const Planes &planes, const T *colour,
                 const T *opacity, bool transposed)
 {
+    const ClipRectangle image = ClipRectangle::wholeImage(numRows, numCols);
     const int64_t left = int64_t(x) + xOffset, top = int64_t(y) - yOffset;
     const int outer = transposed ? glyphHeight : glyphWidth;
     const int inner = transposed ? glyphWidth : glyphHeight;
     for (int i = 0; i < outer; ++i) {
         const int64_t column = transposed ? top + i : left + i;
-        if (column < 0 || column >= numCols) {
+        if (!image.containsColumn(column)) {
             continue;
         }
         for (int j = 0; j < inner; ++j) {
             const int64_t row = transposed ? left + j : top + j;
-            if (row < 0 || row >= numRows) {
+            if (!image.containsRow(row)) {
                 continue;
             }
             const size_t glyphIndex = transposed ? size_t(i) * glyphWidth + j : size_t(j) * glyphWidth + i;
@@ -50,11 +46,11 @@ void blendGlyph(const uint8_t *glyph, int32_t x, int32_t y, int32_t xOffset, int
             if (coverage == T(0)) {
                 continue;
             }
-            const ptrdiff_t pixel = static_cast<ptrdiff_t>(row + column * numRows);
-            for (int p = 0; p < target.count; ++p) {
-                T &old = target.planes[p][pixel];
-                old = blendGlyphPixel<T, antiAliased>(old, target.colour[p], coverage, *opacity);
-            }
+            // The colour and the opacity are read at every pixel: they may
+            // lie in the image.
+            planes.forEachAt(static_cast<ptrdiff_t>(row + column * numRows), [&](T &old, int32_t p) {
+                old = blendGlyphPixel<T, antiAliased>(old, colour[p], coverage, *opacity);
+            });
         }
     }
 }
@@ -64,8 +60,8 @@ int32_t drawIntensity(const uint8_t *glyph, int32_t x, int32_t y, int32_t xOffse
                       uint16_t glyphWidth, uint16_t glyphHeight, int32_t numCols, int32_t numRows, void *image,
                       const void *colour, const void *opacity, uint8_t transposed)
 {
-    const GlyphPlanes<T> target{{static_cast<T *>(image), nullptr, nullptr}, static_cast<const T *>(colour), 1};
-    blendGlyph<T, antiAliased>(glyph, x, y, xOffset, yOffset, glyphWidth, glyphHeight, numCols, numRows, target,
+    blendGlyph<T, antiAliased>(glyph, x, y, xOffset, yOffset, glyphWidth, glyphHeight, numCols, numRows,
+                               onePlane(static_cast<T *>(image)), static_cast<const T *>(colour),
                                static_cast<const T *>(opacity), transposed != 0);
     return 0;
 }
@@ -75,10 +71,9 @@ int32_t drawRgb(const uint8_t *glyph, int32_t x, int32_t y, int32_t xOffset, int
                 uint16_t glyphHeight, int32_t numCols, int32_t numRows, void *red, void *green, void *blue,
                 const void *colour, const void *opacity, uint8_t transposed)
 {
-    const GlyphPlanes<T> target{{static_cast<T *>(red), static_cast<T *>(green), static_cast<T *>(blue)},
-                                static_cast<const T *>(colour), 3};
-    blendGlyph<T, antiAliased>(glyph, x, y, xOffset, yOffset, glyphWidth, glyphHeight, numCols, numRows, target,
-                               static_cast<const T *>(opacity), transposed != 0);
+    blendGlyph<T, antiAliased>(glyph, x, y, xOffset, yOffset, glyphWidth, glyphHeight, numCols, numRows,
+                               rgbPlanes(static_cast<T *>(red), static_cast<T *>(green), static_cast<T *>(blue)),
+                               static_cast<const T *>(colour), static_cast<const T *>(opacity), transposed != 0);
     return 0;
 }
 

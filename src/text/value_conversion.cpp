@@ -8,17 +8,6 @@
 namespace ornex::text {
 namespace {
 
-// Real to 64-bit integer, truncating; values that do not fit (and NaN) give
-// INT64_MIN, as the x86 conversion does.
-template <class Real>
-int64_t truncateToInt64(Real x)
-{
-    if (!(x > Real(-9223372036854775808.0) && x < Real(9223372036854775808.0))) {
-        return INT64_MIN;
-    }
-    return static_cast<int64_t>(x);
-}
-
 // Unsigned results go through a 64-bit integer and keep its low 32 bits.
 template <class T>
 uint32_t toUint32(T value)
