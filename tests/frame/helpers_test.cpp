@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <limits>
 
+#include "frame/blending.hpp"
 #include "frame/element_traits.hpp"
 #include "frame/rounding.hpp"
 #include "frame/simd_level.hpp"
@@ -45,6 +46,39 @@ TEST(Rounding, FloorOfValuePlusHalfSendsHalvesUp)
     EXPECT_EQ(roundHalfUp(-0.5), 0);
     EXPECT_EQ(roundHalfUp(0.49999), 0);
     EXPECT_EQ(roundHalfUp(-3.5f), -3);
+    // 0.5f - 2^-25 plus 0.5f is 1.0f in single precision, below 1 in double.
+    EXPECT_EQ(nearestHalfUp(std::nextafter(0.5f, 0.0f)), 1.0f);
+    EXPECT_EQ(nearestHalfUp(static_cast<double>(std::nextafter(0.5f, 0.0f))), 0.0);
+    EXPECT_EQ(nearestHalfUp(-1.5), -1.0);
+}
+
+TEST(Rounding, IntegerQuotientsSendHalvesAwayFromZero)
+{
+    EXPECT_EQ(divideHalfAway(96, 64), 2);   // 1.5
+    EXPECT_EQ(divideHalfAway(-96, 64), -2); // -1.5
+    EXPECT_EQ(divideHalfAway(95, 64), 1);
+    EXPECT_EQ(divideHalfAway(-95, 64), -1);
+    EXPECT_EQ(wrapDivideHalfAway(5, 2), 3);
+    EXPECT_EQ(wrapDivideHalfAway(-5, 2), -3);
+    EXPECT_EQ(wrapDivideHalfAway(5, -2), -3);
+    EXPECT_EQ(wrapDivideHalfAway(-7, -4), 2); // 1.75
+    EXPECT_EQ(wrapDivideHalfAway(7, 3), 2);   // 2.33
+    // 2n wraps: 2 * 2^30 is -2^31, -2^31 / 4 is -2^29, and as n and d have
+    // the same sign (-2^29 + 1) / 2 truncates to -2^28 + 1.
+    EXPECT_EQ(wrapDivideHalfAway(1 << 30, 4), -(1 << 28) + 1);
+}
+
+TEST(Blending, Q10ProductsShiftArithmeticallyAndWrap)
+{
+    EXPECT_EQ(q10Product(-1, 1), -1); // -1/1024 goes to minus infinity
+    EXPECT_EQ(q10Product(300, 512), 150);
+    EXPECT_EQ(q10Product(65536, 65536), 0); // 2^32 wraps to 0
+    // (200 * 512) >> 10 = 100, plus 60 is 160; int8 stores 160 - 256.
+    EXPECT_EQ(keepQ10AndAdd<int8_t>(int8_t(-56), 512, 60), int8_t(-28 + 60));
+    EXPECT_EQ(keepQ10AndAdd<uint8_t>(uint8_t(200), 512, 60), 160);
+    EXPECT_EQ(keepQ10AndAdd<uint8_t>(uint8_t(200), 1024, 100), 44); // 300 - 256
+    EXPECT_EQ(keepQ10AndAdd<int16_t>(int16_t(-3), 1024, 0), -3);
+    EXPECT_EQ(keepQ10AndAdd<int16_t>(int16_t(-3), 512, 0), -2); // -1.5 floors to -2
 }
 
 TEST(Rounding, TruncationGoesTowardZeroAndOutOfRangeGivesIntMin)
