@@ -115,8 +115,7 @@ TYPED_TEST(Detection, CannyStagesAndDriversMatchThePlainPipeline)
         const int M = trial % 20 ? 1 + random() % 14 : trial ? 60 + random() % 80 : 3, N = trial ? 1 + random() % 14 : 8200;
         const int L = trial ? 1 + random() % std::min(4, std::min(M, N) + 1) : 1, B = L / 2;
         const size_t n = size_t(M) * N;
-        // Small integers and dyadic weights make equal magnitudes (ties)
-        // common; real-valued trials exercise the rounding of each step.
+        // Small integers and dyadic weights make ties common; real values exercise each step's rounding.
         auto values = [&](size_t count, int kind) {
             Vec<T> v(count);
             for (T &x : v) x = kind ? T(int(random() % 9) - 4) / (kind == 1 ? 4 : 1) : T(std::uniform_real_distribution<double>(-3, 3)(random));

@@ -198,9 +198,8 @@ TYPED_TEST(Projective, DriversCoverTheMappedRegion)
             ASSERT_EQ(out[i], covered ? in[p][sr + sc * M] : T(-1)) << divisions << ": " << r << "," << c;
         }
     }
-    // A rectangle's limits are bounds, not sizes; the quadrilateral driver takes
-    // the matrices the other way round; negative divisions or three corners on
-    // one row draw nothing.
+    // A rectangle's limits are bounds, not sizes; the quadrilateral driver takes the matrices
+    // the other way round; negative divisions or three corners on one row draw nothing.
     const int32_t limits[4] = {2, 3, 8, 9}, corners[8] = {2, 3, 2, 8, 7, 8, 7, 3}, flat[8] = {0, 0, 0, 4, 0, 9, 9, 0};
     const auto two = shift<T>(0, 2), back = shift<T>(0, -2);
     std::vector<T> viaRect(M * N * 3, T(-1)), viaQuad = viaRect, none = viaRect;
@@ -247,8 +246,7 @@ TYPED_TEST(Projective, OneCellAndBackgrounds)
     const std::unique_ptr<T[]> empty(new T[0]);
     pick<T>(ORNEX_ProjComputeOutPixel_D, ORNEX_ProjComputeOutPixel_R)(out.data(), 0, 0, 3, 0, 5, 0, 5, 0, 5, 0, 0, empty.get(), 0, 0, b.data(), 0, 6, 6, 1, 1, 0, 0, 1);
     EXPECT_EQ(out[18], T(-1));
-    // Per plane or one value for all, stacked or as three planes; zero as
-    // zero bytes (no negative zero); nothing past the planes.
+    // Per plane or one value for all, stacked or as three planes, -0 stored as +0, nothing past the planes.
     const T values[3] = {T(1.5), T(-2), T(7)}, zeros[3] = {T(-0.0), T(-0.0), T(-0.0)};
     const std::tuple<const T *, int, int, int> fills[] = {
         {values, 0, 0, 2}, {values, 1, 0, 0}, {values + 1, 0, 1, 3}, {values + 2, 1, 1, 0}, {zeros, 0, 1, 3}, {zeros, 1, 0, 0}};

@@ -11,8 +11,7 @@ class DrawText : public ::testing::Test {};
 using Precisions = ::testing::Types<double, float>;
 TYPED_TEST_SUITE(DrawText, Precisions);
 
-// Every blender, reached through the selection tables, against a plain
-// blend: glyph placement and transposition, clipping, coverage and opacity.
+// Every blender, through the selection tables: placement, transposition, clipping, coverage, opacity.
 TYPED_TEST(DrawText, EveryBlenderMatchesThePlainBlendAndClips)
 {
     using T = TypeParam;
@@ -62,8 +61,7 @@ TEST(DrawText, SelectionTablesHoldOnlyTheFloatingBlenders)
         }
 }
 
-// Formats into a buffer of '#' with room `size`; the format must come back
-// unchanged and nothing past the room may be touched.
+// Formats into '#'s with room `size`; the format comes back unchanged, nothing past the room touched.
 std::string format(const char *pattern, void *values, int valueLimit, int typeCode, int size = 48, bool text = false)
 {
     std::string formatCopy = pattern;
@@ -104,8 +102,7 @@ TEST(FormatValues, PiecesValuesTypesAndRoom)
     ORNEX_snprintf_wrapper(keep, pattern, v, 0, 6, 0, 8);
     EXPECT_STREQ(keep, "3");
     EXPECT_EQ(ORNEX_strlen("four") + ORNEX_strlen(""), 4);
-    // A piece that does not fit, or fills the room exactly, ends the output
-    // in the room's last byte.
+    // A piece that does not fit, or fills the room exactly, ends the output in the room's last byte.
     const std::string full = "a=12, b=345, c=6789";
     for (int size = 1; size <= int(full.size()) + 3; ++size)
         EXPECT_EQ(format("a=%d, b=%d, c=%d", std::array<int32_t, 3>{12, 345, 6789}.data(), 2, 6, size),
