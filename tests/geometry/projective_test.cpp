@@ -1,7 +1,9 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cmath>
 #include <random>
+#include <tuple>
 
 #include "ornex_rt.h"
 
@@ -25,11 +27,98 @@ template <class T>
 std::array<T, 18> shift(T rows, T cols) { return {1, 0, cols, 0, 1, rows, 0, 0, 1, 1, 0, -cols, 0, 1, -rows, 0, 0, 1}; }
 
 template <class T>
-class ProjectiveWarp : public ::testing::Test {};
+class Projective : public ::testing::Test {};
 using Precisions = ::testing::Types<double, float>;
-TYPED_TEST_SUITE(ProjectiveWarp, Precisions);
+TYPED_TEST_SUITE(Projective, Precisions);
 
-TYPED_TEST(ProjectiveWarp, SpansSampleAtTheSteppedPositionsInsideTheWindow)
+using Corners = std::array<int32_t, 8>; // (row, column) of corners 0..3
+using Rect = std::array<int32_t, 4>;
+
+// The closed form, its adjugate and the moves by the origin, written out.
+template <class T>
+std::vector<T> plainBlock(const Corners &q, const Rect &rect, int rows, int cols, int mode, int inverseOffset, bool useRect)
+{
+    const bool fromRect = mode != 1 || useRect;
+    const T c = fromRect ? T(mode == 1 ? rect[1] : -rect[1]) : 0, r = fromRect ? T(mode == 1 ? rect[0] : -rect[0]) : 0;
+    const T H = T((fromRect ? rect[2] : rows) - 1), W = T((fromRect ? rect[3] : cols) - 1);
+    const T x0 = T(q[1]), x1 = T(q[3]), x2 = T(q[5]), x3 = T(q[7]), y0 = T(q[0]), y1 = T(q[2]), y2 = T(q[4]), y3 = T(q[6]);
+    const T sx = x0 - x1 + x2 - x3, sy = y0 - y1 + y2 - y3, dx1 = x1 - x2, dx2 = x3 - x2, dy1 = y1 - y2, dy2 = y3 - y2;
+    const T D = dx2 * dy1 - dx1 * dy2, g = (dx2 * sy - dy2 * sx) / (W * D), h = (sx * dy1 - dx1 * sy) / (H * D);
+    std::vector<T> m = {x1 * g + (x1 - x0) / W, x3 * h + (x3 - x0) / H, x0, y1 * g + (y1 - y0) / W, y3 * h + (y3 - y0) / H, y0, g, h, 1};
+    m.insert(m.end(), {m[4] - m[7] * m[5], m[7] * m[2] - m[1], m[5] * m[1] - m[4] * m[2], m[6] * m[5] - m[3], m[0] - m[6] * m[2],
+                       m[3] * m[2] - m[5] * m[0], m[7] * m[3] - m[6] * m[4], m[6] * m[1] - m[7] * m[0], m[4] * m[0] - m[3] * m[1]});
+    const bool moveAdjugate = mode == 1 || (mode == 2 && inverseOffset >= 1);
+    const T sign = mode == 1 ? 1 : -1;
+    for (int k = 0; k < 3; ++k) {
+        if (mode != 1 && c != 0) m[2 + 3 * k] = m[2 + 3 * k] + c * m[3 * k];
+        if (mode != 1 && r != 0) m[2 + 3 * k] = m[2 + 3 * k] + r * m[1 + 3 * k];
+        if (moveAdjugate && c != 0) m[9 + k] = m[9 + k] + sign * c * m[15 + k];
+        if (moveAdjugate && r != 0) m[12 + k] = m[12 + k] + sign * r * m[15 + k];
+    }
+    return m;
+}
+
+TYPED_TEST(Projective, BlocksAndProductsMatchTheClosedForm)
+{
+    using T = TypeParam;
+    constexpr bool D = std::is_same_v<T, double>;
+    std::mt19937 random(11);
+    auto any = [&](int lo, int hi) { return int32_t(lo + int(random() % (hi - lo + 1))); };
+    for (int trial = 0; trial < 400; ++trial) {
+        // Corners near those of a 200 x 200 square, in order round it.
+        Corners q, second;
+        for (int k = 0; k < 8; ++k) q[k] = (k >= 3 && k <= 6 ? 200 : 0) + any(-25, 25), second[k] = q[k] + any(-9, 9);
+        if (trial % 5 == 0) second = q;
+        const Rect rect = {any(-40, 40), any(-40, 40), any(2, 90), any(2, 90)};
+        const int rows = any(2, 90), cols = any(2, 90), mode = any(0, 3), inverseOffset = any(0, 2);
+        const bool useRect = random() % 2, both = random() % 2;
+        std::vector<T> b(20, T(-1)), q2q(56, T(-5));
+        pick<T>(ORNEX_CalculateXformMtrx_D, ORNEX_CalculateXformMtrx_R)(
+            q.data(), rect.data(), rows, cols, mode, inverseOffset, useRect, b.data() + 1);
+        ASSERT_EQ(std::vector<T>(b.begin() + 1, b.end() - 1), plainBlock<T>(q, rect, rows, cols, mode, inverseOffset, useRect)) << trial;
+        ASSERT_TRUE(b.front() == T(-1) && b.back() == T(-1));
+
+        // Second to first and (on request) first to second: adj(B) A, adj(A) B.
+        const auto A = plainBlock<T>(q, {0, 0, rows, cols}, rows, cols, 3, 0, false);
+        const auto B = plainBlock<T>(second, {0, 0, rows, cols}, rows, cols, 1, 0, false);
+        std::vector<T> expected = {T(-5)};
+        expected.insert(expected.end(), A.begin(), A.end()), expected.insert(expected.end(), B.begin(), B.end());
+        for (int pass = 0; pass < 2; ++pass)
+            for (int i = 0; i < 9; ++i) {
+                const T *left = (pass ? A : B).data() + 9, *right = (pass ? B : A).data();
+                T s = 0;
+                for (int k = 0; k < 3; ++k) s = s + left[i % 3 + 3 * k] * (k == 2 && i == 8 ? T(1) : right[k + 3 * (i / 3)]);
+                expected.push_back(pass && !both ? T(-5) : s);
+            }
+        expected.push_back(T(-5));
+        pick<T>(ORNEX_CalculateQ2QXformMtrx_D, ORNEX_CalculateQ2QXformMtrx_R)(q.data(), rows, cols, q2q.data() + 1, second.data(), both);
+        ASSERT_EQ(q2q, expected) << trial;
+
+        // Corner k of the rectangle lands on corner k of the quadrilateral.
+        const double W = cols - 1, H = rows - 1, x[4] = {0, W, W, 0}, y[4] = {0, 0, H, H}, tolerance = D ? 1e-9 : 2e-3;
+        for (int k = 0; k < 4; ++k) {
+            const double w = x[k] * A[6] + y[k] * A[7] + A[8];
+            EXPECT_NEAR((x[k] * A[0] + y[k] * A[1] + A[2]) / w, q[2 * k + 1], 200 * tolerance);
+            EXPECT_NEAR((x[k] * A[3] + y[k] * A[4] + A[5]) / w, q[2 * k], 200 * tolerance);
+        }
+    }
+}
+
+TEST(Collinearity, CornersOneToThreeExactlyWithWrapAround)
+{
+    // Corner 0 between 3 and 1 is not tested; the products wrap round.
+    std::mt19937 random(13);
+    for (int trial = 0; trial < 20000; ++trial) {
+        Corners p;
+        for (auto &v : p) v = trial % 2 ? int32_t(random() % 5) - 2 : int32_t(random());
+        auto d = [&](int i, int j) { return uint32_t(p[2 * (i % 4) + j]) - uint32_t(p[2 * ((i + 1) % 4) + j]); };
+        bool any = false;
+        for (int k = 1; k <= 3; ++k) any = any || d(k, 1) * d(k - 1, 0) == d(k, 0) * d(k - 1, 1);
+        ASSERT_EQ(ORNEX_Are3PtsCollinear(p.data()), any) << trial;
+    }
+}
+
+TYPED_TEST(Projective, SpansSampleAtTheSteppedPositionsInsideTheWindow)
 {
     using T = TypeParam;
     const int M = 9, N = 11;
@@ -51,9 +140,8 @@ TYPED_TEST(ProjectiveWarp, SpansSampleAtTheSteppedPositionsInsideTheWindow)
         pick<T>(ORNEX_ProjComputeOutPixel_D, ORNEX_ProjComputeOutPixel_R)(
             o, o + planeSize, o + 2 * planeSize, column, rowFirst, rowFirst + outRows - 1, colFirst, colFirst + outCols - 1,
             first, last, M, threePlanes, in[0], in[1], in[2], m, N, outRows, outCols, method, exact, rowLow, colLow, 3);
-        // Homogeneous (q, p, w) of (column, row) at both ends: stepped and
-        // divided, or the parabola through the ends and the middle stepped by
-        // forward differences.
+        // Homogeneous (q, p, w) at both ends stepped and divided, or the parabola
+        // through the ends and the middle stepped by forward differences.
         T h[2][3];
         for (int end = 0; end < 2; ++end)
             pick<T>(ORNEX_GetInPtsFrmOutPts_D, ORNEX_GetInPtsFrmOutPts_R)(end ? last : first, column, m, h[end], h[end] + 1, h[end] + 2);
@@ -85,7 +173,7 @@ TYPED_TEST(ProjectiveWarp, SpansSampleAtTheSteppedPositionsInsideTheWindow)
     }
 }
 
-TYPED_TEST(ProjectiveWarp, DriversCoverTheMappedRegion)
+TYPED_TEST(Projective, DriversCoverTheMappedRegion)
 {
     using T = TypeParam;
     const auto rect = pick<T>(ORNEX_DivideRectXform_D, ORNEX_DivideRectXform_R);
@@ -94,9 +182,8 @@ TYPED_TEST(ProjectiveWarp, DriversCoverTheMappedRegion)
     const auto source = labelled<T>(M, N, 3);
     const T *in[3] = {source.data(), source.data() + M * N, source.data() + 2 * M * N};
     std::vector<int32_t> edges(64), scratch(24);
-    // Moved by -1.5 rows and -2.5 columns, the corners round half away from
-    // zero onto rows -2 .. 8 and columns -3 .. 9 of a window starting at row
-    // -3, column -4; the positions come back clamped and rounded.
+    // Moved by -1.5 rows and -2.5 columns, the corners round half away from zero
+    // onto rows -2 .. 8 and columns -3 .. 9; positions come back clamped and rounded.
     const auto b = shift<T>(T(-1.5), T(-2.5));
     for (const int divisions : {0, 3, 7}) {
         std::vector<T> out(14 * 15 * 3, T(-1));
@@ -110,10 +197,8 @@ TYPED_TEST(ProjectiveWarp, DriversCoverTheMappedRegion)
             ASSERT_EQ(out[i], covered ? in[p][sr + sc * M] : T(-1)) << divisions << ": " << r << "," << c;
         }
     }
-    // A rectangle's limits are bounds, not sizes (rows 2 .. 7, columns 3 ..
-    // 8); the quadrilateral driver takes the matrices the other way round;
-    // negative divisions draw nothing, nor does a quadrilateral with three
-    // corners on one row (which gives 0).
+    // A rectangle's limits are bounds, not sizes; the quadrilateral driver takes the matrices
+    // the other way round; negative divisions or three corners on one row draw nothing.
     const int32_t limits[4] = {2, 3, 8, 9}, corners[8] = {2, 3, 2, 8, 7, 8, 7, 3}, flat[8] = {0, 0, 0, 4, 0, 9, 9, 0};
     const auto two = shift<T>(0, 2), back = shift<T>(0, -2);
     std::vector<T> viaRect(M * N * 3, T(-1)), viaQuad = viaRect, none = viaRect;
@@ -127,9 +212,8 @@ TYPED_TEST(ProjectiveWarp, DriversCoverTheMappedRegion)
     EXPECT_EQ(viaQuad, viaRect);
     EXPECT_EQ(none, std::vector<T>(M * N * 3, T(-1)));
 
-    // Perspective onto a quadrilateral, a ramp (value = row) sampled
-    // bilinearly: exact division reads back the adjugate's row position, the
-    // approximation comes close to it but not onto it.
+    // A ramp (value = row) warped in perspective: exact division reads back the
+    // adjugate's row position, the approximation comes close but not onto it.
     std::vector<T> ramp(60 * 70), out(80 * 90);
     for (int i = 0; i < 60 * 70; ++i) ramp[i] = T(i % 60);
     const int32_t skewed[8] = {3, 2, 0, 75, 70, 85, 62, 4}, whole[4] = {0, 0, 60, 70};
@@ -146,7 +230,7 @@ TYPED_TEST(ProjectiveWarp, DriversCoverTheMappedRegion)
     }
 }
 
-TYPED_TEST(ProjectiveWarp, OneCellAndBackgrounds)
+TYPED_TEST(Projective, OneCellAndBackgrounds)
 {
     using T = TypeParam;
     const auto source = labelled<T>(6, 6, 1);
@@ -157,22 +241,20 @@ TYPED_TEST(ProjectiveWarp, OneCellAndBackgrounds)
     std::vector<T> out(36, T(-1));
     pick<T>(ORNEX_XformOneSubdivision_D, ORNEX_XformOneSubdivision_R)(edges.data(), 8, cell, scratch.data(), out.data(), nullptr, nullptr, 0, 5, 0, 5, 6, 0, b.data() + 9, source.data(), nullptr, nullptr, 1, 6, 6, 6, 1, 0, 0, 1);
     for (int i = 0; i < 36; ++i) EXPECT_EQ(out[i], i % 6 >= 2 && i / 6 <= 3 ? source[i - 1 + 6] : T(-1)) << i;
-    // A source without pixels (a zero-length heap block) has nothing to sample.
-    const std::unique_ptr<T[]> empty(new T[0]);
-    pick<T>(ORNEX_ProjComputeOutPixel_D, ORNEX_ProjComputeOutPixel_R)(out.data(), 0, 0, 3, 0, 5, 0, 5, 0, 5, 0, 0, empty.get(), 0, 0, b.data(), 0, 6, 6, 1, 1, 0, 0, 1);
+    // A source without pixels has nothing to sample: not a byte of it is read.
+    pick<T>(ORNEX_ProjComputeOutPixel_D, ORNEX_ProjComputeOutPixel_R)(out.data(), 0, 0, 3, 0, 5, 0, 5, 0, 5, 0, 0, nullptr, 0, 0, b.data(), 0, 6, 6, 1, 1, 0, 0, 1);
     EXPECT_EQ(out[18], T(-1));
-    // Per plane or one value for all, stacked or as three planes; zero as
-    // zero bytes (no negative zero); nothing past the planes.
-    const auto fill = pick<T>(ORNEX_FillBackgroundValues_D, ORNEX_FillBackgroundValues_R);
+    // Per plane or one value for all, stacked or as three planes, -0 stored as +0, nothing past the planes.
     const T values[3] = {T(1.5), T(-2), T(7)}, zeros[3] = {T(-0.0), T(-0.0), T(-0.0)};
-    std::vector<T> a(37, T(9)), b3(37, T(9));
-    fill(values, a.data(), nullptr, nullptr, 3, 4, 0, 0, 2);
-    fill(values, b3.data(), b3.data() + 12, b3.data() + 24, 3, 4, 1, 0, 0);
-    for (int i = 0; i < 37; ++i) EXPECT_TRUE(a[i] == (i < 24 ? values[i / 12] : 9) && b3[i] == (i < 36 ? values[i / 12] : 9)) << i;
-    fill(values + 1, a.data(), nullptr, nullptr, 3, 4, 0, 1, 3);
-    fill(values + 2, b3.data(), b3.data() + 12, b3.data() + 24, 3, 4, 1, 1, 0);
-    for (int i = 0; i < 37; ++i) EXPECT_TRUE(a[i] == (i < 36 ? values[1] : 9) && b3[i] == (i < 36 ? values[2] : 9)) << i;
-    fill(zeros, a.data(), nullptr, nullptr, 3, 4, 0, 1, 3);
-    fill(zeros, b3.data(), b3.data() + 12, b3.data() + 24, 3, 4, 1, 0, 0);
-    for (int i = 0; i < 37; ++i) EXPECT_TRUE(a[i] == (i < 36 ? 0 : 9) && !std::signbit(a[i]) && !std::signbit(b3[i])) << i;
+    const std::tuple<const T *, int, int, int> fills[] = {
+        {values, 0, 0, 2}, {values, 1, 0, 0}, {values + 1, 0, 1, 3}, {values + 2, 1, 1, 0}, {zeros, 0, 1, 3}, {zeros, 1, 0, 0}};
+    for (const auto &[background, three, one, planes] : fills) {
+        std::vector<T> a(37, T(9));
+        pick<T>(ORNEX_FillBackgroundValues_D, ORNEX_FillBackgroundValues_R)(
+            background, a.data(), three ? a.data() + 12 : nullptr, three ? a.data() + 24 : nullptr, 3, 4, three, one, planes);
+        for (int i = 0; i < 37; ++i) {
+            const T want = i < 12 * (three ? 3 : planes) ? background[one ? 0 : i / 12] : T(9);
+            EXPECT_TRUE(a[i] == want && (want != 0 || !std::signbit(a[i]))) << three << one << planes << " at " << i;
+        }
+    }
 }

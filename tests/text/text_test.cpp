@@ -6,8 +6,62 @@
 
 #include "ornex_rt.h"
 
-// Formats into a buffer of '#' with room `size`; the format must come back
-// unchanged and nothing past the room may be touched.
+template <class T>
+class DrawText : public ::testing::Test {};
+using Precisions = ::testing::Types<double, float>;
+TYPED_TEST_SUITE(DrawText, Precisions);
+
+// Every blender, through the selection tables: placement, transposition, clipping, coverage, opacity.
+TYPED_TEST(DrawText, EveryBlenderMatchesThePlainBlendAndClips)
+{
+    using T = TypeParam;
+    std::mt19937 random(31);
+    auto same = [](T a, T b) { return a == b || (a != a && b != b); };
+    for (int trial = 0; trial < 3000; ++trial) {
+        const bool aa = trial % 2, rgb = trial / 2 % 2, transposed = random() % 2;
+        const int rows = 1 + random() % 6, cols = 1 + random() % 6, gw = random() % 5, gh = random() % 5;
+        const int x = int(random() % 10) - 4, y = int(random() % 10) - 2, xo = int(random() % 5) - 2, yo = int(random() % 5) - 2;
+        std::vector<uint8_t> glyph(gw * gh);
+        for (auto &g : glyph) g = random() % 3 ? uint8_t(random() % 3 ? random() % 256 : 255) : 0;
+        const T opacity = std::vector<T>{0, T(0.3), T(0.75), 1, 2}[random() % 5], colour[3] = {T(0.25), T(-3), T(7.5)};
+        std::vector<T> planes[3], expected[3];
+        for (int p = 0; p < 3; ++p) {
+            planes[p].resize(rows * cols + 2); // one sentinel on each side
+            for (T &v : planes[p]) v = random() % 16 ? T(std::uniform_real_distribution<double>(-2, 2)(random)) : T(INFINITY);
+            expected[p] = planes[p];
+        }
+        for (int r = 0; r < gh; ++r)
+            for (int c = 0; c < gw; ++c) {
+                const int row = transposed ? x + xo + c : y - yo + r, col = transposed ? y - yo + r : x + xo + c;
+                const T a = T(glyph[r * gw + c] / 255.0);
+                for (int p = 0; row >= 0 && row < rows && col >= 0 && col < cols && a != 0 && p < (rgb ? 3 : 1); ++p) {
+                    T &pixel = expected[p][1 + row + col * rows];
+                    const T value = !aa || a == 1 ? colour[p] : a * (colour[p] - pixel) + pixel;
+                    pixel = opacity < 1 ? (1 - opacity) * pixel + value * opacity : value;
+                }
+            }
+        const int code = std::is_same_v<T, double> ? 0 : 1;
+        if (rgb)
+            ORNEX_GetDrawTextFcn_RGB(code, aa)(glyph.data(), x, y, xo, yo, gw, gh, cols, rows, planes[0].data() + 1,
+                                               planes[1].data() + 1, planes[2].data() + 1, colour, &opacity, transposed);
+        else
+            ORNEX_GetDrawTextFcn_I(code, aa)(glyph.data(), x, y, xo, yo, gw, gh, cols, rows, planes[0].data() + 1, colour, &opacity, transposed);
+        for (int p = 0; p < 3; ++p)
+            ASSERT_TRUE(std::equal(planes[p].begin(), planes[p].end(), expected[p].begin(), same)) << "trial " << trial << " plane " << p;
+    }
+}
+
+// Which blender each entry is, the blend test above tells apart.
+TEST(DrawText, SelectionTablesHoldOnlyTheFloatingBlenders)
+{
+    for (int code = -1; code <= 9; ++code)
+        for (uint8_t aa : {0, 1, 2}) {
+            EXPECT_EQ(ORNEX_GetDrawTextFcn_I(code, aa) != nullptr, (code == 0 || code == 1) && aa < 2) << code;
+            EXPECT_EQ(ORNEX_GetDrawTextFcn_RGB(code, aa) != nullptr, (code == 0 || code == 1) && aa < 2) << code;
+        }
+}
+
+// Formats into '#'s with room `size`; the format comes back unchanged, nothing past the room touched.
 std::string format(const char *pattern, void *values, int valueLimit, int typeCode, int size = 48, bool text = false)
 {
     std::string formatCopy = pattern;
@@ -48,8 +102,7 @@ TEST(FormatValues, PiecesValuesTypesAndRoom)
     ORNEX_snprintf_wrapper(keep, pattern, v, 0, 6, 0, 8);
     EXPECT_STREQ(keep, "3");
     EXPECT_EQ(ORNEX_strlen("four") + ORNEX_strlen(""), 4);
-    // A piece that does not fit, or fills the room exactly, ends the output
-    // in the room's last byte.
+    // A piece that does not fit, or fills the room exactly, ends the output in the room's last byte.
     const std::string full = "a=12, b=345, c=6789";
     for (int size = 1; size <= int(full.size()) + 3; ++size)
         EXPECT_EQ(format("a=%d, b=%d, c=%d", std::array<int32_t, 3>{12, 345, 6789}.data(), 2, 6, size),
