@@ -34,9 +34,11 @@ TYPED_TEST(DetectionLayer, CannyFindsTheStepsItsThresholdsAdmit)
             // Sigma 1: halves of 4 taps, borders of 2 (3 on the right) left 0.
             for (int32_t along = 3; along < 13; ++along) {
                 const auto at = [&](const auto &image, int k) { return downRows ? image(k, along) : image(along, k); };
-                for (int32_t k = 0; k < 24; ++k)
-                    if (thresholds || k == 6)
+                for (int32_t k = 0; k < 24; ++k) {
+                    if (thresholds || k == 6) {
                         EXPECT_EQ(at(edges, k), k == 6 || (k == 14 && weakerKept)) << along << "," << k;
+                    }
+                }
                 EXPECT_NEAR(at(magnitude, 14) / at(magnitude, 6), 0.3, 1e-4);
             }
         }
@@ -112,14 +114,14 @@ TYPED_TEST(DetectionLayer, ArgumentsAreCheckedWithTheirMessages)
         return ornex::CannyOptions{1, ornex::CannyThresholds{low, high}};
     };
     expectRejections({
-        {canny({0}), "sigma: must be positive and finite"},
-        {canny({std::nan("")}), "sigma: must be positive and finite"},
+        {canny({.sigma = 0}), "sigma: must be positive and finite"},
+        {canny({.sigma = std::nan("")}), "sigma: must be positive and finite"},
         {canny(thresholds(0.4, 0.2)), "thresholds: low must not exceed high"},
         {canny(thresholds(-0.1, 0.2)), "thresholds: must lie in [0, 1]"},
         {canny(thresholds(0.1, 1.5)), "thresholds: must lie in [0, 1]"},
         {canny({1, std::nullopt, 100.5}), "nonEdgePercent: must lie in [0, 100]"},
         {canny({1, std::nullopt, -1}), "nonEdgePercent: must lie in [0, 100]"},
-        {canny({5.01}), small}, // 16 rows: enough for sigma 5 (ceil(15) + 1), not more
+        {canny({.sigma = 5.01}), small}, // 16 rows: enough for sigma 5 (ceil(15) + 1), not more
         {[] { ornex::canny(ornex::Image<T>(3, 3).view()); }, small},
         {[] { ornex::canny(ornex::Image<T>().view()); }, "image: must be a non-empty image"},
         {[] { ornex::canny(ornex::Image<T>(8, 8, 2).view()); }, "image: must have one plane"},
@@ -135,7 +137,7 @@ TYPED_TEST(DetectionLayer, ArgumentsAreCheckedWithTheirMessages)
         {[] { ornex::houghLines<T>({0}, {0}, 0, 10); }, "imageRows: must be positive"},
         {[] { ornex::houghLines<T>({0}, {0}, 10, -1); }, "imageCols: must be positive"},
     });
-    EXPECT_NO_THROW(canny({5})());
+    EXPECT_NO_THROW(canny({.sigma = 5})());
     EXPECT_NO_THROW(ornex::canny(ornex::Image<T>(4, 4).view()));
 }
 

@@ -58,24 +58,29 @@ TYPED_TEST(PlainDrawing, LinesAndCirclesSetTheirPixels)
     using T = TypeParam;
     const auto ink = inks<T>();
     // Slope 1/3: rows c/3 rounded; row 5 clipped to columns 3..9; column 0
-    // bottom-up. Radius 5: the nearest column offsets sqrt(25 - x^2), x = 0..3,
-    // are 5, 5, 5, 4, mirrored into eight octants; the row above is skipped.
+    // bottom-up. Circles: for each row offset x up to the diagonal the nearest
+    // column offset y = sqrt(R^2 - x^2), mirrored into eight octants, the
+    // rows and columns outside the image skipped.
     const std::set<std::pair<int, int>> line{{0, 0}, {0, 1}, {1, 2}, {1, 3}, {1, 4}, {2, 5}, {2, 6}, {5, 3}, {5, 4},
                                              {5, 5}, {5, 6}, {5, 7}, {5, 8}, {5, 9}, {9, 0}, {8, 0}, {7, 0}};
-    const std::set<std::pair<int, int>> octant{{0, 5}, {1, 5}, {2, 5}, {3, 4}, {5, 0}, {5, 1}, {5, 2}, {4, 3}};
+    const auto near = [](int x, int y, int r) { return x <= y && y == std::lround(std::sqrt(r * r - x * x)); };
     for (const bool rgb : {false, true}) {
-        Canvas<T> lines(10, 12, 2 + rgb), circle(10, 12, 2 + rgb);
+        Canvas<T> lines(10, 12, 2 + rgb);
         for (const auto &[from, to, clip] : {std::tuple{Point{0, 0}, Point{2, 6}, ClipRect{0, 9, 0, 11}},
                                              {Point{5, 11}, Point{5, -3}, ClipRect{1, 8, 3, 9}},
                                              {Point{9, 0}, Point{7, 0}, ClipRect{0, 9, 0, 11}}})
             rgb ? ornex::drawLine(lines.rgb(), from, to, ink, clip)
                 : ornex::drawLine(lines.view(), from, to, {ink[0], ink[1]}, clip);
-        rgb ? ornex::drawCircle(circle.rgb(), {4, 6}, 5, ink)
-            : ornex::drawCircle(circle.view(), {4, 6}, 5, {ink[0], ink[1]});
         expectPicture(lines, [&](int r, int c, int p) { return line.count({r, c}) ? ink[p] : T{}; });
-        expectPicture(circle, [&](int r, int c, int p) {
-            return octant.count({abs(r - 4), abs(c - 6)}) ? ink[p] : T{};
-        });
+        for (int radius = 1; radius <= 14; ++radius) {
+            Canvas<T> circle(20, 22, 2 + rgb);
+            rgb ? ornex::drawCircle(circle.rgb(), {4, 9}, radius, ink)
+                : ornex::drawCircle(circle.view(), {4, 9}, radius, {ink[0], ink[1]});
+            expectPicture(circle, [&](int r, int c, int p) {
+                const int a = abs(r - 4), b = abs(c - 9);
+                return near(a, b, radius) || near(b, a, radius) ? ink[p] : T{};
+            });
+        }
     }
 }
 
@@ -100,14 +105,15 @@ TYPED_TEST(Blending, ShapesPutTheColourWhereTheyLie)
     const auto onRow = [&](int r, int c, int p) { return r == 3 && c >= 1 && c <= 8 ? ink[p] : T(0); };
     expectPicture(lines, [&](int r, int c, int p) { return c == 10 && r > 0 && r < 9 ? halves[p] : onRow(r, c, p); });
     expectPicture(rgbLine, onRow);
-    // Outlines of radius 10: the axis pixels take the colour; on rows 1..5 off
-    // the centre the pixels either side of the crossing at sqrt(100 - x^2)
-    // share it; nothing lies a pixel or more off the circle. Discs: cover
+    // Outlines of radius 10 about (20, 16), the lowest pixel on the last row:
+    // the axis pixels take the colour; on rows 1..5 below the centre the
+    // pixels either side of the crossing at sqrt(100 - x^2) share it; nothing
+    // lies a pixel or more off the circle. Discs: cover
     // (Q + R) / 2R in [0, 1], Q = R^2 - a^2 - b^2: a half on the circle, in
     // all about pi R^2.
     Canvas<T> outline(31, 33, 2), rgbOutline(31, 33, 3), disc(31, 33, 2), rgbDisc(31, 33, 3), clipped(31, 33, 1);
-    ornex::drawAntialiasedCircle(outline.view(), {15, 16}, 10, {ink[0], ink[1]});
-    ornex::drawAntialiasedCircle(rgbOutline.rgb(), {15, 16}, 10, ink);
+    ornex::drawAntialiasedCircle(outline.view(), {20, 16}, 10, {ink[0], ink[1]});
+    ornex::drawAntialiasedCircle(rgbOutline.rgb(), {20, 16}, 10, ink);
     ornex::fillAntialiasedCircle(disc.view(), {15, 16}, 10, {ink[0], ink[1]});
     ornex::fillAntialiasedCircle(rgbDisc.rgb(), {15, 16}, 10, ink);
     ornex::fillAntialiasedCircle(clipped.view(), {15, 16}, 10, {ink[0]}, 0.5, ClipRect{0, 30, 0, 16});
@@ -115,16 +121,19 @@ TYPED_TEST(Blending, ShapesPutTheColourWhereTheyLie)
     for (int32_t c = 0; c < 33; ++c) {
         for (int32_t r = 0; r < 31; ++r) {
             covered += double(disc(r, c)) / double(ink[0]);
-            if (outline(r, c) != T(0) || rgbOutline(r, c) != T(0))
-                EXPECT_LT(std::abs(std::hypot(r - 15, c - 16) - 10), 1.0) << r << "," << c;
+            if (outline(r, c) != T(0) || rgbOutline(r, c) != T(0)) {
+                EXPECT_LT(std::abs(std::hypot(r - 20, c - 16) - 10), 1.0) << r << "," << c;
+            }
         }
     }
     EXPECT_NEAR(covered, std::numbers::pi * 100, std::numbers::pi);
     for (int32_t p = 0; p < 3; ++p) {
         const Canvas<T> &circle = p < 2 ? outline : rgbOutline, &filled = p < 2 ? disc : rgbDisc;
-        EXPECT_TRUE(circle(5, 16, p) == ink[p] && circle(25, 16, p) == ink[p] && circle(15, 26, p) == ink[p]);
-        for (int32_t x = 1, y = 9; x <= 5; y = int32_t(std::sqrt(100.0 - ++x * x)))
-            EXPECT_NEAR(double(circle(15 + x, 16 + y, p)) + double(circle(15 + x, 17 + y, p)), double(ink[p]), 1.0);
+        EXPECT_TRUE(circle(10, 16, p) == ink[p] && circle(30, 16, p) == ink[p] && circle(20, 26, p) == ink[p]);
+        for (int32_t x = 1; x <= 5; ++x) {
+            const auto y = int32_t(std::sqrt(100.0 - x * x));
+            EXPECT_NEAR(double(circle(20 + x, 16 + y, p)) + double(circle(20 + x, 17 + y, p)), double(ink[p]), 1.0);
+        }
         EXPECT_TRUE(filled(15, 16, p) == ink[p] && filled(25, 16, p) == share(ink[p], 512) &&
                     filled(15, 27, p) == T(0));
     }
@@ -194,7 +203,10 @@ TEST(DrawTables, WorkedByHand)
     // The box profile 1/2 + (i - 24)/16 clamped, its Q10 form, a Q10 opacity.
     const auto box = ornex::polygonBoxProfile();
     EXPECT_EQ((std::vector<double>{box[16], box[24], box[28], box[32]}), (std::vector<double>{0, 0.5, 0.75, 1}));
+    std::vector<double> weights = box;
+    weights[20] = 0.2998; // 306.9952
     EXPECT_EQ(ornex::draw_detail::polygonWeightTable<uint8_t>(box)[25], 576); // 1024 x 0.5625
+    EXPECT_EQ(ornex::draw_detail::polygonWeightTable<int16_t>(weights)[20], 307);
     EXPECT_EQ(ornex::draw_detail::opacityQ10(0.3), 307);                    // 307.2
 }
 

@@ -61,7 +61,7 @@ TYPED_TEST(MotionLayer, FlowOfARamp)
     const auto frame1 = makeImage<T>(12, 13, 1, [](int r, int c, int) { return c + 2 * r; });
     const auto frame2 = makeImage<T>(12, 13, 1, [](int r, int c, int) { return c - 0.5 + 2 * r; });
     const std::tuple<ornex::VelocityField<T>, int32_t, double, double> cases[] = {
-        {ornex::hornSchunck(frame1, frame2, {3, 1}), 1, -0.0625, -0.125},
+        {ornex::hornSchunck(frame1, frame2, {.smoothness = 3, .maxIterations = 1}), 1, -0.0625, -0.125},
         {ornex::hornSchunck(frame1, frame2, {3, std::nullopt, 1.0}), 1, -0.0625, -0.125},
         {ornex::lucasKanade(frame1, frame2, {4.9}), 4, -0.1, -0.2},
         {ornex::lucasKanade(frame1, frame2, {5.1}), 4, 0, 0}};
@@ -91,14 +91,15 @@ TYPED_TEST(MotionLayer, LucasKanadeGderRecoversTheMotionOfAQuadratic)
         frames.push_back(
             makeImage<T>(20, 22, 1, [&](int r, int c, int) { return pow(c - k * su, 2) + pow(r - k * sv, 2); }));
     const std::vector<ImageView<const T>> views(frames.begin(), frames.end());
-    ornex::LucasKanadeGderOptions own{1};
+    ornex::LucasKanadeGderOptions own{.threshold = 1};
     own.filters = ornex::LucasKanadeFilters{{-1.0 / 12, 2.0 / 3, 0, -2.0 / 3, 1.0 / 12},
                                             {0.25, 0.5, 0.25},
                                             {0.5, 0, -0.5},
                                             {0.2, 0.6, 0.2},
                                             {0.25, 0.5, 0.25}};
-    const auto full1 = ornex::lucasKanadeGder(views, {1}), full2 = ornex::lucasKanadeGder(views, own);
-    const auto none = ornex::lucasKanadeGder(views, {10}), part = ornex::lucasKanadeGder(views, {10, true});
+    const auto full1 = ornex::lucasKanadeGder(views, {.threshold = 1}), full2 = ornex::lucasKanadeGder(views, own);
+    const auto none = ornex::lucasKanadeGder(views, {.threshold = 10});
+    const auto part = ornex::lucasKanadeGder(views, {.threshold = 10, .normalFlow = true});
     for (int32_t c = 6; c < 16; ++c) {
         for (int32_t r = 6; r < 14; ++r) {
             for (const auto *flow : {&full1, &full2}) {
@@ -150,25 +151,26 @@ TYPED_TEST(MotionLayer, ArgumentsAreCheckedWithTheirMessages)
         {[&] { ornex::blockMatching(twoPlanes, twoPlanes); }, "frame1: must have one plane"},
         {bm({{8, 0}}), "blockSize: must be positive"},
         {bm({{8, 8}, {-1, 0}}), "overlap: must not be negative"},
+        {bm({{8, 8}, {8, 0}}), "overlap: must be smaller than the block size"},
         {bm({{8, 8}, {0, 8}}), "overlap: must be smaller than the block size"},
         {bm({{8, 8}, {0, 0}, {3, -1}}), "maxDisplacement: must not be negative"},
         {bm({{8, 8}, {0, 0}, {1 << 30, 0}}), "maxDisplacement: too large for the frame size"},
         {bm({{25, 8}}), "frames: must hold at least one block"},
         {bm({{8, 33}}), "frames: must hold at least one block"},
         {[&] { ornex::hornSchunck(flat, ImageView<const T>{}); }, "frame2: must be a non-empty image"},
-        {hs({1, std::nullopt}), "options: needs an iteration limit or a threshold"},
-        {hs({1, 0}), "maxIterations: must be positive"},
+        {hs({.maxIterations = std::nullopt}), "options: needs an iteration limit or a threshold"},
+        {hs({.maxIterations = 0}), "maxIterations: must be positive"},
         {hs({1, 10, 0.0}), "threshold: must be positive"},
-        {hs({0}), "smoothness: must be positive"},
+        {hs({.smoothness = 0}), "smoothness: must be positive"},
         {[&] { ornex::lucasKanade(narrower, flat); }, "frames: must have the same size"},
         {[&] { ornex::lucasKanade(flat, flat, {std::nan("")}); }, "threshold: must be positive"},
         {[&] { ornex::lucasKanadeGder({flat, flat}); }, "frames: too few for the temporal filters"},
         {[&] { ornex::lucasKanadeGder({flat, ImageView<const T>{}, flat}); }, "frames: must be a non-empty image"},
-        {gder({0, false, 1, 5}), "frames: too few for the temporal filters"},
-        {gder({0, false, 1, 3, 1, 4}), "spatialLength: must be odd and at least 3"},
-        {gder({0, false, 1, 3, 1, 5, 1, 1}), "windowLength: must be odd and at least 3"},
-        {gder({0, false, 0}), "temporalSigma: must be positive"},
-        {gder({std::nan("")}), "threshold: must be a number"},
+        {gder({.temporalLength = 5}), "frames: too few for the temporal filters"},
+        {gder({.spatialLength = 4}), "spatialLength: must be odd and at least 3"},
+        {gder({.windowLength = 1}), "windowLength: must be odd and at least 3"},
+        {gder({.temporalSigma = 0}), "temporalSigma: must be positive"},
+        {gder({.threshold = std::nan("")}), "threshold: must be a number"},
         {gder(noWindow), "filters.window: must not be empty"},
         {gder(fiveTaps), "frames: too few for the temporal filters"},
         {[] { ornex::lucasKanadeSmoothingTaps(1.0, 4); }, "length: must be odd and at least 3"},
