@@ -47,6 +47,21 @@ extern "C" {
 ORNEX_API extern const char *const ornex_rt_version;
 ORNEX_API extern const char *const ornex_rt_build_date;
 
+/* Element type codes of the members that serve several element types
+ * through one entry point (row sorter, coordinate conversion, text and
+ * number formatting). Those members take the code as an int32_t. */
+typedef enum ORNEX_TypeCode {
+    ORNEX_TYPE_DOUBLE = 0,
+    ORNEX_TYPE_SINGLE = 1,
+    ORNEX_TYPE_INT8 = 2,
+    ORNEX_TYPE_UINT8 = 3,
+    ORNEX_TYPE_INT16 = 4,
+    ORNEX_TYPE_UINT16 = 5,
+    ORNEX_TYPE_INT32 = 6,
+    ORNEX_TYPE_UINT32 = 7,
+    ORNEX_TYPE_LOGICAL = 8
+} ORNEX_TypeCode;
+
 /* ------------------------------------------------------------------------
  * Motion estimation: block search
  *

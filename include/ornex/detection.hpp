@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <concepts>
 #include <cstdint>
 #include <limits>
 #include <numbers>
@@ -14,6 +13,7 @@
 #include <vector>
 
 #include "ornex/image.hpp"
+#include "ornex/kernels.hpp"
 #include "ornex_rt.h"
 
 namespace ornex {
@@ -21,7 +21,7 @@ namespace ornex {
 namespace detail {
 
 template <class T>
-concept DetectionReal = std::same_as<T, float> || std::same_as<T, double>;
+concept DetectionReal = requires { Kernels<T>::hough; };
 
 } // namespace detail
 
@@ -114,15 +114,9 @@ CannyResult<T> canny(ImageView<const T> image, const CannyOptions &options)
     } else {
         thresholds = {static_cast<T>(options.nonEdgePercent), T(0)};
     }
-    if constexpr (std::same_as<T, double>) {
-        (options.thresholds ? ORNEX_EdgeCanny_userTh_D : ORNEX_EdgeCanny_autoTh_D)(
-            image.data, smoothing.data(), derivative.data(), workA.data(), workB.data(), result.edges.data(),
-            result.magnitude.data(), thresholds.data(), image.rows, image.cols, length);
-    } else {
-        (options.thresholds ? ORNEX_EdgeCanny_userTh_R : ORNEX_EdgeCanny_autoTh_R)(
-            image.data, smoothing.data(), derivative.data(), workA.data(), workB.data(), result.edges.data(),
-            result.magnitude.data(), thresholds.data(), image.rows, image.cols, length);
-    }
+    (options.thresholds ? Kernels<T>::cannyUserThresholds : Kernels<T>::cannyAutoThresholds)(
+        image.data, smoothing.data(), derivative.data(), workA.data(), workB.data(), result.edges.data(),
+        result.magnitude.data(), thresholds.data(), image.rows, image.cols, length);
     return result;
 }
 
@@ -219,13 +213,8 @@ HoughTransform<T> hough(ImageView<const uint8_t> edges, const HoughOptions &opti
         result.theta[j] = static_cast<T>((-90.0 + 90.0 * j / n) * pi / 180.0);
     }
     const T rho0 = static_cast<T>(rhoFirst);
-    if constexpr (std::same_as<T, double>) {
-        ORNEX_Hough_D(edges.data, result.accumulator.data(), sines.data(), &rho0, edges.rows, edges.cols, numRho,
-                      numTheta);
-    } else {
-        ORNEX_Hough_R(edges.data, result.accumulator.data(), sines.data(), &rho0, edges.rows, edges.cols, numRho,
-                      numTheta);
-    }
+    detail::Kernels<T>::hough(edges.data, result.accumulator.data(), sines.data(), &rho0, edges.rows, edges.cols,
+                              numRho, numTheta);
     return result;
 }
 
@@ -247,11 +236,7 @@ std::vector<LineEnds> houghLines(const std::vector<T> &theta, const std::vector<
     require(imageCols > 0, "imageCols", "must be positive");
     const auto numLines = static_cast<int32_t>(theta.size());
     std::vector<int32_t> points(4 * theta.size());
-    if constexpr (std::same_as<T, double>) {
-        ORNEX_HoughLines_D(theta.data(), rho.data(), points.data(), numLines, imageRows, imageCols);
-    } else {
-        ORNEX_HoughLines_R(theta.data(), rho.data(), points.data(), numLines, imageRows, imageCols);
-    }
+    detail::Kernels<T>::houghLines(theta.data(), rho.data(), points.data(), numLines, imageRows, imageCols);
     std::vector<LineEnds> ends(theta.size());
     for (size_t i = 0; i < ends.size(); ++i) {
         ends[i] = {{points[4 * i], points[4 * i + 1]}, {points[4 * i + 2], points[4 * i + 3]}};

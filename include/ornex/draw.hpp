@@ -22,6 +22,7 @@
 #include <vector>
 
 #include "ornex/image.hpp"
+#include "ornex/kernels.hpp"
 #include "ornex_rt.h"
 
 namespace ornex {
@@ -36,12 +37,11 @@ struct ClipRect {
 
 // Element types of the blending drawers (anti-aliased lines and circles).
 template <class T>
-concept BlendPixel = std::same_as<T, double> || std::same_as<T, float> || std::same_as<T, uint8_t> ||
-                     std::same_as<T, int8_t> || std::same_as<T, uint16_t> || std::same_as<T, int16_t>;
+concept BlendPixel = requires { detail::Kernels<T>::antialiasedLine; };
 
 // Element types of the polygon filler: the blending types and logical images.
 template <class T>
-concept FillPixel = BlendPixel<T> || std::same_as<T, bool>;
+concept FillPixel = requires { detail::Kernels<T>::fillPolygon; };
 
 // Element types the plain line and circle drawers copy: any, byte for byte.
 template <class T>
@@ -53,9 +53,7 @@ concept TextPixel = std::same_as<T, double> || std::same_as<T, float>;
 
 // Element types formatNumbers takes.
 template <class T>
-concept FormatNumber = std::same_as<T, double> || std::same_as<T, float> || std::same_as<T, int8_t> ||
-                       std::same_as<T, uint8_t> || std::same_as<T, int16_t> || std::same_as<T, uint16_t> ||
-                       std::same_as<T, int32_t> || std::same_as<T, uint32_t> || std::same_as<T, bool>;
+concept FormatNumber = requires { detail::Kernels<T>::typeCode; };
 
 namespace draw_detail {
 
@@ -185,20 +183,6 @@ inline const std::vector<int16_t> &circleSquareRootTable()
         return entries;
     }();
     return table;
-}
-
-template <class T>
-constexpr int32_t typeCode()
-{
-    if constexpr (std::same_as<T, double>) return 0;
-    else if constexpr (std::same_as<T, float>) return 1;
-    else if constexpr (std::same_as<T, int8_t>) return 2;
-    else if constexpr (std::same_as<T, uint8_t>) return 3;
-    else if constexpr (std::same_as<T, int16_t>) return 4;
-    else if constexpr (std::same_as<T, uint16_t>) return 5;
-    else if constexpr (std::same_as<T, int32_t>) return 6;
-    else if constexpr (std::same_as<T, uint32_t>) return 7;
-    else return 8;
 }
 
 // The values as the byte-copying kernels read them: one after another, each
@@ -336,16 +320,8 @@ void drawAntialiasedLine(ImageView<T> image, Point from, Point to, const std::ve
     draw_detail::requireLineSpan(from, to);
     const auto table = draw_detail::lineWeightTable(colour.data(), image.planes, opacity);
     const int32_t stride = static_cast<int32_t>(image.planeSize());
-    const auto draw = [&](auto kernel) {
-        kernel(from.row, from.col, to.row, to.col, image.data, image.rows, 0, image.rows - 1, 0, image.cols - 1,
-               table.data(), 1, image.planes, stride);
-    };
-    if constexpr (std::same_as<T, double>) draw(ORNEX_Draw_AA_Line_I_D);
-    else if constexpr (std::same_as<T, float>) draw(ORNEX_Draw_AA_Line_I_R);
-    else if constexpr (std::same_as<T, uint8_t>) draw(ORNEX_Draw_AA_Line_I_UI8);
-    else if constexpr (std::same_as<T, int8_t>) draw(ORNEX_Draw_AA_Line_I_I8);
-    else if constexpr (std::same_as<T, uint16_t>) draw(ORNEX_Draw_AA_Line_I_UI16);
-    else draw(ORNEX_Draw_AA_Line_I_I16);
+    detail::Kernels<T>::antialiasedLine(from.row, from.col, to.row, to.col, image.data, image.rows, 0, image.rows - 1,
+                                        0, image.cols - 1, table.data(), 1, image.planes, stride);
 }
 
 // The same for an RGB image.
@@ -357,16 +333,9 @@ void drawAntialiasedLine(RgbView<T> image, Point from, Point to, const std::arra
     draw_detail::requireOpacity(opacity);
     draw_detail::requireLineSpan(from, to);
     const auto table = draw_detail::lineWeightTable(colour.data(), 3, opacity);
-    const auto draw = [&](auto kernel) {
-        kernel(from.row, from.col, to.row, to.col, image.red.data, image.green.data, image.blue.data, image.rows(), 0,
-               image.rows() - 1, 0, image.cols() - 1, table.data(), 1);
-    };
-    if constexpr (std::same_as<T, double>) draw(ORNEX_Draw_AA_Line_RGB_D);
-    else if constexpr (std::same_as<T, float>) draw(ORNEX_Draw_AA_Line_RGB_R);
-    else if constexpr (std::same_as<T, uint8_t>) draw(ORNEX_Draw_AA_Line_RGB_UI8);
-    else if constexpr (std::same_as<T, int8_t>) draw(ORNEX_Draw_AA_Line_RGB_I8);
-    else if constexpr (std::same_as<T, uint16_t>) draw(ORNEX_Draw_AA_Line_RGB_UI16);
-    else draw(ORNEX_Draw_AA_Line_RGB_I16);
+    detail::Kernels<T>::antialiasedLineRgb(from.row, from.col, to.row, to.col, image.red.data, image.green.data,
+                                           image.blue.data, image.rows(), 0, image.rows() - 1, 0, image.cols() - 1,
+                                           table.data(), 1);
 }
 
 // ---------------------------------------------------------------------------
@@ -447,22 +416,14 @@ void drawAntialiasedCircle(ImageView<T> image, Point centre, int32_t radius, con
     draw_detail::requireRadius(radius);
     const int32_t stride = static_cast<int32_t>(image.planeSize());
     const int32_t rowMax = image.rows - 1, colMax = image.cols - 1;
+    // The integer members read circle positions from a square-root table.
     if constexpr (std::is_floating_point_v<T>) {
-        const auto draw = [&](auto kernel) {
-            kernel(image.data, colour.data(), 0, radius, centre.row, centre.col, 0, rowMax, 0, colMax, image.rows,
-                   radius, image.planes, stride);
-        };
-        if constexpr (std::same_as<T, double>) draw(ORNEX_Draw_AA_Circle_I_D);
-        else draw(ORNEX_Draw_AA_Circle_I_R);
+        detail::Kernels<T>::antialiasedCircle(image.data, colour.data(), 0, radius, centre.row, centre.col, 0, rowMax,
+                                              0, colMax, image.rows, radius, image.planes, stride);
     } else {
-        const auto draw = [&](auto kernel) {
-            kernel(image.data, colour.data(), draw_detail::circleSquareRootTable().data(), 0, radius, centre.row,
-                   centre.col, 0, rowMax, 0, colMax, image.rows, radius, image.planes, stride);
-        };
-        if constexpr (std::same_as<T, uint8_t>) draw(ORNEX_Draw_AA_Circle_I_UI8);
-        else if constexpr (std::same_as<T, int8_t>) draw(ORNEX_Draw_AA_Circle_I_I8);
-        else if constexpr (std::same_as<T, uint16_t>) draw(ORNEX_Draw_AA_Circle_I_UI16);
-        else draw(ORNEX_Draw_AA_Circle_I_I16);
+        detail::Kernels<T>::antialiasedCircle(image.data, colour.data(), draw_detail::circleSquareRootTable().data(), 0,
+                                              radius, centre.row, centre.col, 0, rowMax, 0, colMax, image.rows, radius,
+                                              image.planes, stride);
     }
 }
 
@@ -476,22 +437,13 @@ void drawAntialiasedCircle(RgbView<T> image, Point centre, int32_t radius, const
     draw_detail::requireRadius(radius);
     const int32_t rowMax = image.rows() - 1, colMax = image.cols() - 1;
     if constexpr (std::is_floating_point_v<T>) {
-        const auto draw = [&](auto kernel) {
-            kernel(image.red.data, image.green.data, image.blue.data, colour.data(), 0, radius, centre.row,
-                   centre.col, 0, rowMax, 0, colMax, image.rows(), radius);
-        };
-        if constexpr (std::same_as<T, double>) draw(ORNEX_Draw_AA_Circle_RGB_D);
-        else draw(ORNEX_Draw_AA_Circle_RGB_R);
+        detail::Kernels<T>::antialiasedCircleRgb(image.red.data, image.green.data, image.blue.data, colour.data(), 0,
+                                                 radius, centre.row, centre.col, 0, rowMax, 0, colMax, image.rows(),
+                                                 radius);
     } else {
-        const auto draw = [&](auto kernel) {
-            kernel(image.red.data, image.green.data, image.blue.data, colour.data(),
-                   draw_detail::circleSquareRootTable().data(), 0, radius, centre.row, centre.col, 0, rowMax, 0,
-                   colMax, image.rows(), radius);
-        };
-        if constexpr (std::same_as<T, uint8_t>) draw(ORNEX_Draw_AA_Circle_RGB_UI8);
-        else if constexpr (std::same_as<T, int8_t>) draw(ORNEX_Draw_AA_Circle_RGB_I8);
-        else if constexpr (std::same_as<T, uint16_t>) draw(ORNEX_Draw_AA_Circle_RGB_UI16);
-        else draw(ORNEX_Draw_AA_Circle_RGB_I16);
+        detail::Kernels<T>::antialiasedCircleRgb(image.red.data, image.green.data, image.blue.data, colour.data(),
+                                                 draw_detail::circleSquareRootTable().data(), 0, radius, centre.row,
+                                                 centre.col, 0, rowMax, 0, colMax, image.rows(), radius);
     }
 }
 
@@ -554,19 +506,10 @@ void fillPolygon(ImageView<T> image, const std::vector<Point> &vertices, const s
     const std::vector<int32_t> list = draw_detail::interleave(vertices);
     std::vector<int32_t> edges(16 * vertices.size()), sortRecords(6 * vertices.size());
     const std::vector<draw_detail::FillElement<T>> fillValues(values.begin(), values.end());
-    const auto fill = [&](auto kernel) {
-        kernel(edges.data(), static_cast<int32_t>(list.size()), list.data(), sortRecords.data(),
-               draw_detail::fillPixels(image.data), 0, image.rows - 1, 0, image.cols - 1, image.rows,
-               fillValues.data(), draw_detail::fillOpacity<T>(opacity), image.planes,
-               static_cast<int32_t>(image.planeSize()));
-    };
-    if constexpr (std::same_as<T, double>) fill(ORNEX_FillOnePolygon_I_D);
-    else if constexpr (std::same_as<T, float>) fill(ORNEX_FillOnePolygon_I_R);
-    else if constexpr (std::same_as<T, bool>) fill(ORNEX_FillOnePolygon_I_Bool);
-    else if constexpr (std::same_as<T, uint8_t>) fill(ORNEX_FillOnePolygon_I_UI8);
-    else if constexpr (std::same_as<T, int8_t>) fill(ORNEX_FillOnePolygon_I_I8);
-    else if constexpr (std::same_as<T, uint16_t>) fill(ORNEX_FillOnePolygon_I_UI16);
-    else fill(ORNEX_FillOnePolygon_I_I16);
+    detail::Kernels<T>::fillPolygon(edges.data(), static_cast<int32_t>(list.size()), list.data(), sortRecords.data(),
+                                    draw_detail::fillPixels(image.data), 0, image.rows - 1, 0, image.cols - 1,
+                                    image.rows, fillValues.data(), draw_detail::fillOpacity<T>(opacity), image.planes,
+                                    static_cast<int32_t>(image.planeSize()));
 }
 
 // The same for an RGB image.
@@ -581,19 +524,11 @@ void fillPolygon(RgbView<T> image, const std::vector<Point> &vertices, const std
     const std::vector<int32_t> list = draw_detail::interleave(vertices);
     std::vector<int32_t> edges(16 * vertices.size()), sortRecords(6 * vertices.size());
     const std::array<draw_detail::FillElement<T>, 3> fillValues{colour[0], colour[1], colour[2]};
-    const auto fill = [&](auto kernel) {
-        kernel(edges.data(), static_cast<int32_t>(list.size()), list.data(), sortRecords.data(),
-               draw_detail::fillPixels(image.red.data), draw_detail::fillPixels(image.green.data),
-               draw_detail::fillPixels(image.blue.data), 0, image.rows() - 1, 0, image.cols() - 1, image.rows(),
-               fillValues.data(), draw_detail::fillOpacity<T>(opacity));
-    };
-    if constexpr (std::same_as<T, double>) fill(ORNEX_FillOnePolygon_RGB_D);
-    else if constexpr (std::same_as<T, float>) fill(ORNEX_FillOnePolygon_RGB_R);
-    else if constexpr (std::same_as<T, bool>) fill(ORNEX_FillOnePolygon_RGB_Bool);
-    else if constexpr (std::same_as<T, uint8_t>) fill(ORNEX_FillOnePolygon_RGB_UI8);
-    else if constexpr (std::same_as<T, int8_t>) fill(ORNEX_FillOnePolygon_RGB_I8);
-    else if constexpr (std::same_as<T, uint16_t>) fill(ORNEX_FillOnePolygon_RGB_UI16);
-    else fill(ORNEX_FillOnePolygon_RGB_I16);
+    detail::Kernels<T>::fillPolygonRgb(
+        edges.data(), static_cast<int32_t>(list.size()), list.data(), sortRecords.data(),
+        draw_detail::fillPixels(image.red.data), draw_detail::fillPixels(image.green.data),
+        draw_detail::fillPixels(image.blue.data), 0, image.rows() - 1, 0, image.cols() - 1, image.rows(),
+        fillValues.data(), draw_detail::fillOpacity<T>(opacity));
 }
 
 // ---------------------------------------------------------------------------
@@ -618,17 +553,10 @@ void fillAntialiasedCircle(ImageView<T> image, Point centre, int32_t radius, con
     draw_detail::requireRadius(radius);
     draw_detail::requireOpacity(opacity);
     const ClipRect rect = draw_detail::clipRect(image, clip);
-    const auto fill = [&](auto kernel) {
-        kernel(image.data, colour.data(), centre.row, centre.col, rect.rowMin, rect.rowMax, rect.colMin, rect.colMax,
-               image.rows, radius, draw_detail::fillOpacity<T>(opacity), image.planes,
-               static_cast<int32_t>(image.planeSize()));
-    };
-    if constexpr (std::same_as<T, double>) fill(ORNEX_Draw_AA_FilledCircle_I_D);
-    else if constexpr (std::same_as<T, float>) fill(ORNEX_Draw_AA_FilledCircle_I_R);
-    else if constexpr (std::same_as<T, uint8_t>) fill(ORNEX_Draw_AA_FilledCircle_I_UI8);
-    else if constexpr (std::same_as<T, int8_t>) fill(ORNEX_Draw_AA_FilledCircle_I_I8);
-    else if constexpr (std::same_as<T, uint16_t>) fill(ORNEX_Draw_AA_FilledCircle_I_UI16);
-    else fill(ORNEX_Draw_AA_FilledCircle_I_I16);
+    detail::Kernels<T>::fillAntialiasedCircle(image.data, colour.data(), centre.row, centre.col, rect.rowMin,
+                                              rect.rowMax, rect.colMin, rect.colMax, image.rows, radius,
+                                              draw_detail::fillOpacity<T>(opacity), image.planes,
+                                              static_cast<int32_t>(image.planeSize()));
 }
 
 // The same for an RGB image.
@@ -642,16 +570,9 @@ void fillAntialiasedCircle(RgbView<T> image, Point centre, int32_t radius, const
     draw_detail::requireRadius(radius);
     draw_detail::requireOpacity(opacity);
     const ClipRect rect = draw_detail::clipRect(image, clip);
-    const auto fill = [&](auto kernel) {
-        kernel(image.red.data, image.green.data, image.blue.data, colour.data(), centre.row, centre.col, rect.rowMin,
-               rect.rowMax, rect.colMin, rect.colMax, image.rows(), radius, draw_detail::fillOpacity<T>(opacity));
-    };
-    if constexpr (std::same_as<T, double>) fill(ORNEX_Draw_AA_FilledCircle_RGB_D);
-    else if constexpr (std::same_as<T, float>) fill(ORNEX_Draw_AA_FilledCircle_RGB_R);
-    else if constexpr (std::same_as<T, uint8_t>) fill(ORNEX_Draw_AA_FilledCircle_RGB_UI8);
-    else if constexpr (std::same_as<T, int8_t>) fill(ORNEX_Draw_AA_FilledCircle_RGB_I8);
-    else if constexpr (std::same_as<T, uint16_t>) fill(ORNEX_Draw_AA_FilledCircle_RGB_UI16);
-    else fill(ORNEX_Draw_AA_FilledCircle_RGB_I16);
+    detail::Kernels<T>::fillAntialiasedCircleRgb(
+        image.red.data, image.green.data, image.blue.data, colour.data(), centre.row, centre.col, rect.rowMin,
+        rect.rowMax, rect.colMin, rect.colMax, image.rows(), radius, draw_detail::fillOpacity<T>(opacity));
 }
 
 // The edge profile of fillAntialiasedPolygon: entry i is the share of a
@@ -739,19 +660,11 @@ void fillAntialiasedPolygon(ImageView<T> image, const std::vector<Point> &vertic
     const std::vector<int32_t> list = draw_detail::interleave(vertices);
     std::vector<int32_t> edges(16 * vertices.size()), sortRecords(6 * vertices.size());
     const std::vector<draw_detail::FillElement<T>> fillValues(values.begin(), values.end());
-    const auto fill = [&](auto kernel) {
-        kernel(edges.data(), static_cast<int32_t>(list.size()), list.data(), sortRecords.data(),
-               draw_detail::fillPixels(image.data), rect.rowMin, rect.rowMax, rect.colMin, rect.colMax, image.rows,
-               fillValues.data(), draw_detail::fillOpacity<T>(opacity), table.data(), image.planes,
-               static_cast<int32_t>(image.planeSize()));
-    };
-    if constexpr (std::same_as<T, double>) fill(ORNEX_FillOnePolygon_AA_I_D);
-    else if constexpr (std::same_as<T, float>) fill(ORNEX_FillOnePolygon_AA_I_R);
-    else if constexpr (std::same_as<T, bool>) fill(ORNEX_FillOnePolygon_AA_I_Bool);
-    else if constexpr (std::same_as<T, uint8_t>) fill(ORNEX_FillOnePolygon_AA_I_UI8);
-    else if constexpr (std::same_as<T, int8_t>) fill(ORNEX_FillOnePolygon_AA_I_I8);
-    else if constexpr (std::same_as<T, uint16_t>) fill(ORNEX_FillOnePolygon_AA_I_UI16);
-    else fill(ORNEX_FillOnePolygon_AA_I_I16);
+    detail::Kernels<T>::fillAntialiasedPolygon(edges.data(), static_cast<int32_t>(list.size()), list.data(),
+                                               sortRecords.data(), draw_detail::fillPixels(image.data), rect.rowMin,
+                                               rect.rowMax, rect.colMin, rect.colMax, image.rows, fillValues.data(),
+                                               draw_detail::fillOpacity<T>(opacity), table.data(), image.planes,
+                                               static_cast<int32_t>(image.planeSize()));
 }
 
 // The same for an RGB image.
@@ -770,19 +683,11 @@ void fillAntialiasedPolygon(RgbView<T> image, const std::vector<Point> &vertices
     const std::vector<int32_t> list = draw_detail::interleave(vertices);
     std::vector<int32_t> edges(16 * vertices.size()), sortRecords(6 * vertices.size());
     const std::array<draw_detail::FillElement<T>, 3> fillValues{colour[0], colour[1], colour[2]};
-    const auto fill = [&](auto kernel) {
-        kernel(edges.data(), static_cast<int32_t>(list.size()), list.data(), sortRecords.data(),
-               draw_detail::fillPixels(image.red.data), draw_detail::fillPixels(image.green.data),
-               draw_detail::fillPixels(image.blue.data), rect.rowMin, rect.rowMax, rect.colMin, rect.colMax,
-               image.rows(), fillValues.data(), draw_detail::fillOpacity<T>(opacity), table.data());
-    };
-    if constexpr (std::same_as<T, double>) fill(ORNEX_FillOnePolygon_AA_RGB_D);
-    else if constexpr (std::same_as<T, float>) fill(ORNEX_FillOnePolygon_AA_RGB_R);
-    else if constexpr (std::same_as<T, bool>) fill(ORNEX_FillOnePolygon_AA_RGB_Bool);
-    else if constexpr (std::same_as<T, uint8_t>) fill(ORNEX_FillOnePolygon_AA_RGB_UI8);
-    else if constexpr (std::same_as<T, int8_t>) fill(ORNEX_FillOnePolygon_AA_RGB_I8);
-    else if constexpr (std::same_as<T, uint16_t>) fill(ORNEX_FillOnePolygon_AA_RGB_UI16);
-    else fill(ORNEX_FillOnePolygon_AA_RGB_I16);
+    detail::Kernels<T>::fillAntialiasedPolygonRgb(
+        edges.data(), static_cast<int32_t>(list.size()), list.data(), sortRecords.data(),
+        draw_detail::fillPixels(image.red.data), draw_detail::fillPixels(image.green.data),
+        draw_detail::fillPixels(image.blue.data), rect.rowMin, rect.rowMax, rect.colMin, rect.colMax, image.rows(),
+        fillValues.data(), draw_detail::fillOpacity<T>(opacity), table.data());
 }
 
 // ---------------------------------------------------------------------------
@@ -869,7 +774,7 @@ Point drawText(ImageView<T> image, std::string_view text, Point position, const 
     draw_detail::requireOnePerPlane(image, colour, "colour");
     Point pen;
     const auto placed = draw_detail::layOut(text, position, glyphs, options, pen);
-    const ORNEX_DrawTextFcn_I blend = ORNEX_GetDrawTextFcn_I(draw_detail::typeCode<T>(), options.antiAliased ? 1 : 0);
+    const ORNEX_DrawTextFcn_I blend = ORNEX_GetDrawTextFcn_I(detail::Kernels<T>::typeCode, options.antiAliased ? 1 : 0);
     const T opacity = static_cast<T>(options.opacity);
     for (const auto &[glyph, row, col] : placed) {
         for (int32_t p = 0; p < image.planes; ++p) {
@@ -890,7 +795,7 @@ Point drawText(RgbView<T> image, std::string_view text, Point position, const F 
     Point pen;
     const auto placed = draw_detail::layOut(text, position, glyphs, options, pen);
     const ORNEX_DrawTextFcn_RGB blend =
-        ORNEX_GetDrawTextFcn_RGB(draw_detail::typeCode<T>(), options.antiAliased ? 1 : 0);
+        ORNEX_GetDrawTextFcn_RGB(detail::Kernels<T>::typeCode, options.antiAliased ? 1 : 0);
     const T opacity = static_cast<T>(options.opacity);
     for (const auto &[glyph, row, col] : placed) {
         blend(glyph.bitmap.data(), col, row, glyph.xOffset, glyph.yOffset, glyph.width, glyph.height, image.cols(),
@@ -928,7 +833,7 @@ std::string formatNumbers(std::string_view format, const std::vector<T> &values)
         detail::require(size <= static_cast<size_t>(1) << 30, "format", "output longer than 1 GiB");
         std::string writableFormat(format);
         std::vector<char> out(size, '\0');
-        ORNEX_snprintf(out.data(), writableFormat.data(), stored.data(), valueLimit, draw_detail::typeCode<T>(), 0,
+        ORNEX_snprintf(out.data(), writableFormat.data(), stored.data(), valueLimit, detail::Kernels<T>::typeCode, 0,
                        static_cast<int32_t>(size));
         const size_t length = std::strlen(out.data());
         if (length + 1 < size) {

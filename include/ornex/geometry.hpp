@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
@@ -15,6 +14,7 @@
 #include <vector>
 
 #include "ornex/image.hpp"
+#include "ornex/kernels.hpp"
 #include "ornex_rt.h"
 
 namespace ornex {
@@ -22,7 +22,7 @@ namespace ornex {
 namespace detail {
 
 template <class T>
-concept GeometryReal = std::same_as<T, float> || std::same_as<T, double>;
+concept GeometryReal = requires { Kernels<T>::warpQuad; };
 
 } // namespace detail
 
@@ -116,13 +116,8 @@ ProjectiveTransform<T> homography(const Rect &rect, const Quad &to, int32_t sour
     const std::array<int32_t, 4> rectangle{rect.row, rect.col, rect.rows, rect.cols};
     // Mode 2 with the inverse offset: the forward matrix takes the origin
     // off and the adjugate adds it back, which is what the warp expects.
-    if constexpr (std::same_as<T, double>) {
-        ORNEX_CalculateXformMtrx_D(points.data(), rectangle.data(), uint32_t(sourceRows), uint32_t(sourceCols), 2,
-                                   1, 1, transform.block.data());
-    } else {
-        ORNEX_CalculateXformMtrx_R(points.data(), rectangle.data(), uint32_t(sourceRows), uint32_t(sourceCols), 2,
-                                   1, 1, transform.block.data());
-    }
+    detail::Kernels<T>::rectTransform(points.data(), rectangle.data(), uint32_t(sourceRows), uint32_t(sourceCols), 2,
+                                      1, 1, transform.block.data());
     return transform;
 }
 
@@ -145,13 +140,8 @@ ProjectiveTransform<T> homography(const Quad &from, const Quad &to, int32_t sour
     transform.quad = from;
     const auto first = detail::quadCorners(from), second = detail::quadCorners(to);
     std::array<T, 54> block{};
-    if constexpr (std::same_as<T, double>) {
-        ORNEX_CalculateQ2QXformMtrx_D(first.data(), uint32_t(sourceRows), uint32_t(sourceCols), block.data(),
+    detail::Kernels<T>::quadTransform(first.data(), uint32_t(sourceRows), uint32_t(sourceCols), block.data(),
                                       second.data(), 1);
-    } else {
-        ORNEX_CalculateQ2QXformMtrx_R(first.data(), uint32_t(sourceRows), uint32_t(sourceCols), block.data(),
-                                      second.data(), 1);
-    }
     // 36-44 map the output quadrilateral back to the source one, 45-53 the
     // source forward: the quadrilateral warp reads them in that order.
     std::copy(block.begin() + 36, block.end(), transform.block.begin());
@@ -212,46 +202,23 @@ Image<T> warp(const WarpPlanes<T> &source, int32_t outputRows, int32_t outputCol
     const uint8_t exact = options.exact ? 1 : 0;
     std::vector<int32_t> edgeBuffer(64), sortScratch(24);
     int32_t drawn = 1;
-    if constexpr (std::same_as<T, double>) {
-        ORNEX_FillBackgroundValues_D(background.data(), outPlanes[0], outPlanes[1], outPlanes[2], outputRows,
-                                     outputCols, threePlanes, oneValueForAll, numPlanes);
-    } else {
-        ORNEX_FillBackgroundValues_R(background.data(), outPlanes[0], outPlanes[1], outPlanes[2], outputRows,
-                                     outputCols, threePlanes, oneValueForAll, numPlanes);
-    }
+    Kernels<T>::fillBackground(background.data(), outPlanes[0], outPlanes[1], outPlanes[2], outputRows, outputCols,
+                               threePlanes, oneValueForAll, numPlanes);
     if (transform.fromQuad) {
         const auto quad = quadCorners(transform.quad);
-        if constexpr (std::same_as<T, double>) {
-            drawn = ORNEX_DivideQuadXform_D(edgeBuffer.data(), quad.data(), sortScratch.data(), outPlanes[0],
-                                            outPlanes[1], outPlanes[2], 0, outputRows - 1, 0, outputCols - 1,
-                                            source.rows, threePlanes, transform.block.data(), source.in[0],
-                                            source.in[1], source.in[2], exact, outputRows, outputCols, source.cols,
-                                            method, options.subdivisions, numPlanes);
-        } else {
-            drawn = ORNEX_DivideQuadXform_R(edgeBuffer.data(), quad.data(), sortScratch.data(), outPlanes[0],
-                                            outPlanes[1], outPlanes[2], 0, outputRows - 1, 0, outputCols - 1,
-                                            source.rows, threePlanes, transform.block.data(), source.in[0],
-                                            source.in[1], source.in[2], exact, outputRows, outputCols, source.cols,
-                                            method, options.subdivisions, numPlanes);
-        }
+        drawn = Kernels<T>::warpQuad(edgeBuffer.data(), quad.data(), sortScratch.data(), outPlanes[0], outPlanes[1],
+                                     outPlanes[2], 0, outputRows - 1, 0, outputCols - 1, source.rows, threePlanes,
+                                     transform.block.data(), source.in[0], source.in[1], source.in[2], exact,
+                                     outputRows, outputCols, source.cols, method, options.subdivisions, numPlanes);
     } else {
         // The warp reads the last two values as row and column limits, not
         // as sizes.
         const Rect &r = transform.rect;
         const std::array<int32_t, 4> limits{r.row, r.col, r.row + r.rows, r.col + r.cols};
-        if constexpr (std::same_as<T, double>) {
-            ORNEX_DivideRectXform_D(edgeBuffer.data(), limits.data(), sortScratch.data(), outPlanes[0], outPlanes[1],
-                                    outPlanes[2], 0, outputRows - 1, 0, outputCols - 1, source.rows, threePlanes,
-                                    transform.block.data(), source.in[0], source.in[1], source.in[2], exact,
-                                    outputRows, outputCols, source.cols, method, 0, 0, options.subdivisions, 1,
-                                    numPlanes);
-        } else {
-            ORNEX_DivideRectXform_R(edgeBuffer.data(), limits.data(), sortScratch.data(), outPlanes[0], outPlanes[1],
-                                    outPlanes[2], 0, outputRows - 1, 0, outputCols - 1, source.rows, threePlanes,
-                                    transform.block.data(), source.in[0], source.in[1], source.in[2], exact,
-                                    outputRows, outputCols, source.cols, method, 0, 0, options.subdivisions, 1,
-                                    numPlanes);
-        }
+        Kernels<T>::warpRect(edgeBuffer.data(), limits.data(), sortScratch.data(), outPlanes[0], outPlanes[1],
+                             outPlanes[2], 0, outputRows - 1, 0, outputCols - 1, source.rows, threePlanes,
+                             transform.block.data(), source.in[0], source.in[1], source.in[2], exact, outputRows,
+                             outputCols, source.cols, method, 0, 0, options.subdivisions, 1, numPlanes);
     }
     require(drawn != 0, "subdivisions", "too many for the source quadrilateral: a cell has collinear corners");
     return output;
@@ -333,6 +300,9 @@ Image<T> shear(ImageView<const T> image, ShearDirection direction, double amount
     // Along a row the next value is a whole column further on.
     const auto sourceStride = uint32_t(horizontal ? image.rows : 1);
     const auto destinationStride = uint32_t(horizontal ? out.rows : 1);
+    const auto skew = options.interpolation == Interpolation::nearest    ? Kernels<T>::shearNearest
+                      : options.interpolation == Interpolation::bilinear ? Kernels<T>::shearBilinear
+                                                                         : Kernels<T>::shearBicubic;
     for (int32_t p = 0; p < image.planes; ++p) {
         const T *in = image.data + p * image.planeSize();
         T *target = out.data + p * out.planeSize();
@@ -342,17 +312,7 @@ Image<T> shear(ImageView<const T> image, ShearDirection direction, double amount
             const T *line = horizontal ? in + i : in + ptrdiff_t(i) * image.rows;
             T *destination = horizontal ? target + i : target + ptrdiff_t(i) * out.rows;
             const T offset = static_cast<T>(shift);
-            if constexpr (std::same_as<T, double>) {
-                auto *skew = options.interpolation == Interpolation::nearest    ? ORNEX_Skew_NNI_D
-                             : options.interpolation == Interpolation::bilinear ? ORNEX_Skew_BLI_D
-                                                                                : ORNEX_Skew_BCI_D;
-                skew(line, lineLength, outLength, offset, sourceStride, destinationStride, destination, 0, fill);
-            } else {
-                auto *skew = options.interpolation == Interpolation::nearest    ? ORNEX_Skew_NNI_R
-                             : options.interpolation == Interpolation::bilinear ? ORNEX_Skew_BLI_R
-                                                                                : ORNEX_Skew_BCI_R;
-                skew(line, lineLength, outLength, offset, sourceStride, destinationStride, destination, 0, fill);
-            }
+            skew(line, lineLength, outLength, offset, sourceStride, destinationStride, destination, 0, fill);
         }
     }
     return output;

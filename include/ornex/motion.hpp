@@ -6,15 +6,14 @@
 
 #include <algorithm>
 #include <cmath>
-#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <optional>
-#include <type_traits>
 #include <vector>
 
 #include "ornex/image.hpp"
+#include "ornex/kernels.hpp"
 #include "ornex_rt.h"
 
 namespace ornex {
@@ -36,18 +35,7 @@ struct VelocityField {
 namespace detail {
 
 template <class T>
-concept FlowElement = std::same_as<T, float> || std::same_as<T, double>;
-
-// The float or the double member of a kernel family.
-template <FlowElement T, class FloatKernel, class DoubleKernel>
-constexpr auto flowKernel(FloatKernel floatKernel, DoubleKernel doubleKernel)
-{
-    if constexpr (std::is_same_v<T, float>) {
-        return floatKernel;
-    } else {
-        return doubleKernel;
-    }
-}
+concept FlowElement = requires { Kernels<T>::hornSchunck; };
 
 constexpr int64_t largestFlowSize = std::numeric_limits<int32_t>::max();
 
@@ -162,12 +150,9 @@ Image<MotionVector<T>> blockMatching(ImageView<const T> frame1, ImageView<const 
 
     const bool full = options.search == BlockSearch::full;
     const bool absolute = options.cost == BlockCost::absoluteDifference;
-    const auto fullDriver = absolute ? flowKernel<T>(ORNEX_BlockMatching_Full_MAD_C, ORNEX_BlockMatching_Full_MAD_Z)
-                                     : flowKernel<T>(ORNEX_BlockMatching_Full_MSE_C, ORNEX_BlockMatching_Full_MSE_Z);
-    const auto threeStepDriver =
-        absolute ? flowKernel<T>(ORNEX_BlockMatching_3Step_MAD_C, ORNEX_BlockMatching_3Step_MAD_Z)
-                 : flowKernel<T>(ORNEX_BlockMatching_3Step_MSE_C, ORNEX_BlockMatching_3Step_MSE_Z);
-    const auto driver = full ? fullDriver : threeStepDriver;
+    using K = Kernels<T>;
+    const auto driver = full ? (absolute ? K::blockMatchingFullMad : K::blockMatchingFullMse)
+                             : (absolute ? K::blockMatchingThreeStepMad : K::blockMatchingThreeStepMse);
     const int32_t blockSize[2] = {block.rows, block.cols};
     const int32_t overlapSize[2] = {overlap.rows, overlap.cols};
     const int32_t maxDisplacement[2] = {displacement.rows, displacement.cols};
@@ -240,7 +225,7 @@ VelocityField<T> hornSchunck(ImageView<const T> frame1, ImageView<const T> frame
     const int32_t maxIterations = options.maxIterations.value_or(0);
     T *product = products.data();
     T *column = columns.data();
-    flowKernel<T>(ORNEX_OpticalFlow_HS_C, ORNEX_OpticalFlow_HS_Z)(
+    Kernels<T>::hornSchunck(
         frame1.data, frame2.data, velocity.data(), colSmooth.data(), colSmooth.data() + rows, rowSmooth.data(),
         rowSmooth.data() + cols, product, product + pixels, product + 2 * pixels, product + 3 * pixels,
         product + 4 * pixels, product + 5 * pixels, column, column + rows, column + 2 * rows, column + 3 * rows,
@@ -293,10 +278,8 @@ VelocityField<T> lucasKanade(ImageView<const T> frame1, ImageView<const T> frame
     const size_t pixels = frame1.size();
     std::vector<T> velocity(2 * pixels), sums(5 * pixels);
     T *sum = sums.data();
-    flowKernel<T>(ORNEX_OpticalFlow_LK_C, ORNEX_OpticalFlow_LK_Z)(frame1.data, frame2.data, velocity.data(), sum,
-                                                                 sum + pixels, sum + 2 * pixels, sum + 3 * pixels,
-                                                                 sum + 4 * pixels, &threshold, frame1.rows,
-                                                                 frame1.cols);
+    Kernels<T>::lucasKanade(frame1.data, frame2.data, velocity.data(), sum, sum + pixels, sum + 2 * pixels,
+                            sum + 3 * pixels, sum + 4 * pixels, &threshold, frame1.rows, frame1.cols);
     return splitVelocity(velocity, frame1.rows, frame1.cols);
 }
 
@@ -448,7 +431,7 @@ VelocityField<T> lucasKanadeGder(const std::vector<ImageView<const T>> &frames, 
     const size_t pixels = frames[0].size();
     std::vector<T> velocity(2 * pixels), sums(5 * pixels);
     T *sum = sums.data();
-    flowKernel<T>(ORNEX_OpticalFlow_LK_GDER_C, ORNEX_OpticalFlow_LK_GDER_Z)(
+    Kernels<T>::lucasKanadeGder(
         framePointers.data(), velocity.data(), sum, sum + pixels, sum + 2 * pixels, sum + 3 * pixels,
         sum + 4 * pixels, &threshold, temporalDerivative.data(), spatialDerivative.data(), temporalSmoothing.data(),
         spatialSmoothing.data(), window.data(), rows, cols, static_cast<int32_t>(temporalDerivative.size()),

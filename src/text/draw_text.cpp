@@ -102,11 +102,11 @@ int32_t ORNEX_DrawText_RGB_single(ORNEX_GLYPH_RGB_ARGS) { return drawRgb<float, 
 namespace {
 
 // One entry per type code; only the floating types have blenders.
-constexpr ORNEX_DrawTextFcn_I intensityBlenders[2][9] = {
+constexpr ORNEX_DrawTextFcn_I intensityBlenders[2][ORNEX_TYPE_LOGICAL + 1] = {
     {ORNEX_DrawText_I_double, ORNEX_DrawText_I_single},
     {ORNEX_DrawText_I_double_AA, ORNEX_DrawText_I_single_AA},
 };
-constexpr ORNEX_DrawTextFcn_RGB rgbBlenders[2][9] = {
+constexpr ORNEX_DrawTextFcn_RGB rgbBlenders[2][ORNEX_TYPE_LOGICAL + 1] = {
     {ORNEX_DrawText_RGB_double, ORNEX_DrawText_RGB_single},
     {ORNEX_DrawText_RGB_double_AA, ORNEX_DrawText_RGB_single_AA},
 };
@@ -116,10 +116,14 @@ constexpr ORNEX_DrawTextFcn_RGB rgbBlenders[2][9] = {
 extern "C" {
 ORNEX_DrawTextFcn_I ORNEX_GetDrawTextFcn_I(int32_t typeCode, uint8_t antiAliased)
 {
-    return typeCode >= 0 && typeCode < 9 && antiAliased < 2 ? intensityBlenders[antiAliased][typeCode] : nullptr;
+    return typeCode >= ORNEX_TYPE_DOUBLE && typeCode <= ORNEX_TYPE_LOGICAL && antiAliased < 2
+               ? intensityBlenders[antiAliased][typeCode]
+               : nullptr;
 }
 ORNEX_DrawTextFcn_RGB ORNEX_GetDrawTextFcn_RGB(int32_t typeCode, uint8_t antiAliased)
 {
-    return typeCode >= 0 && typeCode < 9 && antiAliased < 2 ? rgbBlenders[antiAliased][typeCode] : nullptr;
+    return typeCode >= ORNEX_TYPE_DOUBLE && typeCode <= ORNEX_TYPE_LOGICAL && antiAliased < 2
+               ? rgbBlenders[antiAliased][typeCode]
+               : nullptr;
 }
 }

@@ -1,327 +1,144 @@
-#include <gtest/gtest.h>
+#include "support.hpp"
 
-#include <cmath>
-#include <cstdint>
-#include <functional>
-#include <numbers>
-#include <string>
-#include <vector>
-
-#include "ornex/ornex.hpp"
-#include "rejection.hpp"
-
-namespace {
+namespace
+{
 
 template <class T>
-class DetectionLayer : public ::testing::Test {};
-using RealTypes = ::testing::Types<float, double>;
+class DetectionLayer : public ::testing::Test
+{
+};
 TYPED_TEST_SUITE(DetectionLayer, RealTypes);
 
-// A blurred bright rectangle with a diagonal stroke and some texture.
+// Steps 0 -> 1 at k = 6 and 1 -> 0.7 at k = 14 along the columns (or rows),
+// the middle value on the step, so the smoothed gradient peaks there, the
+// second at 0.3 of the first.
 template <class T>
-ornex::Image<T> testScene(int32_t rows, int32_t cols)
+ornex::Image<T> twoSteps(bool downRows)
 {
-    ornex::Image<T> image(rows, cols);
-    for (int32_t c = 0; c < cols; ++c) {
-        for (int32_t r = 0; r < rows; ++r) {
-            double v = (r >= 4 && r < 12 && c >= 5 && c < 14) ? 0.8 : 0.1;
-            if (r == c + 2) {
-                v += 0.5;
+    return makeImage<T>(downRows ? 24 : 16, downRows ? 16 : 24, 1, [=](int r, int c, int) {
+        const int k = downRows ? r : c;
+        return k < 6 ? 0.0 : k == 6 ? 0.5 : k < 14 ? 1.0 : k == 14 ? 0.85 : 0.7;
+    });
+}
+
+TYPED_TEST(DetectionLayer, CannyFindsTheStepsItsThresholdsAdmit)
+{
+    using T = TypeParam;
+    // Low 0.1, high 0.2 keep both steps; with 0.2, 0.5 the weaker is a weak
+    // edge with no strong neighbour. Automatic thresholds keep the stronger.
+    const std::pair<std::optional<ornex::CannyThresholds>, bool> cases[] = {
+        {ornex::CannyThresholds{0.1, 0.2}, true}, {ornex::CannyThresholds{0.2, 0.5}, false}, {std::nullopt, false}};
+    for (const bool downRows : {false, true}) {
+        for (const auto &[thresholds, weakerKept] : cases) {
+            const auto [edges, magnitude] = ornex::canny(twoSteps<T>(downRows).view(), {1.0, thresholds});
+            // Sigma 1: halves of 4 taps, borders of 2 (3 on the right) left 0.
+            for (int32_t along = 3; along < 13; ++along) {
+                const auto at = [&](const auto &image, int k) { return downRows ? image(k, along) : image(along, k); };
+                for (int32_t k = 0; k < 24; ++k) {
+                    if (thresholds || k == 6) {
+                        EXPECT_EQ(at(edges, k), k == 6 || (k == 14 && weakerKept)) << along << "," << k;
+                    }
+                }
+                EXPECT_NEAR(at(magnitude, 14) / at(magnitude, 6), 0.3, 1e-4);
             }
-            v += 0.03 * ((r * 7 + c * 13) % 5);
-            image(r, c) = static_cast<T>(v);
-        }
-    }
-    return image;
-}
-
-// The kernel halves for sigma, built from what the header promises: taps out
-// to ceil(3 sigma); g[k] proportional to exp(-k^2 / (2 sigma^2)) with the full
-// symmetric kernel summing to 1; d[k] = -k g[k] / sigma^2, d[0] = 0.
-template <class T>
-void kernelHalves(double sigma, std::vector<T> &smoothing, std::vector<T> &derivative)
-{
-    const int reach = static_cast<int>(std::ceil(3.0 * sigma));
-    std::vector<double> g(reach + 1);
-    double total = 0.0;
-    for (int k = 0; k <= reach; ++k) {
-        g[k] = std::exp(-(k * k) / (2.0 * sigma * sigma));
-        total += (k == 0 ? 1.0 : 2.0) * g[k];
-    }
-    smoothing.assign(reach + 1, T(0));
-    derivative.assign(reach + 1, T(0));
-    for (int k = 0; k <= reach; ++k) {
-        g[k] /= total;
-        smoothing[k] = static_cast<T>(g[k]);
-        if (k > 0) {
-            derivative[k] = static_cast<T>(-k * g[k] / (sigma * sigma));
         }
     }
 }
 
-void cannyDirect(bool automatic, const double *image, const double *s, const double *d, double *a, double *b,
-                 uint8_t *edges, double *magnitude, const double *thresholds, int32_t rows, int32_t cols, int32_t length)
+TEST(DetectionLayerTables, CannyKernelHalvesWorkedByHand)
 {
-    (automatic ? ORNEX_EdgeCanny_autoTh_D : ORNEX_EdgeCanny_userTh_D)(image, s, d, a, b, edges, magnitude, thresholds,
-                                                                       rows, cols, length);
-}
-void cannyDirect(bool automatic, const float *image, const float *s, const float *d, float *a, float *b,
-                 uint8_t *edges, float *magnitude, const float *thresholds, int32_t rows, int32_t cols, int32_t length)
-{
-    (automatic ? ORNEX_EdgeCanny_autoTh_R : ORNEX_EdgeCanny_userTh_R)(image, s, d, a, b, edges, magnitude, thresholds,
-                                                                       rows, cols, length);
-}
-
-template <class T>
-void expectCannyMatchesKernel(const ornex::Image<T> &image, const ornex::CannyOptions &options)
-{
-    const auto result = ornex::canny(image, options);
-
-    std::vector<T> smoothing, derivative;
-    kernelHalves(options.sigma, smoothing, derivative);
-    const size_t pixels = image.values().size();
-    std::vector<T> workA(pixels), workB(pixels), magnitude(pixels);
-    std::vector<uint8_t> edges(pixels);
-    T thresholds[2] = {T(0), T(0)};
-    if (options.thresholds) {
-        thresholds[0] = static_cast<T>(options.thresholds->low);
-        thresholds[1] = static_cast<T>(options.thresholds->high);
-    } else {
-        thresholds[0] = static_cast<T>(options.nonEdgePercent);
-    }
-    cannyDirect(!options.thresholds, image.data(), smoothing.data(), derivative.data(), workA.data(), workB.data(),
-                edges.data(), magnitude.data(), thresholds, image.rows(), image.cols(),
-                static_cast<int32_t>(smoothing.size()));
-
-    ASSERT_EQ(result.edges.rows(), image.rows());
-    ASSERT_EQ(result.edges.cols(), image.cols());
-    ASSERT_EQ(result.magnitude.rows(), image.rows());
-    ASSERT_EQ(result.magnitude.cols(), image.cols());
-    EXPECT_EQ(result.edges.values(), edges);
-    EXPECT_EQ(result.magnitude.values(), magnitude);
-    // The scene has edges, so the comparison above is not between empty maps.
-    size_t edgeCount = 0;
-    for (uint8_t e : edges) {
-        edgeCount += e;
-    }
-    EXPECT_GT(edgeCount, 0u);
+    // Sigma 1: R = 3, g[k] = exp(-k^2/2) / S, S = 1 + 2 (e^-0.5 + e^-2 +
+    // e^-4.5) = 2.5059498789749766; d[k] = -k g[k]. Sigma 0.5: R = 2,
+    // d[k] = -k g[k] / 0.25.
+    const auto halves = ornex::detail::cannyKernelHalves(1.0), narrow = ornex::detail::cannyKernelHalves(0.5);
+    ASSERT_EQ(halves.smoothing.size(), 4u);
+    ASSERT_EQ(narrow.smoothing.size(), 3u);
+    EXPECT_NEAR(halves.smoothing[0], 0.39905027965245, 1e-14);
+    EXPECT_NEAR(halves.smoothing[1], 0.24203622937611, 1e-14);
+    EXPECT_NEAR(halves.smoothing[3], 0.00443304817524, 1e-14);
+    EXPECT_EQ(halves.derivative[0], 0.0);
+    EXPECT_NEAR(halves.derivative[3], -0.01329914452573, 1e-14);
+    EXPECT_NEAR(narrow.derivative[1], -4 * narrow.smoothing[1], 1e-15);
 }
 
-TYPED_TEST(DetectionLayer, CannyWithUserThresholdsEqualsTheKernel)
-{
-    const auto image = testScene<TypeParam>(18, 21);
-    ornex::CannyOptions options;
-    options.thresholds = ornex::CannyThresholds{0.1, 0.3};
-    expectCannyMatchesKernel(image, options);
-    options.sigma = 0.6;
-    options.thresholds = ornex::CannyThresholds{0.05, 0.05};
-    expectCannyMatchesKernel(image, options);
-}
-
-TYPED_TEST(DetectionLayer, CannyWithAutomaticThresholdsEqualsTheKernel)
-{
-    const auto image = testScene<TypeParam>(18, 21);
-    ornex::CannyOptions options;
-    expectCannyMatchesKernel(image, options);
-    options.sigma = 1.4;
-    options.nonEdgePercent = 85.0;
-    expectCannyMatchesKernel(image, options);
-}
-
-TYPED_TEST(DetectionLayer, CannyRejectsBadArguments)
-{
-    const auto image = testScene<TypeParam>(18, 21);
-    auto withSigma = [](double sigma) {
-        ornex::CannyOptions o;
-        o.sigma = sigma;
-        return o;
-    };
-    auto withThresholds = [](double low, double high) {
-        ornex::CannyOptions o;
-        o.thresholds = ornex::CannyThresholds{low, high};
-        return o;
-    };
-    auto withPercent = [](double percent) {
-        ornex::CannyOptions o;
-        o.nonEdgePercent = percent;
-        return o;
-    };
-    expectRejected([&] { ornex::canny(image, withSigma(0.0)); }, "sigma");
-    expectRejected([&] { ornex::canny(image, withSigma(-1.0)); }, "sigma");
-    expectRejected([&] { ornex::canny(image, withSigma(std::nan(""))); }, "sigma");
-    expectRejected([&] { ornex::canny(image, withThresholds(0.4, 0.2)); }, "thresholds");
-    expectRejected([&] { ornex::canny(image, withThresholds(-0.1, 0.2)); }, "thresholds");
-    expectRejected([&] { ornex::canny(image, withThresholds(0.1, 1.5)); }, "thresholds");
-    expectRejected([&] { ornex::canny(image, withPercent(100.5)); }, "nonEdgePercent");
-    expectRejected([&] { ornex::canny(image, withPercent(-1.0)); }, "nonEdgePercent");
-    // sigma 2 needs 7 rows and columns, sigma 1 needs 4.
-    expectRejected([&] { ornex::canny(testScene<TypeParam>(6, 21), withSigma(2.0)); }, "image");
-    expectRejected([&] { ornex::canny(testScene<TypeParam>(3, 3), ornex::CannyOptions{}); }, "image");
-    EXPECT_NO_THROW(ornex::canny(testScene<TypeParam>(4, 4), ornex::CannyOptions{}));
-    expectRejected([&] { ornex::canny(ornex::Image<TypeParam>(), ornex::CannyOptions{}); }, "image");
-    expectRejected([&] { ornex::canny(ornex::Image<TypeParam>(8, 8, 2), ornex::CannyOptions{}); }, "image");
-}
-
-// A horizontal run along row 4, a diagonal and a few loose pixels (at
-// least 5 x 3).
-ornex::Image<uint8_t> testEdges(int32_t rows, int32_t cols)
-{
-    ornex::Image<uint8_t> edges(rows, cols);
-    for (int32_t c = 0; c < cols; ++c) {
-        edges(4, c) = 1;
-    }
-    for (int32_t k = 0; k < std::min(rows, cols); ++k) {
-        edges(k, k) = 255;
-    }
-    edges(rows - 1, 2) = 7;
-    edges(0, cols - 1) = 1;
-    return edges;
-}
-
-ornex::Image<uint8_t> onePixel()
-{
-    ornex::Image<uint8_t> edges(1, 1);
-    edges(0, 0) = 1;
-    return edges;
-}
-
-void houghDirect(const uint8_t *image, double *accumulator, const double *sines, const double *rho0, int32_t rows,
-                 int32_t cols, int32_t numRho, int32_t numTheta)
-{
-    ORNEX_Hough_D(image, accumulator, sines, rho0, rows, cols, numRho, numTheta);
-}
-void houghDirect(const uint8_t *image, float *accumulator, const float *sines, const float *rho0, int32_t rows,
-                 int32_t cols, int32_t numRho, int32_t numTheta)
-{
-    ORNEX_Hough_R(image, accumulator, sines, rho0, rows, cols, numRho, numTheta);
-}
-
-template <class T>
-void expectHoughMatchesKernel(const ornex::Image<uint8_t> &edges, double thetaResolution, double rhoResolution)
-{
-    const auto result = ornex::hough<T>(edges, {thetaResolution, rhoResolution});
-
-    // Sines of -90 .. 0 degrees in 90 / thetaResolution even steps; a rho
-    // axis of whole steps reaching past the image diagonal on both sides.
-    const double pi = std::numbers::pi;
-    const int n = static_cast<int>(std::lround(90.0 / thetaResolution));
-    std::vector<T> sines(n + 1);
-    for (int t = 0; t <= n; ++t) {
-        sines[t] = static_cast<T>(std::sin((-90.0 + 90.0 * t / n) * pi / 180.0));
-    }
-    const double diagonal = std::sqrt(double((edges.rows() - 1) * (edges.rows() - 1)) +
-                                      double((edges.cols() - 1) * (edges.cols() - 1)));
-    const int steps = std::max(1, static_cast<int>(std::ceil(diagonal / rhoResolution)));
-    const int numRho = 2 * steps + 1;
-    const T rho0 = static_cast<T>(-steps * rhoResolution);
-    std::vector<T> accumulator(size_t(numRho) * (2 * n), T(-1));
-    houghDirect(edges.data(), accumulator.data(), sines.data(), &rho0, edges.rows(), edges.cols(), numRho, n + 1);
-
-    ASSERT_EQ(result.accumulator.rows(), numRho);
-    ASSERT_EQ(result.accumulator.cols(), 2 * n);
-    EXPECT_EQ(result.accumulator.values(), accumulator);
-    ASSERT_EQ(result.rho.size(), size_t(numRho));
-    ASSERT_EQ(result.theta.size(), size_t(2 * n));
-    for (int k = 0; k < numRho; ++k) {
-        EXPECT_EQ(result.rho[k], static_cast<T>(-steps * rhoResolution + k * rhoResolution)) << k;
-    }
-    for (int j = 0; j < 2 * n; ++j) {
-        EXPECT_EQ(result.theta[j], static_cast<T>((-90.0 + 90.0 * j / n) * pi / 180.0)) << j;
-    }
-
-    // Every vote landed on the axis: each edge pixel votes once per theta.
-    double votes = 0, pixels = 0;
-    for (T v : accumulator) {
-        votes += v;
-    }
-    for (uint8_t e : edges.values()) {
-        pixels += e != 0;
-    }
-    EXPECT_EQ(votes, pixels * 2 * n);
-    if (edges.rows() < 5) {
-        return;
-    }
-    // The run along row 4 lies at theta -90 degrees (column 0), rho -4.
-    const int bin = static_cast<int>(std::lround((-4.0 - (-steps * rhoResolution)) / rhoResolution));
-    EXPECT_GE(result.accumulator(bin, 0), T(edges.cols()));
-}
-
-TYPED_TEST(DetectionLayer, HoughEqualsTheKernel)
-{
-    const auto edges = testEdges(9, 13);
-    expectHoughMatchesKernel<TypeParam>(edges, 1.0, 1.0);
-    expectHoughMatchesKernel<TypeParam>(edges, 15.0, 0.5);
-    expectHoughMatchesKernel<TypeParam>(edges, 90.0, 2.0);
-    expectHoughMatchesKernel<TypeParam>(onePixel(), 30.0, 1.0);
-}
-
-TEST(DetectionLayerHough, DefaultsToDoubleAndOneDegreeOnePixel)
-{
-    const auto edges = testEdges(9, 13);
-    const ornex::HoughTransform<double> result = ornex::hough(edges);
-    EXPECT_EQ(result.accumulator.cols(), 180);
-    EXPECT_EQ(result.accumulator.rows(), 2 * 15 + 1); // diagonal sqrt(8^2 + 12^2) = 14.4
-}
-
-TYPED_TEST(DetectionLayer, HoughRejectsBadArguments)
-{
-    const auto edges = testEdges(9, 13);
-    auto run = [&](double thetaResolution, double rhoResolution) {
-        return [&edges, thetaResolution, rhoResolution] {
-            ornex::hough<TypeParam>(edges, {thetaResolution, rhoResolution});
-        };
-    };
-    expectRejected([&] { ornex::hough<TypeParam>(ornex::Image<uint8_t>()); }, "edges");
-    expectRejected([&] { ornex::hough<TypeParam>(ornex::Image<uint8_t>(4, 4, 2)); }, "edges");
-    expectRejected(run(0.0, 1.0), "thetaResolution");
-    expectRejected(run(-1.0, 1.0), "thetaResolution");
-    expectRejected(run(7.0, 1.0), "thetaResolution");
-    expectRejected(run(100.0, 1.0), "thetaResolution");
-    expectRejected(run(std::nan(""), 1.0), "thetaResolution");
-    expectRejected(run(1.0, 0.0), "rhoResolution");
-    expectRejected(run(1.0, -2.0), "rhoResolution");
-    expectRejected(run(1.0, INFINITY), "rhoResolution");
-}
-
-void houghLinesDirect(const double *theta, const double *rho, int32_t *points, int32_t n, int32_t rows, int32_t cols)
-{
-    ORNEX_HoughLines_D(theta, rho, points, n, rows, cols);
-}
-void houghLinesDirect(const float *theta, const float *rho, int32_t *points, int32_t n, int32_t rows, int32_t cols)
-{
-    ORNEX_HoughLines_R(theta, rho, points, n, rows, cols);
-}
-
-TYPED_TEST(DetectionLayer, HoughLinesEqualsTheKernel)
+TYPED_TEST(DetectionLayer, HoughPutsEachRunOnItsLine)
 {
     using T = TypeParam;
+    // Row 4 and column 7 of a 9 x 13 map: 21 pixels. The diagonal is
+    // sqrt(8^2 + 12^2) = 14.42, so R = ceil(14.42 / rho step).
+    const auto edges = makeImage<uint8_t>(9, 13, 1, [](int r, int c, int) { return r == 4 || c == 7; });
+    const std::tuple<double, double, int32_t, int32_t> cases[] = {
+        {1, 1, 180, 15}, {0.5, 0.5, 360, 29}, {90, 0.25, 2, 58}};
+    for (const auto &[thetaStep, rhoStep, thetas, reach] : cases) {
+        const auto h = ornex::hough<T>(edges, {thetaStep, rhoStep});
+        ASSERT_EQ(h.accumulator.rows(), 2 * reach + 1);
+        ASSERT_EQ(h.accumulator.cols(), thetas);
+        EXPECT_EQ(h.rho.front(), T(-reach * rhoStep));
+        EXPECT_EQ(h.rho.back(), T(reach * rhoStep));
+        EXPECT_EQ(h.theta[0], -std::numbers::pi_v<T> / 2);
+        EXPECT_NEAR(h.theta[1] - h.theta[0], thetaStep * std::numbers::pi / 180, 1e-6);
+        // The row at theta -90 degrees, rho -4; the column at theta 0, rho 7.
+        EXPECT_NEAR(h.theta[thetas / 2], 0.0, 1e-15);
+        EXPECT_EQ(h.accumulator(int32_t(-4 / rhoStep) + reach, 0), T(13));
+        EXPECT_EQ(h.accumulator(int32_t(7 / rhoStep) + reach, thetas / 2), T(9));
+        double votes = 0;
+        for (const T v : h.accumulator.values())
+            votes += v;
+        EXPECT_EQ(votes, 21.0 * thetas) << "every pixel votes once per theta";
+    }
+    EXPECT_EQ(ornex::hough(edges).accumulator.cols(), 180);
+}
+
+TYPED_TEST(DetectionLayer, HoughLinesCrossTheBorderWhereTheLineDoes)
+{
+    using T = TypeParam;
+    // column cos(theta) + row sin(theta) = rho in 20 x 30: column 5, row 4,
+    // column + row = 10, and a line far outside.
     const T pi = std::numbers::pi_v<T>;
-    const std::vector<T> theta{T(0), pi / 4, -pi / 4, pi / 3, -pi / 2, T(0.3), T(1.2)};
-    const std::vector<T> rho{T(5), T(6), T(-3), T(10), T(-2), T(1000), T(0)};
-    const int32_t rows = 20, cols = 30;
-    const auto ends = ornex::houghLines(theta, rho, rows, cols);
-
-    std::vector<int32_t> points(4 * theta.size(), 12345);
-    houghLinesDirect(theta.data(), rho.data(), points.data(), int32_t(theta.size()), rows, cols);
-    ASSERT_EQ(ends.size(), theta.size());
-    for (size_t i = 0; i < ends.size(); ++i) {
-        EXPECT_EQ(ends[i].first, (ornex::Point{points[4 * i], points[4 * i + 1]})) << i;
-        EXPECT_EQ(ends[i].second, (ornex::Point{points[4 * i + 2], points[4 * i + 3]})) << i;
-    }
-    // theta 0, rho 5: the vertical line through column 5.
-    EXPECT_EQ(ends[0], (ornex::LineEnds{{0, 5}, {rows - 1, 5}}));
-    // rho 1000 misses the image.
-    EXPECT_EQ(ends[5], (ornex::LineEnds{{-1, -1}, {-1, -1}}));
-    EXPECT_TRUE(ornex::houghLines(std::vector<T>{}, std::vector<T>{}, rows, cols).empty());
+    const auto ends = ornex::houghLines<T>({0, -pi / 2, pi / 4, 0}, {5, -4, T(10 / std::numbers::sqrt2), 1000}, 20, 30);
+    EXPECT_EQ(ends, (std::vector<ornex::LineEnds>{
+                        {{0, 5}, {19, 5}}, {{4, 0}, {4, 29}}, {{0, 10}, {10, 0}}, {{-1, -1}, {-1, -1}}}));
+    EXPECT_TRUE(ornex::houghLines<T>({}, {}, 20, 30).empty());
 }
 
-TYPED_TEST(DetectionLayer, HoughLinesRejectsBadArguments)
+TYPED_TEST(DetectionLayer, ArgumentsAreCheckedWithTheirMessages)
 {
     using T = TypeParam;
-    const std::vector<T> two{T(0), T(1)}, one{T(0)};
-    expectRejected([&] { ornex::houghLines(two, one, 10, 10); }, "rho");
-    expectRejected([&] { ornex::houghLines(one, one, 0, 10); }, "imageRows");
-    expectRejected([&] { ornex::houghLines(one, one, 10, -1); }, "imageCols");
+    const auto image = twoSteps<T>(false);
+    const ornex::Image<uint8_t> edges(9, 13);
+    const auto canny = [&](ornex::CannyOptions o) { return [=, &image] { ornex::canny(image.view(), o); }; };
+    const auto hough = [&](double theta, double rho) { return [=, &edges] { ornex::hough<T>(edges, {theta, rho}); }; };
+    const char *const small =
+        "image: smaller than the kernel for this sigma needs (ceil(3 sigma) + 1 rows and columns)";
+    const auto thresholds = [](double low, double high) {
+        return ornex::CannyOptions{1, ornex::CannyThresholds{low, high}};
+    };
+    expectRejections({
+        {canny({.sigma = 0}), "sigma: must be positive and finite"},
+        {canny({.sigma = std::nan("")}), "sigma: must be positive and finite"},
+        {canny(thresholds(0.4, 0.2)), "thresholds: low must not exceed high"},
+        {canny(thresholds(-0.1, 0.2)), "thresholds: must lie in [0, 1]"},
+        {canny(thresholds(0.1, 1.5)), "thresholds: must lie in [0, 1]"},
+        {canny({1, std::nullopt, 100.5}), "nonEdgePercent: must lie in [0, 100]"},
+        {canny({1, std::nullopt, -1}), "nonEdgePercent: must lie in [0, 100]"},
+        {canny({.sigma = 5.01}), small}, // 16 rows: enough for sigma 5 (ceil(15) + 1), not more
+        {[] { ornex::canny(ornex::Image<T>(3, 3).view()); }, small},
+        {[] { ornex::canny(ornex::Image<T>().view()); }, "image: must be a non-empty image"},
+        {[] { ornex::canny(ornex::Image<T>(8, 8, 2).view()); }, "image: must have one plane"},
+        {[] { ornex::hough<T>(ornex::Image<uint8_t>()); }, "edges: must be a non-empty image"},
+        {[] { ornex::hough<T>(ornex::Image<uint8_t>(4, 4, 2)); }, "edges: must have one plane"},
+        {hough(0, 1), "thetaResolution: must be positive"},
+        {hough(std::nan(""), 1), "thetaResolution: must be positive"},
+        {hough(7, 1), "thetaResolution: must divide 90 degrees into whole steps"},
+        {hough(100, 1), "thetaResolution: must divide 90 degrees into whole steps"},
+        {hough(1, 0), "rhoResolution: must be positive and finite"},
+        {hough(1, INFINITY), "rhoResolution: must be positive and finite"},
+        {[] { ornex::houghLines<T>({0, 1}, {0}, 10, 10); }, "rho: must have as many values as theta"},
+        {[] { ornex::houghLines<T>({0}, {0}, 0, 10); }, "imageRows: must be positive"},
+        {[] { ornex::houghLines<T>({0}, {0}, 10, -1); }, "imageCols: must be positive"},
+    });
+    EXPECT_NO_THROW(canny({.sigma = 5})());
+    EXPECT_NO_THROW(ornex::canny(ornex::Image<T>(4, 4).view()));
 }
 
 } // namespace
