@@ -46,7 +46,7 @@ void createEdgesTable(const int32_t *vertices, int32_t numValues, int32_t *workT
         }
     }
 
-    sortRows(workTable, numEdges, typeInt32, sortRecords);
+    sortRows(workTable, numEdges, ORNEX_TYPE_INT32, sortRecords);
 
     for (int32_t rank = 0; rank < numEdges; ++rank) {
         const int32_t source = sortRecords[rank * sortRecordWords + rowIndexWord];

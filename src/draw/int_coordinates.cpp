@@ -34,14 +34,14 @@ extern "C" int32_t ORNEX_GetIntCoordinates(const void *source, int32_t typeCode,
     using namespace ornex;
     using draw::convertCoordinates;
     switch (typeCode) {
-    case typeDouble: convertCoordinates<double>(source, destination, count, block); break;
-    case typeSingle: convertCoordinates<float>(source, destination, count, block); break;
-    case typeInt8: convertCoordinates<int8_t>(source, destination, count, block); break;
-    case typeUInt8: convertCoordinates<uint8_t>(source, destination, count, block); break;
-    case typeInt16: convertCoordinates<int16_t>(source, destination, count, block); break;
-    case typeUInt16: convertCoordinates<uint16_t>(source, destination, count, block); break;
-    case typeInt32: convertCoordinates<int32_t>(source, destination, count, block); break;
-    case typeUInt32: convertCoordinates<uint32_t>(source, destination, count, block); break;
+    case ORNEX_TYPE_DOUBLE: convertCoordinates<double>(source, destination, count, block); break;
+    case ORNEX_TYPE_SINGLE: convertCoordinates<float>(source, destination, count, block); break;
+    case ORNEX_TYPE_INT8: convertCoordinates<int8_t>(source, destination, count, block); break;
+    case ORNEX_TYPE_UINT8: convertCoordinates<uint8_t>(source, destination, count, block); break;
+    case ORNEX_TYPE_INT16: convertCoordinates<int16_t>(source, destination, count, block); break;
+    case ORNEX_TYPE_UINT16: convertCoordinates<uint16_t>(source, destination, count, block); break;
+    case ORNEX_TYPE_INT32: convertCoordinates<int32_t>(source, destination, count, block); break;
+    case ORNEX_TYPE_UINT32: convertCoordinates<uint32_t>(source, destination, count, block); break;
     default: break;
     }
     return 0;

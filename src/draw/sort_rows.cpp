@@ -67,14 +67,14 @@ struct RowType {
 RowType rowType(int32_t typeCode)
 {
     switch (typeCode) {
-    case typeDouble: return {8, compareRows<double>};
-    case typeSingle: return {4, compareRows<float>};
-    case typeInt8: return {1, compareRows<int8_t>};
-    case typeUInt8: return {1, compareRows<uint8_t>};
-    case typeInt16: return {2, compareRows<int16_t>};
-    case typeUInt16: return {2, compareRows<uint16_t>};
-    case typeInt32: return {4, compareRows<int32_t>};
-    case typeUInt32: return {4, compareRows<uint32_t>};
+    case ORNEX_TYPE_DOUBLE: return {8, compareRows<double>};
+    case ORNEX_TYPE_SINGLE: return {4, compareRows<float>};
+    case ORNEX_TYPE_INT8: return {1, compareRows<int8_t>};
+    case ORNEX_TYPE_UINT8: return {1, compareRows<uint8_t>};
+    case ORNEX_TYPE_INT16: return {2, compareRows<int16_t>};
+    case ORNEX_TYPE_UINT16: return {2, compareRows<uint16_t>};
+    case ORNEX_TYPE_INT32: return {4, compareRows<int32_t>};
+    case ORNEX_TYPE_UINT32: return {4, compareRows<uint32_t>};
     default: return {0, nullptr};
     }
 }

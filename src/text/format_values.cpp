@@ -75,15 +75,15 @@ char conversionLetter(const char *piece)
 bool putConversion(Output &out, const char *piece, const void *values, int32_t k, int32_t typeCode)
 {
     switch (typeCode) {
-    case typeDouble: return out.put(piece, static_cast<const double *>(values)[k]);
-    case typeSingle: return out.put(piece, double(static_cast<const float *>(values)[k]));
-    case typeInt8: return out.put(piece, int32_t(static_cast<const int8_t *>(values)[k]));
-    case typeUInt8:
-    case typeLogical: return out.put(piece, int32_t(static_cast<const uint8_t *>(values)[k]));
-    case typeInt16: return out.put(piece, int32_t(static_cast<const int16_t *>(values)[k]));
-    case typeUInt16: return out.put(piece, int32_t(static_cast<const uint16_t *>(values)[k]));
-    case typeInt32: return out.put(piece, static_cast<const int32_t *>(values)[k]);
-    case typeUInt32: return out.put(piece, static_cast<const uint32_t *>(values)[k]);
+    case ORNEX_TYPE_DOUBLE: return out.put(piece, static_cast<const double *>(values)[k]);
+    case ORNEX_TYPE_SINGLE: return out.put(piece, double(static_cast<const float *>(values)[k]));
+    case ORNEX_TYPE_INT8: return out.put(piece, int32_t(static_cast<const int8_t *>(values)[k]));
+    case ORNEX_TYPE_UINT8:
+    case ORNEX_TYPE_LOGICAL: return out.put(piece, int32_t(static_cast<const uint8_t *>(values)[k]));
+    case ORNEX_TYPE_INT16: return out.put(piece, int32_t(static_cast<const int16_t *>(values)[k]));
+    case ORNEX_TYPE_UINT16: return out.put(piece, int32_t(static_cast<const uint16_t *>(values)[k]));
+    case ORNEX_TYPE_INT32: return out.put(piece, static_cast<const int32_t *>(values)[k]);
+    case ORNEX_TYPE_UINT32: return out.put(piece, static_cast<const uint32_t *>(values)[k]);
     default: return false;
     }
 }
@@ -154,11 +154,11 @@ int32_t formatNumbers(char *destination, char *format, const void *values, int32
 int32_t formatValues(char *destination, char *format, void *values, int32_t valueLimit, int32_t typeCode,
                      bool isText, int32_t destinationSize)
 {
-    if (destination == nullptr || format == nullptr || values == nullptr || typeCode > typeLogical || typeCode < 0) {
+    if (destination == nullptr || format == nullptr || values == nullptr || typeCode > ORNEX_TYPE_LOGICAL || typeCode < 0) {
         return 0;
     }
     if (isText) {
-        if (typeCode != typeUInt8) {
+        if (typeCode != ORNEX_TYPE_UINT8) {
             std::strcpy(destination, format);
             return static_cast<int32_t>(std::strlen(destination));
         }

@@ -43,15 +43,15 @@ template <class Body>
 void withType(int32_t typeCode, bool acceptLogical, const Body &body)
 {
     switch (typeCode) {
-    case typeDouble: body(static_cast<double *>(nullptr)); break;
-    case typeSingle: body(static_cast<float *>(nullptr)); break;
-    case typeInt8: body(static_cast<int8_t *>(nullptr)); break;
-    case typeUInt8: body(static_cast<uint8_t *>(nullptr)); break;
-    case typeInt16: body(static_cast<int16_t *>(nullptr)); break;
-    case typeUInt16: body(static_cast<uint16_t *>(nullptr)); break;
-    case typeInt32: body(static_cast<int32_t *>(nullptr)); break;
-    case typeUInt32: body(static_cast<uint32_t *>(nullptr)); break;
-    case typeLogical:
+    case ORNEX_TYPE_DOUBLE: body(static_cast<double *>(nullptr)); break;
+    case ORNEX_TYPE_SINGLE: body(static_cast<float *>(nullptr)); break;
+    case ORNEX_TYPE_INT8: body(static_cast<int8_t *>(nullptr)); break;
+    case ORNEX_TYPE_UINT8: body(static_cast<uint8_t *>(nullptr)); break;
+    case ORNEX_TYPE_INT16: body(static_cast<int16_t *>(nullptr)); break;
+    case ORNEX_TYPE_UINT16: body(static_cast<uint16_t *>(nullptr)); break;
+    case ORNEX_TYPE_INT32: body(static_cast<int32_t *>(nullptr)); break;
+    case ORNEX_TYPE_UINT32: body(static_cast<uint32_t *>(nullptr)); break;
+    case ORNEX_TYPE_LOGICAL:
         if (acceptLogical) {
             body(static_cast<uint8_t *>(nullptr));
         }
@@ -74,9 +74,9 @@ void saturate(const void *source, void *destination, int32_t count)
 
 void saturateByType(int32_t typeCode, const void *source, void *destination, int32_t count)
 {
-    if (typeCode == typeDouble) {
+    if (typeCode == ORNEX_TYPE_DOUBLE) {
         saturate<double>(source, destination, count);
-    } else if (typeCode == typeSingle) {
+    } else if (typeCode == ORNEX_TYPE_SINGLE) {
         saturate<float>(source, destination, count);
     }
 }
