@@ -111,6 +111,20 @@ struct Scene {
     T *blue() { return rgb.plane(2); }
 };
 
+// Draws `trials` random scenes (the intensity drawer given 0 to 3 planes):
+// body(trial, rng, scene) draws and marks the wanted changes, after which
+// every element of both buffers must match.
+template <class T, class Body>
+void forEachScene(uint32_t seed, int trials, int32_t rows, int32_t cols, Body body)
+{
+    std::mt19937 rng(seed);
+    for (int trial = 0; trial < trials; ++trial) {
+        Scene<T> s(rng, rows, cols, trial % 8 == 0 ? 0 : 1 + trial % 3);
+        body(trial, rng, s);
+        ASSERT_TRUE(s.matches()) << trial;
+    }
+}
+
 // Polygon edges: scan start and end column, current row, row delta, scan
 // length, row step, error term, normal weight.
 using Edge = std::array<int32_t, 8>;
