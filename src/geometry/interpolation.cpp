@@ -7,7 +7,7 @@ using ornex::geometry::BilinearTaps;
 using ornex::geometry::NearestTaps;
 using ornex::geometry::samplePlanes;
 
-#define ORNEX_PLANES {numPlanes, sourceStride, destinationStride}
+#define ORNEX_PLANES {numPlanes, static_cast<ptrdiff_t>(sourceStride), static_cast<ptrdiff_t>(destinationStride)}
 
 extern "C" {
 void ORNEX_NN_Interp_D(const double *source, double y, double x, uint32_t numRows, double *destination, uint32_t index, int32_t numPlanes, uint32_t sourceStride, uint32_t destinationStride) { samplePlanes(NearestTaps<double>(y, x, numRows, 0), source, destination, index, ORNEX_PLANES); }
