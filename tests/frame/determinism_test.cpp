@@ -65,6 +65,11 @@ template <class Body> void cases(const char *name, int count, Body body)
     Rng g(name);
     for (int k = 0; k < count; ++k) body(g, k);
 }
+// The drivers below are called as driver(g, k, name, f, T()) for k < count: case k of export f, elements T.
+void each(const char *name, auto f, int count, auto driver, auto tag)
+{
+    cases(name, count, [&](Rng &g, int k) { driver(g, k, name, f, tag); });
+}
 
 // Floating types: in [-128, 128], eighths (halves and ties) or thirds of
 // 2^-13 (every bit of the mantissa in use, so that the order of operations
@@ -105,6 +110,8 @@ template <class T> vector<T> frames(Rng &g, i32 count, i32 pixels, vector<const 
     for (i32 k = 0; k < count; ++k) pointers.push_back(all.data() + k * pixels);
     return all;
 }
+template <class F> constexpr size_t arity = 0;
+template <class R, class... A> constexpr size_t arity<R (*)(A...)> = sizeof...(A);
 // Buffers of n values `fill`; first<K>(body) calls body(buffer 0, ..., buffer K-1).
 template <class T> struct Buffers {
     vector<vector<T>> b;
@@ -180,39 +187,32 @@ template <class Fn, class T, class O, class... Lists> bool drawAny(Fn f, Scene<T
 
 #define F(f) #f, f
 
-template <class T> using Search = void (*)(const T *, const T *, i32, i32, i32, i32, i32, i32, i32 *, i32 *);
-template <class T> void search(const char *n, Search<T> f)
-{
-    cases(n, 10, [&](Rng &g, int k) {
-        const i32 bR = g.in(1, 5), bC = g.in(1, 5), rR = bR + g.in(0, 6), rC = bC + g.in(0, 6);
-        const i32 bS = bR + g.in(0, 2), rS = rR + g.in(0, 2);
-        const vector<T> block = k % 2 ? many<T>(g, bS * bC) : small<T>(g, bS * bC);
-        const vector<T> region = k % 2 ? many<T>(g, rS * rC) : small<T>(g, rS * rC);
-        i32 col = -7, row = -7;
-        f(block.data(), region.data(), bS, rS, bC, bR, rC, rR, &col, &row);
-        H(n) << col << row;
-    });
-}
+const auto search = []<class T>(Rng &g, int k, const char *n, auto f, T) {
+    const i32 bR = g.in(1, 5), bC = g.in(1, 5), rR = bR + g.in(0, 6), rC = bC + g.in(0, 6);
+    const i32 bS = bR + g.in(0, 2), rS = rR + g.in(0, 2);
+    const vector<T> block = k % 2 ? many<T>(g, bS * bC) : small<T>(g, bS * bC);
+    const vector<T> region = k % 2 ? many<T>(g, rS * rC) : small<T>(g, rS * rC);
+    i32 col = -7, row = -7;
+    f(block.data(), region.data(), bS, rS, bC, bR, rC, rR, &col, &row);
+    H(n) << col << row;
+};
 
-template <class T>
-using Matching = void (*)(const T *, const T *, T *, T *, T *, const i32 *, const i32 *, const i32 *, i32, i32, i32,
-                          i32, i32, i32);
-template <class T> void blockMatching(const char *n, Matching<T> f, int parts)
-{
-    cases(n, 3, [&](Rng &g, int k) {
-        const i32 m = g.in(5, 12), c = g.in(5, 12), bs[2] = {g.in(2, 4), g.in(2, 4)};
-        const i32 ov[2] = {g.in(0, bs[0] - 1), g.in(0, bs[1] - 1)}, d[2] = {g.in(0, 3), g.in(1, 3)};
-        const i32 p1R = m + ov[0], p1C = c + ov[1], p2R = m + 2 * (d[0] + ov[0] / 2), p2C = c + 2 * (d[1] + ov[1] / 2);
-        const vector<T> a = small<T>(g, m * c);
-        vector<T> b = small<T>(g, m * c), p1 = many<T>(g, p1R * p1C);
-        vector<T> p2(static_cast<size_t>(p2R * (p2C + ov[1] % 2) + ov[0] % 2), T(0));
-        vector<T> motion(static_cast<size_t>(parts * (m + 1) * (c + 1)), T(-3));
-        for (i32 i = 0; k == 1 && i < m * c; ++i) b[i] = a[(i % m + 1) % m + (i / m + 2) % c * m]; // moved content
-        for (i32 i = 0; i < p2R * p2C; ++i) p2[i] = T(i % 5 + 1);                                  // to be cleared
-        f(a.data(), b.data(), p1.data(), p2.data(), motion.data(), bs, ov, d, m, c, p1R, p1C, p2R, p2C);
-        H(n) << p1 << p2 << motion;
-    });
-}
+// The complex members (_C, _Z) write two values per pixel.
+int parts(const char *n) { return std::strchr("CZ", n[std::strlen(n) - 1]) ? 2 : 1; }
+
+const auto blockMatching = []<class T>(Rng &g, int k, const char *n, auto f, T) {
+    const i32 m = g.in(5, 12), c = g.in(5, 12), bs[2] = {g.in(2, 4), g.in(2, 4)};
+    const i32 ov[2] = {g.in(0, bs[0] - 1), g.in(0, bs[1] - 1)}, d[2] = {g.in(0, 3), g.in(1, 3)};
+    const i32 p1R = m + ov[0], p1C = c + ov[1], p2R = m + 2 * (d[0] + ov[0] / 2), p2C = c + 2 * (d[1] + ov[1] / 2);
+    const vector<T> a = small<T>(g, m * c);
+    vector<T> b = small<T>(g, m * c), p1 = many<T>(g, p1R * p1C);
+    vector<T> p2(static_cast<size_t>(p2R * (p2C + ov[1] % 2) + ov[0] % 2), T(0));
+    vector<T> motion(static_cast<size_t>(parts(n) * (m + 1) * (c + 1)), T(-3));
+    for (i32 i = 0; k == 1 && i < m * c; ++i) b[i] = a[(i % m + 1) % m + (i / m + 2) % c * m]; // moved content
+    for (i32 i = 0; i < p2R * p2C; ++i) p2[i] = T(i % 5 + 1);                                  // to be cleared
+    f(a.data(), b.data(), p1.data(), p2.data(), motion.data(), bs, ov, d, m, c, p1R, p1C, p2R, p2C);
+    H(n) << p1 << p2 << motion;
+};
 
 void lines()
 {
@@ -235,106 +235,82 @@ void lines()
     });
 }
 
-template <class T, class Fn> void aaLine(const char *n, Fn f)
-{
+const auto aaLine = []<class T>(Rng &g, int, const char *n, auto f, T) {
     using W = std::conditional_t<std::is_same_v<T, uint16_t>, uint16_t, Opacity<T>>;
-    cases(n, 40, [&](Rng &g, int) {
-        vector<W> table = many<W>(g, 5 * 25); // row 0 the part kept, rows level.. the terms
-        for (int d = 0; d < 25; ++d) table[d] = fraction<W>(g);
-        Scene<T> s(g, n);
-        const auto e = ends(g);
-        const auto after = std::tuple{M, s.c.r0, s.c.r1, s.c.c0, s.c.c1, table.data(), g.in(1, 2)};
-        EXPECT_TRUE(drawAny(f, s, std::tuple{e[0], e[1], e[2], e[3]}, after)) << n;
-        H(n) << s.px;
-    });
-}
+    vector<W> table = many<W>(g, 5 * 25); // row 0 the part kept, rows level.. the terms
+    for (int d = 0; d < 25; ++d) table[d] = fraction<W>(g);
+    Scene<T> s(g, n);
+    const auto e = ends(g);
+    const auto after = std::tuple{M, s.c.r0, s.c.r1, s.c.c0, s.c.c1, table.data(), g.in(1, 2)};
+    EXPECT_TRUE(drawAny(f, s, std::tuple{e[0], e[1], e[2], e[3]}, after)) << n;
+    H(n) << s.px;
+};
 
 // Optical flow: frames of these sizes (rows, columns), outputs and scratch
 // preset so that what is not written shows.
 const i32 flowSizes[][2] = {{7, 5}, {1, 4}, {6, 1}, {9, 10}, {2, 2}};
 
-template <class T> void sobel(const char *n, auto f)
-{
-    Rng g(n);
-    for (const auto &[m, c] : flowSizes) {
-        const vector<T> a = many<T>(g, m * c), b = many<T>(g, m * c);
-        const T smooth = T(g.in(1, 8)) / T(4);
-        Buffers<T> o(12, static_cast<size_t>(m * c + m + c), T(5));
-        o.template first<12>([&](auto... p) { f(a.data(), b.data(), p..., &smooth, m, c); });
-        for (int i : {0, 1, 6, 7, 8, 9, 10, 11}) H(n) << o.b[i]; // not the unused row buffers nor the column scratch
-    }
-}
+const auto sobel = []<class T>(Rng &g, int k, const char *n, auto f, T) {
+    const auto [m, c] = flowSizes[k];
+    const vector<T> a = many<T>(g, m * c), b = many<T>(g, m * c);
+    const T smooth = T(g.in(1, 8)) / T(4);
+    Buffers<T> o(12, static_cast<size_t>(m * c + m + c), T(5));
+    o.template first<12>([&](auto... p) { f(a.data(), b.data(), p..., &smooth, m, c); });
+    for (int i : {0, 1, 6, 7, 8, 9, 10, 11}) H(n) << o.b[i]; // not the unused row buffers nor the column scratch
+};
 
-// K work buffers: 16 for the members that return the velocity squared and v,
-// 15 for those that return the velocity, u and v.
-template <class T, size_t K> void hornSchunck(const char *n, auto f)
-{
-    Rng g(n);
-    for (const auto &[m, c] : flowSizes) {
-        const i32 iterations = g.in(1, 6);
-        const vector<T> a = many<T>(g, m * c), b = many<T>(g, m * c);
-        const T smooth = T(g.in(1, 8)) / T(4), threshold = T(g.in(0, 4)) / T(64);
-        const uint8_t byThreshold = uint8_t(g.in(0, 1));
-        Buffers<T> o(16, static_cast<size_t>(2 * m * c + m + c), T(5));
-        o.template first<K>([&](auto... p) {
-            f(a.data(), b.data(), p..., &smooth, 1, byThreshold, &iterations, &threshold, m, c);
-        });
-        if constexpr (K == 16) H(n) << o.b[0] << o.b[1];
-        else H(n) << o.b[0] << o.b[5] << o.b[7];
-    }
-}
-
-// The complex members (_C, _Z) write two values per pixel.
-int parts(const char *n) { return std::strchr("CZ", n[std::strlen(n) - 1]) ? 2 : 1; }
+// The real members return the velocity squared and v, the complex ones the velocity, u and v.
+const auto hornSchunck = []<class T>(Rng &g, int k, const char *n, auto f, T) {
+    const auto [m, c] = flowSizes[k];
+    const i32 iterations = g.in(1, 6);
+    const vector<T> a = many<T>(g, m * c), b = many<T>(g, m * c);
+    const T smooth = T(g.in(1, 8)) / T(4), threshold = T(g.in(0, 4)) / T(64);
+    const uint8_t byThreshold = uint8_t(g.in(0, 1));
+    Buffers<T> o(16, static_cast<size_t>(2 * m * c + m + c), T(5));
+    auto call = [&](auto... p) { f(a.data(), b.data(), p..., &smooth, 1, byThreshold, &iterations, &threshold, m, c); };
+    o.template first<arity<decltype(f)> - 9>(call);
+    if (parts(n) == 1) H(n) << o.b[0] << o.b[1];
+    else H(n) << o.b[0] << o.b[5] << o.b[7];
+};
 
 // The temporal member filters k + 1 frames of 13 pixels, the spatial ones an image of m x c.
-template <class In, class T, class... Sizes> void conv(const char *n, void (*f)(In, T *, const T *, Sizes...))
-{
-    constexpr bool temporal = sizeof...(Sizes) == 2;
-    cases(n, temporal ? 5 : 6, [&](Rng &g, int k) {
-        const i32 m = temporal ? 13 : g.in(1, 9), c = temporal ? 1 : g.in(1, 9);
-        vector<const T *> pointers;
-        const vector<T> in = temporal ? frames<T>(g, k + 1, 13, pointers) : many<T>(g, m * c);
-        const vector<T> taps = small<T>(g, k + 1);
-        vector<T> out(static_cast<size_t>(m * c + 1), T(9));
-        if constexpr (temporal) f(pointers.data(), out.data(), taps.data(), 13, k + 1);
-        else f(in.data(), out.data(), taps.data(), m, c, k + 1);
-        H(n) << out;
-    });
-}
+const auto conv = []<class T>(Rng &g, int k, const char *n, auto f, T) {
+    constexpr bool temporal = arity<decltype(f)> == 5;
+    const i32 m = temporal ? 13 : g.in(1, 9), c = temporal ? 1 : g.in(1, 9);
+    vector<const T *> pointers;
+    const vector<T> in = temporal ? frames<T>(g, k + 1, 13, pointers) : many<T>(g, m * c);
+    const vector<T> taps = small<T>(g, k + 1);
+    vector<T> out(static_cast<size_t>(m * c + 1), T(9));
+    if constexpr (temporal) f(pointers.data(), out.data(), taps.data(), 13, k + 1);
+    else f(in.data(), out.data(), taps.data(), m, c, k + 1);
+    H(n) << out;
+};
 
-template <class T> void lucasKanade(const char *n, auto f)
-{
-    Rng g(n);
-    for (const auto &[m0, c0] : flowSizes) {
-        const i32 m = m0 + 2, c = c0 + 2;
-        const vector<T> a = small<T>(g, m * c), b = small<T>(g, m * c);
-        const T threshold = T(g.in(0, 8)) / T(2);
-        vector<T> result(static_cast<size_t>(parts(n) * m * c + 1), T(9));
-        Buffers<T> s(5, static_cast<size_t>(m * c), T(9));
-        s.template first<5>([&](auto... p) { f(a.data(), b.data(), result.data(), p..., &threshold, m, c); });
-        H(n) << result << s.b;
-    }
-}
+const auto lucasKanade = []<class T>(Rng &g, int k, const char *n, auto f, T) {
+    const i32 m = flowSizes[k][0] + 2, c = flowSizes[k][1] + 2;
+    const vector<T> a = small<T>(g, m * c), b = small<T>(g, m * c);
+    const T threshold = T(g.in(0, 8)) / T(2);
+    vector<T> result(static_cast<size_t>(parts(n) * m * c + 1), T(9));
+    Buffers<T> s(5, static_cast<size_t>(m * c), T(9));
+    s.template first<5>([&](auto... p) { f(a.data(), b.data(), result.data(), p..., &threshold, m, c); });
+    H(n) << result << s.b;
+};
 
-template <class T> void gder(const char *n, auto f)
-{
-    cases(n, 6, [&](Rng &g, int k) {
-        const i32 m = g.in(4, 11), c = g.in(4, 11), nTD = g.in(1, 4), nSD = g.in(1, 5), nTS = g.in(1, 4);
-        const i32 nSS = g.in(1, 5), nW = g.in(1, 5);
-        vector<const T *> pointers;
-        const vector<T> all = frames<T>(g, std::max(nTD, nTS), m * c, pointers), td = small<T>(g, nTD);
-        const vector<T> sd = small<T>(g, nSD), ts = small<T>(g, nTS), ss = small<T>(g, nSS), w = small<T>(g, nW);
-        const T threshold = T(g.in(0, 16)) / T(4);
-        vector<T> result(static_cast<size_t>(parts(n) * m * c + 1), T(9));
-        Buffers<T> s(5, static_cast<size_t>(m * c), T(9));
-        s.template first<5>([&](auto... p) {
-            f(pointers.data(), result.data(), p..., &threshold, td.data(), sd.data(), ts.data(), ss.data(), w.data(), m,
-              c, nTD, nSD, nTS, nSS, nW, uint8_t(k % 2));
-        });
-        H(n) << result << s.b;
+const auto gder = []<class T>(Rng &g, int k, const char *n, auto f, T) {
+    const i32 m = g.in(4, 11), c = g.in(4, 11), nTD = g.in(1, 4), nSD = g.in(1, 5), nTS = g.in(1, 4);
+    const i32 nSS = g.in(1, 5), nW = g.in(1, 5);
+    vector<const T *> pointers;
+    const vector<T> all = frames<T>(g, std::max(nTD, nTS), m * c, pointers), td = small<T>(g, nTD);
+    const vector<T> sd = small<T>(g, nSD), ts = small<T>(g, nTS), ss = small<T>(g, nSS), w = small<T>(g, nW);
+    const T threshold = T(g.in(0, 16)) / T(4);
+    vector<T> result(static_cast<size_t>(parts(n) * m * c + 1), T(9));
+    Buffers<T> s(5, static_cast<size_t>(m * c), T(9));
+    s.template first<5>([&](auto... p) {
+        f(pointers.data(), result.data(), p..., &threshold, td.data(), sd.data(), ts.data(), ss.data(), w.data(), m, c,
+          nTD, nSD, nTS, nSS, nW, uint8_t(k % 2));
     });
-}
+    H(n) << result << s.b;
+};
 
 std::array<i32, 8> quadAround(Rng &g, i32 r0, i32 c0, i32 r1, i32 c1, i32 spread)
 {
@@ -355,37 +331,30 @@ template <class T> void xform(const char *nX, auto fX, const char *nQ, auto fQ)
     });
 }
 
-template <class T, class Fn> void interp(const char *n, Fn f)
-{
-    cases(n, 1, [&](Rng &g, int) {
-        const i32 m = g.in(4, 9), c = g.in(4, 9);
-        const uint32_t ss = uint32_t(m * c + 3), ds = 101;
-        const vector<T> src = many<T>(g, 2 * ss);
-        vector<T> dst(2 * ds, T(-1));
-        for (uint32_t k = 0; k < 100; ++k) {
-            const i32 parts = k % 2 ? 4 : 12; // quarters, or twelfths that no binary fraction holds
-            const T y = T(g.in(0, parts * (m - 1))) / T(parts), x = T(g.in(0, parts * (c - 1))) / T(parts);
-            if constexpr (std::is_invocable_v<Fn, const T *, T, T, uint32_t, T *, uint32_t, i32, uint32_t, uint32_t>)
-                f(src.data(), y, x, m, &dst[0], k, 2, ss, ds);
-            else f(src.data(), y, x, uint32_t(m), uint32_t(c), dst.data(), k, 2, ss, ds);
-        }
-        H(n) << dst;
-    });
-}
+// One image, 100 positions in quarters or in twelfths that no binary fraction holds.
+const auto interp = []<class T>(Rng &g, int, const char *n, auto f, T) {
+    const i32 m = g.in(4, 9), c = g.in(4, 9);
+    const uint32_t ss = uint32_t(m * c + 3), ds = 101;
+    const vector<T> src = many<T>(g, 2 * ss);
+    vector<T> dst(2 * ds, T(-1));
+    for (uint32_t k = 0; k < 100; ++k) {
+        const i32 steps = k % 2 ? 4 : 12;
+        const T y = T(g.in(0, steps * (m - 1))) / T(steps), x = T(g.in(0, steps * (c - 1))) / T(steps);
+        if constexpr (arity<decltype(f)> == 9) f(src.data(), y, x, m, &dst[0], k, 2, ss, ds);
+        else f(src.data(), y, x, uint32_t(m), uint32_t(c), dst.data(), k, 2, ss, ds);
+    }
+    H(n) << dst;
+};
 
-template <class T> void skew(const char *n, void (*f)(const T *, i32, i32, T, uint32_t, uint32_t, T *, i32, const T *))
-{
-    cases(n, 40, [&](Rng &g, int k) {
-        const i32 len = g.in(1, 9), outLen = g.in(1, 16), first = g.in(0, 3);
-        const uint32_t ss = uint32_t(g.in(1, 3)), ds = uint32_t(g.in(1, 2));
-        const T offset = k % 2 ? T(g.in(-24, 60)) / T(4) : T(g.in(-72, 180)) / T(12), background = any<T>(g);
-        const vector<T> src = many<T>(g, static_cast<size_t>(len) * ss);
-        vector<T> dst(static_cast<size_t>(outLen) * ds + 2, T(-2));
-        f(src.data(), len, outLen, offset, ss, ds, dst.data(), first, &background);
-        H(n) << dst;
-    });
-}
-
+const auto skew = []<class T>(Rng &g, int k, const char *n, auto f, T) {
+    const i32 len = g.in(1, 9), outLen = g.in(1, 16), first = g.in(0, 3);
+    const uint32_t ss = uint32_t(g.in(1, 3)), ds = uint32_t(g.in(1, 2));
+    const T offset = k % 2 ? T(g.in(-24, 60)) / T(4) : T(g.in(-72, 180)) / T(12), background = any<T>(g);
+    const vector<T> src = many<T>(g, static_cast<size_t>(len) * ss);
+    vector<T> dst(static_cast<size_t>(outLen) * ds + 2, T(-2));
+    f(src.data(), len, outLen, offset, ss, ds, dst.data(), first, &background);
+    H(n) << dst;
+};
 // Smoothing, both derivatives, suppression, and the whole detector with
 // thresholds given (low, high) or as a fraction of the pixels.
 template <class T> void canny(const char *nS, auto fS, const char *nC, auto fC, const char *nR, auto fR,
@@ -437,6 +406,7 @@ template <class T> void hough(const char *n, auto f, const char *nL, auto fL, co
         H(nL) << points, H(nO) << pointsF;
     });
 }
+
 
 // Every element type by its code, the last one given (uint8_t 8 for logical, int32_t 8 or 9 for indices).
 template <class Last> void byCode(Rng &g, i32 lastCode, auto body)
@@ -513,47 +483,39 @@ vector<i32> activeEdges(Rng &g, i32 count, i32 stride, bool withError)
 }
 
 // Plain and anti-aliased polygon fills, intensity and RGB.
-template <class T, class Fn> void fillPolygon(const char *n, Fn f)
-{
-    cases(n, 16, [&](Rng &g, int) {
-        const auto v = polygon(g);
-        vector<i32> edges(8 * v.size() + 1), records(3 * v.size() + 1);
-        Scene<T> s(g, n);
-        const auto clip = std::tuple{s.c.r0, s.c.r1, s.c.c0, s.c.c1, M, s.colour.data(), s.opacity};
-        EXPECT_TRUE(drawAny(f, s, std::tuple{edges.data(), i32(v.size()), v.data(), records.data()},
-                            std::tuple_cat(clip, std::tuple{s.w.data()}), clip)) << n;
-        H(n) << s.px;
-    });
-}
+const auto fillPolygon = []<class T>(Rng &g, int, const char *n, auto f, T) {
+    const auto v = polygon(g);
+    vector<i32> edges(8 * v.size() + 1), records(3 * v.size() + 1);
+    Scene<T> s(g, n);
+    const auto clip = std::tuple{s.c.r0, s.c.r1, s.c.c0, s.c.c1, M, s.colour.data(), s.opacity};
+    EXPECT_TRUE(drawAny(f, s, std::tuple{edges.data(), i32(v.size()), v.data(), records.data()},
+                        std::tuple_cat(clip, std::tuple{s.w.data()}), clip)) << n;
+    H(n) << s.px;
+};
 
 // One column of a fill: the plain members read the rows of the active list's
 // third field, the anti-aliased ones all of it.
-template <class T, class Fn> void scanLine(const char *n, Fn f)
-{
-    cases(n, 30, [&](Rng &g, int) {
-        const i32 count = g.in(0, 6), stride = count + g.in(0, 2);
-        Scene<T> s(g, n);
-        const i32 column = g.in(s.c.c0 - 1, s.c.c1 + 1);
-        const vector<i32> list = activeEdges(g, count, stride, std::strstr(n, "_AA_"));
-        const auto common = std::tuple{column, s.c.r0, s.c.r1, s.c.c0, s.c.c1, M, count, list.data(), s.colour.data(),
-                                       s.opacity};
-        EXPECT_TRUE(drawAny(f, s, std::tuple{}, std::tuple_cat(common, std::tuple{s.w.data(), stride}),
-                            std::tuple_cat(common, std::tuple{2 * stride}))) << n;
-        H(n) << s.px;
-    });
-}
+const auto scanLine = []<class T>(Rng &g, int, const char *n, auto f, T) {
+    const i32 count = g.in(0, 6), stride = count + g.in(0, 2);
+    Scene<T> s(g, n);
+    const i32 column = g.in(s.c.c0 - 1, s.c.c1 + 1);
+    const vector<i32> list = activeEdges(g, count, stride, std::strstr(n, "_AA_"));
+    const auto common = std::tuple{column, s.c.r0, s.c.r1, s.c.c0, s.c.c1, M, count, list.data(), s.colour.data(),
+                                   s.opacity};
+    EXPECT_TRUE(drawAny(f, s, std::tuple{}, std::tuple_cat(common, std::tuple{s.w.data(), stride}),
+                        std::tuple_cat(common, std::tuple{2 * stride}))) << n;
+    H(n) << s.px;
+};
 
 // X... = numPlanes, planeStride after the rows, or the green and blue planes before them.
-template <class T, class O, class... X> void blendRun(const char *n, void (*f)(T *, const T *, i32, O, X...))
-{
-    cases(n, 30, [&](Rng &g, int) {
-        Scene<T, O> s(g, n);
-        const i32 first = g.in(0, M - 1), last = g.in(first - 1, M - 1), start = g.in(0, S - M);
-        if constexpr ((std::is_same_v<X, i32> && ...)) f(s.p(0), s.colour.data(), start, s.opacity, first, last, 3, S);
-        else f(s.p(0), s.colour.data(), start, s.opacity, s.p(1), s.p(2), first, last);
-        H(n) << s.px;
-    });
-}
+const auto blendRun = []<class T, class O, class... X>(Rng &g, int, const char *n, void (*f)(T *, const T *, i32, O, X...),
+                                                       auto) {
+    Scene<T, O> s(g, n);
+    const i32 first = g.in(0, M - 1), last = g.in(first - 1, M - 1), start = g.in(0, S - M);
+    if constexpr ((std::is_same_v<X, i32> && ...)) f(s.p(0), s.colour.data(), start, s.opacity, first, last, 3, S);
+    else f(s.p(0), s.colour.data(), start, s.opacity, s.p(1), s.p(2), first, last);
+    H(n) << s.px;
+};
 
 template <class T>
 void warp(const char *nR, auto fR, const char *nQ, auto fQ, const char *nO, auto fO, const char *nS, auto fS,
@@ -614,40 +576,37 @@ vector<int16_t> sqrtTable()
 }
 
 // The circle kernels and drawers, intensity and RGB.
-template <class T, class Fn> void circle(const char *n, Fn f)
-{
-    const vector<int16_t> table = sqrtTable();
+const vector<int16_t> sqrts = sqrtTable();
+const auto circle = []<class T>(Rng &g, int k, const char *n, auto f, T) {
     using W = std::conditional_t<std::is_floating_point_v<T>, T, uint32_t>;
-    cases(n, 30, [&](Rng &g, int k) {
-        Scene<T> s(g, n);
-        const Clip c = s.c;
-        const Centre o = centre(g);
-        const vector<T> v = many<T>(g, 6);
-        const W w = fraction<W>(g);
-        const i32 radius = g.in(0, 9), x0 = k % 3 || !radius ? 0 : g.in(0, radius / 2), flag = g.in(0, 1);
-        const auto e = std::tuple{};
-        const auto clip = std::tuple{c.r0, c.r1, c.c0, c.c1, M};
-        const auto at = std::tuple_cat(std::tuple{o.r, o.c, o.a, o.b}, clip);
-        bool called = radius == 0;
-        if (std::strstr(n, "SymQuad"))
-            called = drawAny(f, s, e, std::tuple_cat(at, std::tuple{v.data()}),
-                             std::tuple_cat(at, std::tuple{v[0], v[1], v[2]}));
-        else if (std::strstr(n, "SymOctant"))
-            called = drawAny(f, s, e, std::tuple_cat(at, std::tuple{v.data(), v.data() + 3, w, flag}),
-                             std::tuple_cat(at, std::tuple{v[0], v[1], v[2], v[3], v[4], v[5], w, flag}));
-        else if (std::strstr(n, "PtsLines"))
-            called = drawAny(f, s, e, std::tuple_cat(std::tuple{o.r, o.c, o.a - (k % 5 == 0), o.b}, clip,
-                                                     std::tuple{v.data(), s.opacity}));
-        else if (std::strstr(n, "Filled"))
-            called = drawAny(f, s, e, std::tuple_cat(std::tuple{v.data(), o.r, o.c}, clip, std::tuple{radius, s.opacity}));
-        else if (radius > 0)
-            called = drawAny(f, s, e, std::tuple_cat(std::tuple{v.data(), table.data(), x0, radius, o.r, o.c}, clip,
-                                                     std::tuple{radius}),
-                             std::tuple_cat(std::tuple{v.data(), x0, radius, o.r, o.c}, clip, std::tuple{radius}));
-        EXPECT_TRUE(called) << n;
-        H(n) << s.px;
-    });
-}
+    Scene<T> s(g, n);
+    const Clip c = s.c;
+    const Centre o = centre(g);
+    const vector<T> v = many<T>(g, 6);
+    const W w = fraction<W>(g);
+    const i32 radius = g.in(0, 9), x0 = k % 3 || !radius ? 0 : g.in(0, radius / 2), flag = g.in(0, 1);
+    const auto e = std::tuple{};
+    const auto clip = std::tuple{c.r0, c.r1, c.c0, c.c1, M};
+    const auto at = std::tuple_cat(std::tuple{o.r, o.c, o.a, o.b}, clip);
+    bool called = radius == 0;
+    if (std::strstr(n, "SymQuad"))
+        called = drawAny(f, s, e, std::tuple_cat(at, std::tuple{v.data()}),
+                         std::tuple_cat(at, std::tuple{v[0], v[1], v[2]}));
+    else if (std::strstr(n, "SymOctant"))
+        called = drawAny(f, s, e, std::tuple_cat(at, std::tuple{v.data(), v.data() + 3, w, flag}),
+                         std::tuple_cat(at, std::tuple{v[0], v[1], v[2], v[3], v[4], v[5], w, flag}));
+    else if (std::strstr(n, "PtsLines"))
+        called = drawAny(f, s, e, std::tuple_cat(std::tuple{o.r, o.c, o.a - (k % 5 == 0), o.b}, clip,
+                                                 std::tuple{v.data(), s.opacity}));
+    else if (std::strstr(n, "Filled"))
+        called = drawAny(f, s, e, std::tuple_cat(std::tuple{v.data(), o.r, o.c}, clip, std::tuple{radius, s.opacity}));
+    else if (radius > 0)
+        called = drawAny(f, s, e, std::tuple_cat(std::tuple{v.data(), sqrts.data(), x0, radius, o.r, o.c}, clip,
+                                                 std::tuple{radius}),
+                         std::tuple_cat(std::tuple{v.data(), x0, radius, o.r, o.c}, clip, std::tuple{radius}));
+    EXPECT_TRUE(called) << n;
+    H(n) << s.px;
+};
 
 void circleKernels()
 {
@@ -662,11 +621,10 @@ void circleKernels()
                                       c.c0, c.c1, value.data(), size, M);
         H("ORNEX_Circle_SymOctantPts") << px, H("ORNEX_Circle_SymOctantPts_RGB") << px2;
     });
-    const vector<int16_t> table = sqrtTable();
     cases("ORNEX_DrawAACircle_Delta", 300, [&](Rng &g, int) {
         const i32 r = g.in(1, 40), x = g.in(0, r * 7 / 10), y = g.in(x, r + 1);
         uint8_t flag = 9;
-        H("ORNEX_DrawAACircle_Delta") << ORNEX_DrawAACircle_Delta(x, y, r, table.data(), &flag) << flag;
+        H("ORNEX_DrawAACircle_Delta") << ORNEX_DrawAACircle_Delta(x, y, r, sqrts.data(), &flag) << flag;
     });
 }
 
@@ -773,69 +731,64 @@ void text()
 
 void runAll()
 {
-#define ORNEX_RD(X, stem) X(stem##_D, double), X(stem##_R, float)
-#define ORNEX_RDCZ(X, stem) ORNEX_RD(X, stem), X(stem##_C, float), X(stem##_Z, double)
-#define ORNEX_INTEGERS(X, stem) X(stem##UI8, uint8_t), X(stem##I8, int8_t), X(stem##UI16, uint16_t), X(stem##I16, int16_t)
-#define ORNEX_DRAWN(X, stem) X(stem##D, double), X(stem##R, float), ORNEX_INTEGERS(X, stem)
-#define ORNEX_FILLED(X, stem) ORNEX_DRAWN(X, stem), X(stem##Bool, uint8_t)
-#define ORNEX_SEARCH(f, T) search<T>(F(f))
-#define ORNEX_MATCH(f, T) blockMatching<T>(F(f), parts(#f))
-#define ORNEX_CONV(f, T) conv(F(f))
-#define ORNEX_LK(f, T) lucasKanade<T>(F(f))
-#define ORNEX_GDER(f, T) gder<T>(F(f))
-#define ORNEX_INTERP(f, T) interp<T>(F(f))
-#define ORNEX_SKEW(f, T) skew<T>(F(f))
-    ORNEX_RD(ORNEX_SEARCH, ORNEX_SearchMethod_Full_MAD), ORNEX_RD(ORNEX_SEARCH, ORNEX_SearchMethod_Full_MSE);
-    ORNEX_RD(ORNEX_SEARCH, ORNEX_SearchMethod_3Step_MAD), ORNEX_RD(ORNEX_SEARCH, ORNEX_SearchMethod_3Step_MSE);
-    ORNEX_RDCZ(ORNEX_MATCH, ORNEX_BlockMatching_Full_MAD), ORNEX_RDCZ(ORNEX_MATCH, ORNEX_BlockMatching_Full_MSE);
-    ORNEX_RDCZ(ORNEX_MATCH, ORNEX_BlockMatching_3Step_MAD), ORNEX_RDCZ(ORNEX_MATCH, ORNEX_BlockMatching_3Step_MSE);
-    lines(), sobel<double>(F(ORNEX_SobelDerivative_HS_D)), sobel<float>(F(ORNEX_SobelDerivative_HS_R));
-    hornSchunck<double, 16>(F(ORNEX_OpticalFlow_HS_D)), hornSchunck<float, 16>(F(ORNEX_OpticalFlow_HS_R));
-    hornSchunck<float, 15>(F(ORNEX_OpticalFlow_HS_C)), hornSchunck<double, 15>(F(ORNEX_OpticalFlow_HS_Z));
-    ORNEX_RD(ORNEX_CONV, ORNEX_OFLK_ConvT), ORNEX_RD(ORNEX_CONV, ORNEX_OFLK_ConvX), ORNEX_RD(ORNEX_CONV, ORNEX_OFLK_ConvY);
-    ORNEX_RDCZ(ORNEX_LK, ORNEX_OpticalFlow_LK), ORNEX_RDCZ(ORNEX_GDER, ORNEX_OpticalFlow_LK_GDER);
+// Each family calls X(name, element type, more...) for each of its members.
+#define ORNEX_RD(X, stem, ...) X(stem##_D, double, __VA_ARGS__), X(stem##_R, float, __VA_ARGS__)
+#define ORNEX_RDCZ(X, stem, ...)                                                                                       \
+    ORNEX_RD(X, stem, __VA_ARGS__), X(stem##_C, float, __VA_ARGS__), X(stem##_Z, double, __VA_ARGS__)
+#define ORNEX_INTEGERS(X, stem, ...)                                                                                   \
+    X(stem##UI8, uint8_t, __VA_ARGS__), X(stem##I8, int8_t, __VA_ARGS__), X(stem##UI16, uint16_t, __VA_ARGS__),        \
+        X(stem##I16, int16_t, __VA_ARGS__)
+#define ORNEX_DRAWN(X, stem, ...)                                                                                      \
+    X(stem##D, double, __VA_ARGS__), X(stem##R, float, __VA_ARGS__), ORNEX_INTEGERS(X, stem, __VA_ARGS__)
+#define ORNEX_FILLED(X, stem, ...) ORNEX_DRAWN(X, stem, __VA_ARGS__), X(stem##Bool, uint8_t, __VA_ARGS__)
+#define ORNEX_I_RGB(family, stem, suffix, ...)                                                                         \
+    family(E, stem##I##suffix, __VA_ARGS__), family(E, stem##RGB##suffix, __VA_ARGS__)
+#define E(f, T, driver, count) each(F(f), count, driver, T())
+    ORNEX_RD(E, ORNEX_SearchMethod_Full_MAD, search, 10), ORNEX_RD(E, ORNEX_SearchMethod_Full_MSE, search, 10);
+    ORNEX_RD(E, ORNEX_SearchMethod_3Step_MAD, search, 10), ORNEX_RD(E, ORNEX_SearchMethod_3Step_MSE, search, 10);
+    ORNEX_RDCZ(E, ORNEX_BlockMatching_Full_MAD, blockMatching, 3);
+    ORNEX_RDCZ(E, ORNEX_BlockMatching_Full_MSE, blockMatching, 3);
+    ORNEX_RDCZ(E, ORNEX_BlockMatching_3Step_MAD, blockMatching, 3);
+    ORNEX_RDCZ(E, ORNEX_BlockMatching_3Step_MSE, blockMatching, 3);
+    ORNEX_RD(E, ORNEX_SobelDerivative_HS, sobel, 5), ORNEX_RDCZ(E, ORNEX_OpticalFlow_HS, hornSchunck, 5);
+    ORNEX_RD(E, ORNEX_OFLK_ConvT, conv, 5), ORNEX_RD(E, ORNEX_OFLK_ConvX, conv, 6), ORNEX_RD(E, ORNEX_OFLK_ConvY, conv, 6);
+    ORNEX_RDCZ(E, ORNEX_OpticalFlow_LK, lucasKanade, 5), ORNEX_RDCZ(E, ORNEX_OpticalFlow_LK_GDER, gder, 6);
+    ORNEX_RD(E, ORNEX_NN_Interp, interp, 1), ORNEX_RD(E, ORNEX_PosVal_BL_Interp, interp, 1);
+    ORNEX_RD(E, ORNEX_PosVal_BC_Interp, interp, 1), ORNEX_RD(E, ORNEX_Skew_NNI, skew, 40);
+    ORNEX_RD(E, ORNEX_Skew_BLI, skew, 40), ORNEX_RD(E, ORNEX_Skew_BCI, skew, 40);
+    ORNEX_I_RGB(ORNEX_DRAWN, ORNEX_Draw_AA_Line_, _, aaLine, 40);
+    ORNEX_I_RGB(ORNEX_FILLED, ORNEX_FillOnePolygon_, _, fillPolygon, 16);
+    ORNEX_I_RGB(ORNEX_FILLED, ORNEX_FillOnePolygon_AA_, _, fillPolygon, 16);
+    ORNEX_I_RGB(ORNEX_FILLED, ORNEX_FillVerticalScanLine_, _, scanLine, 30);
+    ORNEX_I_RGB(ORNEX_FILLED, ORNEX_FillVerticalScanLine_AA_, _, scanLine, 30);
+    ORNEX_I_RGB(ORNEX_RD, ORNEX_FillPolygon_InterpFlt_, , blendRun, 30);
+    ORNEX_I_RGB(ORNEX_INTEGERS, ORNEX_FillPolygon_InterpFix_, _, blendRun, 30);
+    E(ORNEX_FillPolygon_InterpFix_I_Bool, uint8_t, blendRun, 30);
+    E(ORNEX_FillPolygon_InterpFix_RGB_Bool, uint8_t, blendRun, 30);
+    ORNEX_I_RGB(ORNEX_DRAWN, ORNEX_AACircle_SymQuadPts, _, circle, 30);
+    E(ORNEX_AACircle_SymQuadPtsI_UI32, uint32_t, circle, 30), E(ORNEX_AACircle_SymQuadPtsI_I32, i32, circle, 30);
+    E(ORNEX_AACircle_SymQuadPtsRGB_UI32, uint32_t, circle, 30), E(ORNEX_AACircle_SymQuadPtsRGB_I32, i32, circle, 30);
+    ORNEX_I_RGB(ORNEX_DRAWN, ORNEX_AACircle_SymOctantPts, _, circle, 30);
+    ORNEX_I_RGB(ORNEX_DRAWN, ORNEX_Draw_AA_Circle_, _, circle, 30);
+    ORNEX_I_RGB(ORNEX_DRAWN, ORNEX_Draw_AA_FilledCircle_, _, circle, 30);
+    ORNEX_I_RGB(ORNEX_DRAWN, ORNEX_AACircle_4PtsLines, _, circle, 30);
+    ORNEX_I_RGB(ORNEX_DRAWN, ORNEX_AACircle_8PtsLines, _, circle, 30);
     cases("ORNEX_Are3PtsCollinear", 300, [](Rng &g, int k) {
         i32 p[8];
         for (auto &v : p) v = k % 10 ? g.in(-3, 3) : any<i32>(g); // wrap-around too
         H("ORNEX_Are3PtsCollinear") << ORNEX_Are3PtsCollinear(p);
     });
-    xform<double>(F(ORNEX_CalculateXformMtrx_D), F(ORNEX_CalculateQ2QXformMtrx_D));
-    xform<float>(F(ORNEX_CalculateXformMtrx_R), F(ORNEX_CalculateQ2QXformMtrx_R));
-    ORNEX_RD(ORNEX_INTERP, ORNEX_NN_Interp), ORNEX_RD(ORNEX_INTERP, ORNEX_PosVal_BL_Interp);
-    ORNEX_RD(ORNEX_INTERP, ORNEX_PosVal_BC_Interp);
-    ORNEX_RD(ORNEX_SKEW, ORNEX_Skew_NNI), ORNEX_RD(ORNEX_SKEW, ORNEX_Skew_BLI), ORNEX_RD(ORNEX_SKEW, ORNEX_Skew_BCI);
-#define ORNEX_CANNY(f, T)                                                                                              \
+#define ORNEX_XFORM(f, T, ...) xform<T>(F(ORNEX_CalculateXformMtrx##f), F(ORNEX_CalculateQ2QXformMtrx##f))
+#define ORNEX_CANNY(f, T, ...)                                                                                         \
     canny<T>(F(ORNEX_RC_Gaussian_Smoothing##f), F(ORNEX_C_Derivative_Image##f), F(ORNEX_R_Derivative_Image##f),       \
              F(ORNEX_NonMaximum_Suppression##f), F(ORNEX_EdgeCanny_userTh##f), F(ORNEX_EdgeCanny_autoTh##f))
-#define ORNEX_HOUGH(f, T) hough<T>(F(ORNEX_Hough##f), F(ORNEX_HoughLines##f), F(ORNEX_HoughLines##f##O))
-#define ORNEX_WARP(f, T)                                                                                               \
+#define ORNEX_HOUGH(f, T, ...) hough<T>(F(ORNEX_Hough##f), F(ORNEX_HoughLines##f), F(ORNEX_HoughLines##f##O))
+#define ORNEX_WARP(f, T, ...)                                                                                          \
     warp<T>(F(ORNEX_DivideRectXform##f), F(ORNEX_DivideQuadXform##f), F(ORNEX_XformOneSubdivision##f),                \
             F(ORNEX_ProjComputeOutPixel##f), F(ORNEX_GetInPtsFrmOutPts##f), F(ORNEX_FillBackgroundValues##f),          \
             ORNEX_CalculateXformMtrx##f, ORNEX_CalculateQ2QXformMtrx##f)
-    ORNEX_RD(ORNEX_CANNY, ), ORNEX_RD(ORNEX_HOUGH, ), ORNEX_RD(ORNEX_WARP, );
-    polygonTables(), circleKernels(), text();
-#define ORNEX_LINE(f, T) aaLine<T>(F(f))
-#define ORNEX_FILL(f, T) fillPolygon<T>(F(f))
-#define ORNEX_SCAN(f, T) scanLine<T>(F(f))
-#define ORNEX_RUN(f, T) blendRun(F(f))
-#define ORNEX_CIRCLE(f, T) circle<T>(F(f))
-#define ORNEX_I_RGB(X, family, stem, suffix) family(X, stem##I##suffix), family(X, stem##RGB##suffix)
-    ORNEX_I_RGB(ORNEX_LINE, ORNEX_DRAWN, ORNEX_Draw_AA_Line_, _);
-    ORNEX_I_RGB(ORNEX_FILL, ORNEX_FILLED, ORNEX_FillOnePolygon_, _);
-    ORNEX_I_RGB(ORNEX_FILL, ORNEX_FILLED, ORNEX_FillOnePolygon_AA_, _);
-    ORNEX_I_RGB(ORNEX_SCAN, ORNEX_FILLED, ORNEX_FillVerticalScanLine_, _);
-    ORNEX_I_RGB(ORNEX_SCAN, ORNEX_FILLED, ORNEX_FillVerticalScanLine_AA_, _);
-    ORNEX_I_RGB(ORNEX_RUN, ORNEX_RD, ORNEX_FillPolygon_InterpFlt_, );
-    ORNEX_I_RGB(ORNEX_RUN, ORNEX_INTEGERS, ORNEX_FillPolygon_InterpFix_, _);
-    ORNEX_RUN(ORNEX_FillPolygon_InterpFix_I_Bool, ), ORNEX_RUN(ORNEX_FillPolygon_InterpFix_RGB_Bool, );
-    ORNEX_I_RGB(ORNEX_CIRCLE, ORNEX_DRAWN, ORNEX_AACircle_SymQuadPts, _);
-    ORNEX_CIRCLE(ORNEX_AACircle_SymQuadPtsI_UI32, uint32_t), ORNEX_CIRCLE(ORNEX_AACircle_SymQuadPtsI_I32, i32);
-    ORNEX_CIRCLE(ORNEX_AACircle_SymQuadPtsRGB_UI32, uint32_t), ORNEX_CIRCLE(ORNEX_AACircle_SymQuadPtsRGB_I32, i32);
-    ORNEX_I_RGB(ORNEX_CIRCLE, ORNEX_DRAWN, ORNEX_AACircle_SymOctantPts, _);
-    ORNEX_I_RGB(ORNEX_CIRCLE, ORNEX_DRAWN, ORNEX_Draw_AA_Circle_, _);
-    ORNEX_I_RGB(ORNEX_CIRCLE, ORNEX_DRAWN, ORNEX_Draw_AA_FilledCircle_, _);
-    ORNEX_I_RGB(ORNEX_CIRCLE, ORNEX_DRAWN, ORNEX_AACircle_4PtsLines, _);
-    ORNEX_I_RGB(ORNEX_CIRCLE, ORNEX_DRAWN, ORNEX_AACircle_8PtsLines, _);
+    ORNEX_RD(ORNEX_XFORM, ), ORNEX_RD(ORNEX_CANNY, ), ORNEX_RD(ORNEX_HOUGH, ), ORNEX_RD(ORNEX_WARP, );
+    lines(), polygonTables(), circleKernels(), text();
 }
 // Names after ORNEX_API in the header: the identifier before '(' for a
 // function, before ';' for data.
@@ -846,7 +799,8 @@ vector<std::string> exportedNames()
     for (std::string line; std::getline(header, line);) {
         if (line.rfind("ORNEX_API ", 0) != 0) continue;
         size_t end = std::min(line.find('('), line.find(';')), begin = end;
-        while (begin > 0 && (std::isalnum(static_cast<unsigned char>(line[begin - 1])) || line[begin - 1] == '_')) --begin;
+        auto inName = [](char c) { return std::isalnum(static_cast<unsigned char>(c)) || c == '_'; };
+        while (begin > 0 && inName(line[begin - 1])) --begin;
         names.push_back(line.substr(begin, end - begin));
     }
     return names;
@@ -867,25 +821,29 @@ TEST(Determinism, EveryExportGivesItsRecordedHashAtEverySimdLevel)
         for (const auto &[name, fnv] : results) {
             char h[17];
             std::snprintf(h, sizeof h, "%016llx", static_cast<unsigned long long>(fnv.h));
-            EXPECT_EQ(h, first.emplace(name, h).first->second) << name << " at SIMD level " << int(level) << " differs from the scalar level";
+            EXPECT_EQ(h, first.emplace(name, h).first->second)
+                << name << " at SIMD level " << int(level) << " differs from the scalar level";
         }
     });
     const vector<std::string> names = exportedNames();
     ASSERT_EQ(names.size(), 281u) << "reading " << ORNEX_PUBLIC_HEADER_PATH;
-    for (const auto &[name, h] : first) EXPECT_NE(std::find(names.begin(), names.end(), name), names.end()) << name << " is not exported";
+    for (const auto &[name, h] : first)
+        EXPECT_NE(std::find(names.begin(), names.end(), name), names.end()) << name << " is not exported";
     if (const char *path = std::getenv("ORNEX_WRITE_HASHES")) {
         std::ofstream out(path);
-        out << "# FNV-1a of each export's outputs on the seeded inputs of tests/frame/determinism_test.cpp; '-': not hashed\n";
+        out << "# FNV-1a of each export's outputs on the seeded inputs of tests/frame/determinism_test.cpp;"
+            << " '-': not hashed\n";
         for (const auto &name : names) out << name << ' ' << expected(name, first) << '\n';
         GTEST_SKIP() << "wrote " << path;
     }
     std::map<std::string, std::string> recorded;
     std::ifstream table(ORNEX_HASHES_PATH);
-    for (std::string name, h; table >> name;) name[0] == '#' ? (void)std::getline(table, h) : (void)(table >> recorded[name]);
+    for (std::string name, h; table >> name;)
+        name[0] == '#' ? (void)std::getline(table, h) : (void)(table >> recorded[name]);
     for (const auto &name : names)
         EXPECT_EQ(recorded.count(name) ? recorded[name] : "(no line)", expected(name, first))
-            << name << ": results differ from " << ORNEX_HASHES_PATH << ". If the change is deliberate, rewrite the table with "
-            << "ORNEX_WRITE_HASHES=<that file> (see the top of determinism_test.cpp) and commit it saying why.";
+            << name << ": results differ from " << ORNEX_HASHES_PATH << ". If the change is deliberate, rewrite the "
+            << "table with ORNEX_WRITE_HASHES=<that file> (see the top of determinism_test.cpp) and commit it saying why.";
 }
 
 } // namespace
