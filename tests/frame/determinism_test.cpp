@@ -84,19 +84,14 @@ template <class T> T any(Rng &g, bool logical = false)
         return pick == 0 ? T(0) : pick < 4 ? T(g.in(-1024, 1024)) / T(8) : T(g.in(-3 << 20, 3 << 20)) / T(3 << 13);
     else return pick == 0 ? L::min() : pick == 1 ? L::max() : T(g.next());
 }
-template <class T> vector<T> many(Rng &g, size_t n, bool logical = false)
+// n values of any<T>, or halves in [-2, 2] (small: costs and sums that tie).
+template <class T> vector<T> many(Rng &g, size_t n, bool logical = false, bool halves = false)
 {
     vector<T> v(n);
-    for (auto &x : v) x = any<T>(g, logical);
+    for (auto &x : v) x = halves ? T(g.in(-4, 4)) / T(2) : any<T>(g, logical);
     return v;
 }
-// Halves in [-2, 2]: costs and sums that tie.
-template <class T> vector<T> small(Rng &g, size_t n)
-{
-    vector<T> v(n);
-    for (auto &x : v) x = T(g.in(-4, 4)) / T(2);
-    return v;
-}
+template <class T> vector<T> small(Rng &g, size_t n) { return many<T>(g, n, false, true); }
 // An opacity or weight: sixteenths of [0, 1], or Q10 with its ends.
 template <class T> T fraction(Rng &g)
 {
@@ -214,6 +209,22 @@ const auto blockMatching = []<class T>(Rng &g, int k, const char *n, auto f, T) 
     H(n) << p1 << p2 << motion;
 };
 
+// Values of `size` bytes drawn by an intensity member (three planes S*size
+// apart) and its RGB member, hashed under name and name_RGB.
+void bytePlanes(const char *n, auto geometry, auto call)
+{
+    cases(n, 60, [&](Rng &g, int) {
+        const i32 size = 1 << g.in(0, 3);
+        const auto at = geometry(g);
+        const Clip c = Scene<uint8_t>(g, "").c;
+        vector<uint8_t> px = many<uint8_t>(g, static_cast<size_t>(3 * S * size)), px2 = px;
+        const vector<uint8_t> value = many<uint8_t>(g, static_cast<size_t>(3 * size));
+        call(at, px.data(), nullptr, nullptr, value.data(), size, c);
+        call(at, px2.data(), &px2[S * size], &px2[2 * S * size], value.data(), size, c);
+        H(n) << px, H((std::string(n) + "_RGB").c_str()) << px2;
+    });
+}
+
 void lines()
 {
     cases("ORNEX_ClipLine", 400, [](Rng &g, int) {
@@ -222,16 +233,10 @@ void lines()
         const i32 kept = ORNEX_ClipLine(p1, p2, rect);
         H("ORNEX_ClipLine") << kept << p1[0] << p1[1] << p2[0] << p2[1];
     });
-    cases("ORNEX_Line_Bresenham", 60, [](Rng &g, int) {
-        const i32 size = 1 << g.in(0, 3);
-        const auto e = ends(g);
-        const Clip c = Scene<uint8_t>(g, "").c;
-        vector<uint8_t> px = many<uint8_t>(g, static_cast<size_t>(3 * S * size)), px2 = px;
-        const vector<uint8_t> value = many<uint8_t>(g, static_cast<size_t>(3 * size));
-        ORNEX_Line_Bresenham(e[0], e[1], e[2], e[3], px.data(), M, value.data(), size, c.r0, c.r1, c.c0, c.c1, 3, S);
-        ORNEX_Line_Bresenham_RGB(e[0], e[1], e[2], e[3], px2.data(), &px2[S * size], &px2[2 * S * size], M,
-                                 value.data(), size, c.r0, c.r1, c.c0, c.c1);
-        H("ORNEX_Line_Bresenham") << px, H("ORNEX_Line_Bresenham_RGB") << px2;
+    bytePlanes("ORNEX_Line_Bresenham", ends, [](auto e, uint8_t *p0, uint8_t *p1, uint8_t *p2, auto value, i32 size,
+                                                 Clip c) {
+        if (p1) ORNEX_Line_Bresenham_RGB(e[0], e[1], e[2], e[3], p0, p1, p2, M, value, size, c.r0, c.r1, c.c0, c.c1);
+        else ORNEX_Line_Bresenham(e[0], e[1], e[2], e[3], p0, M, value, size, c.r0, c.r1, c.c0, c.c1, 3, S);
     });
 }
 
@@ -610,16 +615,10 @@ const auto circle = []<class T>(Rng &g, int k, const char *n, auto f, T) {
 
 void circleKernels()
 {
-    cases("ORNEX_Circle_SymOctantPts", 60, [](Rng &g, int) {
-        const i32 size = 1 << g.in(0, 3);
-        const Centre o = centre(g);
-        const Clip c = Scene<uint8_t>(g, "").c;
-        vector<uint8_t> px = many<uint8_t>(g, static_cast<size_t>(3 * S * size)), px2 = px;
-        const vector<uint8_t> value = many<uint8_t>(g, static_cast<size_t>(3 * size));
-        ORNEX_Circle_SymOctantPts(px.data(), o.r, o.c, o.a, o.b, c.r0, c.r1, c.c0, c.c1, value.data(), size, M, 3, S);
-        ORNEX_Circle_SymOctantPts_RGB(px2.data(), &px2[S * size], &px2[2 * S * size], o.r, o.c, o.a, o.b, c.r0, c.r1,
-                                      c.c0, c.c1, value.data(), size, M);
-        H("ORNEX_Circle_SymOctantPts") << px, H("ORNEX_Circle_SymOctantPts_RGB") << px2;
+    bytePlanes("ORNEX_Circle_SymOctantPts", centre, [](Centre o, uint8_t *p0, uint8_t *p1, uint8_t *p2, auto value,
+                                                      i32 size, Clip c) {
+        if (p1) ORNEX_Circle_SymOctantPts_RGB(p0, p1, p2, o.r, o.c, o.a, o.b, c.r0, c.r1, c.c0, c.c1, value, size, M);
+        else ORNEX_Circle_SymOctantPts(p0, o.r, o.c, o.a, o.b, c.r0, c.r1, c.c0, c.c1, value, size, M, 3, S);
     });
     cases("ORNEX_DrawAACircle_Delta", 300, [&](Rng &g, int) {
         const i32 r = g.in(1, 40), x = g.in(0, r * 7 / 10), y = g.in(x, r + 1);
@@ -675,16 +674,13 @@ void text()
     const Case formats[] = {
         {0, "x=%8.3f|%.1f%%|%f end", packed<double>({-3.5, 2.25, 1e6 + 0.25}), 2, 0},
         {1, "%.2f;%5.1f;%%", packed<float>({0.125, -7.75}), 1, 0},
-        {2, "%d/%i/%x!", packed<int8_t>({-128, 127, -1}), 2, 0},
-        {3, "<%u,%d>", packed<uint8_t>({255, 7}), 1, 0},
+        {2, "%d/%i/%x!", packed<int8_t>({-128, 127, -1}), 2, 0}, {3, "<%u,%d>", packed<uint8_t>({255, 7}), 1, 0},
         {3, "[%s]", packed<uint8_t>({'h', 'e', 'l', 'l', 'o', 0}), 4, 1},
         {4, "%d %5d %-4d|", packed<int16_t>({-32768, 32767, 12}), 2, 0},
         {5, "%o %X", packed<uint16_t>({65535, 48879}), 1, 0},
         {6, "a%db%nc%dd", packed<i32>({-2147483648.0, 0, 2147483647}), 2, 0},
-        {7, "%u", packed<uint32_t>({4294967295.0}), 0, 0},
-        {8, "%d,%d", packed<uint8_t>({1, 0}), 1, 0},
-        {9, "%d", packed<i32>({1}), 0, 0},
-        {6, "no conversion here", packed<i32>({1}), 0, 0},
+        {7, "%u", packed<uint32_t>({4294967295.0}), 0, 0}, {8, "%d,%d", packed<uint8_t>({1, 0}), 1, 0},
+        {9, "%d", packed<i32>({1}), 0, 0}, {6, "no conversion here", packed<i32>({1}), 0, 0},
         {6, "%d %d %d", packed<i32>({1, 2, 3}), 5, 1},
     };
     auto format = [&](const char *n, decltype(&ORNEX_snprintf) f) {
