@@ -18,6 +18,7 @@
 #include <string>
 #include <tuple>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "ornex_rt.h"
@@ -31,10 +32,15 @@ static_assert(std::endian::native == std::endian::little, "hashes are taken over
 
 struct Fnv {
     uint64_t h = 0xcbf29ce484222325ull;
-    void bytes(const void *p, size_t n) { for (size_t i = 0; i < n; ++i) h = (h ^ static_cast<const unsigned char *>(p)[i]) * 0x100000001b3ull; }
+    void bytes(const void *p, size_t n)
+    {
+        for (size_t i = 0; i < n; ++i) h = (h ^ static_cast<const uint8_t *>(p)[i]) * 0x100000001b3ull;
+    }
     template <class T> Fnv &operator<<(const T &v)
     {
-        if constexpr (std::is_arithmetic_v<T>) bytes(&v, sizeof v); else bytes(v.data(), v.size() * sizeof(v[0]));
+        if constexpr (std::is_arithmetic_v<T>) bytes(&v, sizeof v);
+        else if constexpr (requires { v[0].data(); }) for (const auto &x : v) *this << x;
+        else bytes(v.data(), v.size() * sizeof(v[0]));
         return *this;
     }
 };
@@ -44,15 +50,26 @@ Fnv &H(const char *name) { return results[name]; }
 // splitmix64, seeded with the hash of the function's name.
 struct Rng {
     uint64_t s;
-    explicit Rng(const char *name) { Fnv f; f.bytes(name, std::strlen(name)); s = f.h; }
+    explicit Rng(const char *name) : s((Fnv() << std::string(name)).h) {}
     uint64_t next()
     {
-        const uint64_t z = (s += 0x9E3779B97F4A7C15ull), y = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9ull, x = (y ^ (y >> 27)) * 0x94D049BB133111EBull;
+        const uint64_t z = (s += 0x9E3779B97F4A7C15ull), y = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9ull;
+        const uint64_t x = (y ^ (y >> 27)) * 0x94D049BB133111EBull;
         return x ^ (x >> 31);
     }
     i32 in(i32 lo, i32 hi) { return lo + i32(next() % uint64_t(int64_t(hi) - lo + 1)); }
 };
-template <class Body> void cases(const char *name, int count, Body body) { Rng g(name); for (int k = 0; k < count; ++k) body(g, k); }
+// Runs body(g, k) for k < count with the generator seeded by `name`.
+template <class Body> void cases(const char *name, int count, Body body)
+{
+    Rng g(name);
+    for (int k = 0; k < count; ++k) body(g, k);
+}
+// The drivers below are called as driver(g, k, name, f, T()) for k < count: case k of export f, elements T.
+void each(const char *name, auto f, int count, auto driver, auto tag)
+{
+    cases(name, count, [&](Rng &g, int k) { driver(g, k, name, f, tag); });
+}
 
 // Floating types: in [-128, 128], eighths (halves and ties) or thirds of
 // 2^-13 (every bit of the mantissa in use, so that the order of operations
@@ -60,21 +77,27 @@ template <class Body> void cases(const char *name, int count, Body body) { Rng g
 // bit pattern. Logical: 0/1.
 template <class T> T any(Rng &g, bool logical = false)
 {
+    using L = std::numeric_limits<T>;
     if (logical) return T(g.in(0, 1));
-    if constexpr (std::is_floating_point_v<T>) {
-        const i32 pick = g.in(0, 7);
+    const i32 pick = g.in(0, 7);
+    if constexpr (std::is_floating_point_v<T>)
         return pick == 0 ? T(0) : pick < 4 ? T(g.in(-1024, 1024)) / T(8) : T(g.in(-3 << 20, 3 << 20)) / T(3 << 13);
-    }
-    else { const i32 pick = g.in(0, 7); return pick == 0 ? std::numeric_limits<T>::min() : pick == 1 ? std::numeric_limits<T>::max() : T(g.next()); }
+    else return pick == 0 ? L::min() : pick == 1 ? L::max() : T(g.next());
 }
-template <class T> vector<T> many(Rng &g, size_t n, bool logical = false) { vector<T> v(n); for (auto &x : v) x = any<T>(g, logical); return v; }
-// Halves in [-2, 2]: costs and sums that tie.
-template <class T> vector<T> small(Rng &g, size_t n) { vector<T> v(n); for (auto &x : v) x = T(g.in(-4, 4)) / T(2); return v; }
+// n values of any<T>, or halves in [-2, 2] (small: costs and sums that tie).
+template <class T> vector<T> many(Rng &g, size_t n, bool logical = false, bool halves = false)
+{
+    vector<T> v(n);
+    for (auto &x : v) x = halves ? T(g.in(-4, 4)) / T(2) : any<T>(g, logical);
+    return v;
+}
+template <class T> vector<T> small(Rng &g, size_t n) { return many<T>(g, n, false, true); }
 // An opacity or weight: sixteenths of [0, 1], or Q10 with its ends.
 template <class T> T fraction(Rng &g)
 {
     if constexpr (std::is_floating_point_v<T>) return T(g.in(0, 16)) / T(16);
-    else { const i32 pick = g.in(0, 5); return T(pick == 0 ? 0 : pick == 1 ? 1024 : pick == 2 ? 512 : g.in(0, 1024)); }
+    const i32 pick = g.in(0, 5);
+    return T(pick == 0 ? 0 : pick == 1 ? 1024 : pick == 2 ? 512 : g.in(0, 1024));
 }
 template <class T> vector<T> frames(Rng &g, i32 count, i32 pixels, vector<const T *> &pointers)
 {
@@ -82,6 +105,17 @@ template <class T> vector<T> frames(Rng &g, i32 count, i32 pixels, vector<const 
     for (i32 k = 0; k < count; ++k) pointers.push_back(all.data() + k * pixels);
     return all;
 }
+template <class F> constexpr size_t arity = 0;
+template <class R, class... A> constexpr size_t arity<R (*)(A...)> = sizeof...(A);
+// Buffers of n values `fill`; first<K>(body) calls body(buffer 0, ..., buffer K-1).
+template <class T> struct Buffers {
+    vector<vector<T>> b;
+    Buffers(size_t count, size_t n, T fill) : b(count, vector<T>(n, fill)) {}
+    template <size_t K> void first(auto body)
+    {
+        [&]<size_t... I>(std::index_sequence<I...>) { body(b[I].data()...); }(std::make_index_sequence<K>{});
+    }
+};
 
 // Drawing: three planes of M x N an odd stride S apart (numPlanes 3 for the
 // intensity members), clip rectangles inside the image, geometry past it.
@@ -102,63 +136,92 @@ template <class W> vector<W> coverage()
 {
     vector<W> w(49);
     for (i32 i = 0, j = 0; i < 49; ++i, j = std::clamp(i - 16, 0, 16))
-        if constexpr (std::is_floating_point_v<W>) w[i] = W(j * j * (48 - 2 * j)) / 4096; else w[i] = W(j * j * (48 - 2 * j) / 4);
+        w[i] = std::is_floating_point_v<W> ? W(W(j * j * (48 - 2 * j)) / 4096) : W(j * j * (48 - 2 * j) / 4);
     return w;
 }
+template <class T> using Opacity = std::conditional_t<std::is_floating_point_v<T>, T, int16_t>;
 // One seeded drawing case: the planes, colour, opacity and clip rectangle.
-template <class T, class O = T> struct Scene {
+template <class T, class O = Opacity<T>> struct Scene {
     bool logical;
     vector<T> px, colour;
     O opacity;
     Clip c;
     vector<O> w = coverage<O>();
     Scene(Rng &g, const char *n)
-        : logical(std::strstr(n, "Bool")), px(many<T>(g, 3 * S, logical)), colour(many<T>(g, 3, logical)), opacity(fraction<O>(g)),
-          c{g.in(0, 2), g.in(M - 3, M - 1), g.in(0, 2), g.in(N - 3, N - 1)} {}
+        : logical(std::strstr(n, "Bool")), px(many<T>(g, 3 * S, logical)), colour(many<T>(g, 3, logical)),
+          opacity(fraction<O>(g)), c{g.in(0, 2), g.in(M - 3, M - 1), g.in(0, 2), g.in(N - 3, N - 1)}
+    {
+    }
     T *p(i32 k) { return px.data() + k * S; }
 };
 // Circle centres and offsets, the centre past the image at times.
 struct Centre { i32 r, c, a, b; };
-Centre centre(Rng &g) { const i32 a = g.in(-1, 6); return {g.in(-2, M + 1), g.in(-2, N + 1), std::max(a, 0), g.in(std::max(a, 0), 7)}; }
+Centre centre(Rng &g)
+{
+    const i32 a = g.in(-1, 6);
+    return {g.in(-2, M + 1), g.in(-2, N + 1), std::max(a, 0), g.in(std::max(a, 0), 7)};
+}
 
-template <class T> using Opacity = std::conditional_t<std::is_floating_point_v<T>, T, int16_t>;
 // Calls f(before..., planes..., after...): an intensity member with the one
 // buffer as three planes S apart, or an RGB member with the three planes.
 template <class Fn, class T, class O, class... A> bool draw(Fn f, Scene<T, O> &s, auto before, A... after)
 {
     return std::apply([&](auto... b) {
-        if constexpr (std::is_invocable_v<Fn, decltype(b)..., T *, A..., i32, i32>) return f(b..., s.p(0), after..., 3, S), true;
-        else if constexpr (std::is_invocable_v<Fn, decltype(b)..., T *, T *, T *, A...>) return f(b..., s.p(0), s.p(1), s.p(2), after...), true;
+        if constexpr (std::is_invocable_v<Fn, decltype(b)..., T *, A..., i32, i32>)
+            return f(b..., s.p(0), after..., 3, S), true;
+        else if constexpr (std::is_invocable_v<Fn, decltype(b)..., T *, T *, T *, A...>)
+            return f(b..., s.p(0), s.p(1), s.p(2), after...), true;
         else return false;
     }, before);
+}
+// The first of the argument lists that f takes, with the drawing's planes.
+template <class Fn, class T, class O, class... Lists> bool drawAny(Fn f, Scene<T, O> &s, auto before, Lists... lists)
+{
+    return (std::apply([&](auto... a) { return draw(f, s, before, a...); }, lists) || ...);
 }
 
 #define F(f) #f, f
 
-template <class T> void search(const char *n, void (*f)(const T *, const T *, i32, i32, i32, i32, i32, i32, i32 *, i32 *))
-{
-    cases(n, 10, [&](Rng &g, int k) {
-        const i32 bR = g.in(1, 5), bC = g.in(1, 5), rR = bR + g.in(0, 6), rC = bC + g.in(0, 6), bS = bR + g.in(0, 2), rS = rR + g.in(0, 2);
-        const vector<T> block = k % 2 ? many<T>(g, bS * bC) : small<T>(g, bS * bC), region = k % 2 ? many<T>(g, rS * rC) : small<T>(g, rS * rC);
-        i32 col = -7, row = -7;
-        f(block.data(), region.data(), bS, rS, bC, bR, rC, rR, &col, &row);
-        H(n) << col << row;
-    });
-}
+const auto search = []<class T>(Rng &g, int k, const char *n, auto f, T) {
+    const i32 bR = g.in(1, 5), bC = g.in(1, 5), rR = bR + g.in(0, 6), rC = bC + g.in(0, 6);
+    const i32 bS = bR + g.in(0, 2), rS = rR + g.in(0, 2);
+    const vector<T> block = k % 2 ? many<T>(g, bS * bC) : small<T>(g, bS * bC);
+    const vector<T> region = k % 2 ? many<T>(g, rS * rC) : small<T>(g, rS * rC);
+    i32 col = -7, row = -7;
+    f(block.data(), region.data(), bS, rS, bC, bR, rC, rR, &col, &row);
+    H(n) << col << row;
+};
 
-template <class T>
-void blockMatching(const char *n, void (*f)(const T *, const T *, T *, T *, T *, const i32 *, const i32 *, const i32 *, i32, i32, i32, i32, i32, i32), int parts)
+// The complex members (_C, _Z) write two values per pixel.
+int parts(const char *n) { return std::strchr("CZ", n[std::strlen(n) - 1]) ? 2 : 1; }
+
+const auto blockMatching = []<class T>(Rng &g, int k, const char *n, auto f, T) {
+    const i32 m = g.in(5, 12), c = g.in(5, 12), bs[2] = {g.in(2, 4), g.in(2, 4)};
+    const i32 ov[2] = {g.in(0, bs[0] - 1), g.in(0, bs[1] - 1)}, d[2] = {g.in(0, 3), g.in(1, 3)};
+    const i32 p1R = m + ov[0], p1C = c + ov[1], p2R = m + 2 * (d[0] + ov[0] / 2), p2C = c + 2 * (d[1] + ov[1] / 2);
+    const vector<T> a = small<T>(g, m * c);
+    vector<T> b = small<T>(g, m * c), p1 = many<T>(g, p1R * p1C);
+    vector<T> p2(static_cast<size_t>(p2R * (p2C + ov[1] % 2) + ov[0] % 2), T(0));
+    vector<T> motion(static_cast<size_t>(parts(n) * (m + 1) * (c + 1)), T(-3));
+    for (i32 i = 0; k == 1 && i < m * c; ++i) b[i] = a[(i % m + 1) % m + (i / m + 2) % c * m]; // moved content
+    for (i32 i = 0; i < p2R * p2C; ++i) p2[i] = T(i % 5 + 1);                                  // to be cleared
+    f(a.data(), b.data(), p1.data(), p2.data(), motion.data(), bs, ov, d, m, c, p1R, p1C, p2R, p2C);
+    H(n) << p1 << p2 << motion;
+};
+
+// Values of `size` bytes drawn by an intensity member (three planes S*size
+// apart) and its RGB member, hashed under name and name_RGB.
+void bytePlanes(const char *n, auto geometry, auto call)
 {
-    cases(n, 3, [&](Rng &g, int k) {
-        const i32 m = g.in(5, 12), c = g.in(5, 12), bs[2] = {g.in(2, 4), g.in(2, 4)}, ov[2] = {g.in(0, bs[0] - 1), g.in(0, bs[1] - 1)};
-        const i32 d[2] = {g.in(0, 3), g.in(1, 3)}, p1R = m + ov[0], p1C = c + ov[1], p2R = m + 2 * (d[0] + ov[0] / 2), p2C = c + 2 * (d[1] + ov[1] / 2);
-        const vector<T> a = small<T>(g, m * c);
-        vector<T> b = small<T>(g, m * c), p1 = many<T>(g, p1R * p1C), p2(static_cast<size_t>(p2R * (p2C + ov[1] % 2) + ov[0] % 2), T(0));
-        vector<T> motion(static_cast<size_t>(parts * (m + 1) * (c + 1)), T(-3));
-        for (i32 i = 0; k == 1 && i < m * c; ++i) b[i] = a[(i % m + 1) % m + (i / m + 2) % c * m]; // moved content
-        for (i32 i = 0; i < p2R * p2C; ++i) p2[i] = T(i % 5 + 1);                                  // to be cleared
-        f(a.data(), b.data(), p1.data(), p2.data(), motion.data(), bs, ov, d, m, c, p1R, p1C, p2R, p2C);
-        H(n) << p1 << p2 << motion;
+    cases(n, 60, [&](Rng &g, int) {
+        const i32 size = 1 << g.in(0, 3);
+        const auto at = geometry(g);
+        const Clip c = Scene<uint8_t>(g, "").c;
+        vector<uint8_t> px = many<uint8_t>(g, static_cast<size_t>(3 * S * size)), px2 = px;
+        const vector<uint8_t> value = many<uint8_t>(g, static_cast<size_t>(3 * size));
+        call(at, px.data(), nullptr, nullptr, value.data(), size, c);
+        call(at, px2.data(), &px2[S * size], &px2[2 * S * size], value.data(), size, c);
+        H(n) << px, H((std::string(n) + "_RGB").c_str()) << px2;
     });
 }
 
@@ -170,121 +233,89 @@ void lines()
         const i32 kept = ORNEX_ClipLine(p1, p2, rect);
         H("ORNEX_ClipLine") << kept << p1[0] << p1[1] << p2[0] << p2[1];
     });
-    cases("ORNEX_Line_Bresenham", 60, [](Rng &g, int) {
-        const i32 size = 1 << g.in(0, 3);
-        const auto e = ends(g);
-        Scene<uint8_t> s(g, "");
-        vector<uint8_t> px = many<uint8_t>(g, static_cast<size_t>(3 * S * size)), px2 = px, value = many<uint8_t>(g, static_cast<size_t>(3 * size));
-        ORNEX_Line_Bresenham(e[0], e[1], e[2], e[3], px.data(), M, value.data(), size, s.c.r0, s.c.r1, s.c.c0, s.c.c1, 3, S);
-        ORNEX_Line_Bresenham_RGB(e[0], e[1], e[2], e[3], px2.data(), &px2[S * size], &px2[2 * S * size], M, value.data(), size, s.c.r0, s.c.r1, s.c.c0, s.c.c1);
-        H("ORNEX_Line_Bresenham") << px, H("ORNEX_Line_Bresenham_RGB") << px2;
+    bytePlanes("ORNEX_Line_Bresenham", ends, [](auto e, uint8_t *p0, uint8_t *p1, uint8_t *p2, auto value, i32 size,
+                                                 Clip c) {
+        if (p1) ORNEX_Line_Bresenham_RGB(e[0], e[1], e[2], e[3], p0, p1, p2, M, value, size, c.r0, c.r1, c.c0, c.c1);
+        else ORNEX_Line_Bresenham(e[0], e[1], e[2], e[3], p0, M, value, size, c.r0, c.r1, c.c0, c.c1, 3, S);
     });
 }
 
-template <class T, class Fn> void aaLine(const char *n, Fn f)
-{
+const auto aaLine = []<class T>(Rng &g, int, const char *n, auto f, T) {
     using W = std::conditional_t<std::is_same_v<T, uint16_t>, uint16_t, Opacity<T>>;
-    cases(n, 40, [&](Rng &g, int) {
-        vector<W> table = many<W>(g, 5 * 25); // row 0 the part kept, rows level.. the terms
-        for (int d = 0; d < 25; ++d) table[d] = fraction<W>(g);
-        Scene<T> s(g, n);
-        const auto e = ends(g);
-        EXPECT_TRUE(draw(f, s, std::tuple{e[0], e[1], e[2], e[3]}, M, s.c.r0, s.c.r1, s.c.c0, s.c.c1, table.data(), g.in(1, 2))) << n;
-        H(n) << s.px;
-    });
-}
+    vector<W> table = many<W>(g, 5 * 25); // row 0 the part kept, rows level.. the terms
+    for (int d = 0; d < 25; ++d) table[d] = fraction<W>(g);
+    Scene<T> s(g, n);
+    const auto e = ends(g);
+    const auto after = std::tuple{M, s.c.r0, s.c.r1, s.c.c0, s.c.c1, table.data(), g.in(1, 2)};
+    EXPECT_TRUE(drawAny(f, s, std::tuple{e[0], e[1], e[2], e[3]}, after)) << n;
+    H(n) << s.px;
+};
 
+// Optical flow: frames of these sizes (rows, columns), outputs and scratch
+// preset so that what is not written shows.
 const i32 flowSizes[][2] = {{7, 5}, {1, 4}, {6, 1}, {9, 10}, {2, 2}};
 
-template <class T> void sobel(const char *n, void (*f)(const T *, const T *, T *, T *, T *, T *, T *, T *, T *, T *, T *, T *, T *, T *, const T *, i32, i32))
-{
-    Rng g(n);
-    for (const auto &[m, c] : flowSizes) {
-        const vector<T> a = many<T>(g, m * c), b = many<T>(g, m * c);
-        const T smooth = T(g.in(1, 8)) / T(4);
-        vector<vector<T>> o(12, vector<T>(static_cast<size_t>(m * c + m + c), T(5)));
-        f(a.data(), b.data(), o[0].data(), o[1].data(), o[2].data(), o[3].data(), o[4].data(), o[5].data(), o[6].data(), o[7].data(), o[8].data(),
-          o[9].data(), o[10].data(), o[11].data(), &smooth, m, c);
-        for (int i : {0, 1, 6, 7, 8, 9, 10, 11}) H(n) << o[i]; // not the unused row buffers nor the column scratch
-    }
-}
+const auto sobel = []<class T>(Rng &g, int k, const char *n, auto f, T) {
+    const auto [m, c] = flowSizes[k];
+    const vector<T> a = many<T>(g, m * c), b = many<T>(g, m * c);
+    const T smooth = T(g.in(1, 8)) / T(4);
+    Buffers<T> o(12, static_cast<size_t>(m * c + m + c), T(5));
+    o.template first<12>([&](auto... p) { f(a.data(), b.data(), p..., &smooth, m, c); });
+    for (int i : {0, 1, 6, 7, 8, 9, 10, 11}) H(n) << o.b[i]; // not the unused row buffers nor the column scratch
+};
 
-template <class T, class Fn> void hornSchunck(const char *n, Fn f)
-{
-    Rng g(n);
-    for (const auto &[m, c] : flowSizes) {
-        const i32 iterations = g.in(1, 6);
-        const vector<T> a = many<T>(g, m * c), b = many<T>(g, m * c);
-        const T smooth = T(g.in(1, 8)) / T(4), threshold = T(g.in(0, 4)) / T(64);
-        const uint8_t byThreshold = uint8_t(g.in(0, 1));
-        vector<vector<T>> o(16, vector<T>(static_cast<size_t>(2 * m * c + m + c), T(5)));
-        auto w = [&](int i) { return o[i].data(); };
-        if constexpr (std::is_invocable_v<Fn, const T *, const T *, T *, T *, T *, T *, T *, T *, T *, T *, T *, T *, T *, T *, T *, T *, T *, T *,
-                                          const T *, uint8_t, uint8_t, const i32 *, const T *, i32, i32>) {
-            f(a.data(), b.data(), w(0), w(1), w(2), w(3), w(4), w(5), w(6), w(7), w(8), w(9), w(10), w(11), w(12), w(13), w(14), w(15), &smooth, 1,
-              byThreshold, &iterations, &threshold, m, c);
-            H(n) << o[0] << o[1]; // velocity squared, v
-        } else {
-            f(a.data(), b.data(), w(0), w(1), w(2), w(3), w(4), w(5), w(6), w(7), w(8), w(9), w(10), w(11), w(12), w(13), w(14), &smooth, 1, byThreshold,
-              &iterations, &threshold, m, c);
-            H(n) << o[0] << o[5] << o[7]; // velocity, u, v
-        }
-    }
-}
+// The real members return the velocity squared and v, the complex ones the velocity, u and v.
+const auto hornSchunck = []<class T>(Rng &g, int k, const char *n, auto f, T) {
+    const auto [m, c] = flowSizes[k];
+    const i32 iterations = g.in(1, 6);
+    const vector<T> a = many<T>(g, m * c), b = many<T>(g, m * c);
+    const T smooth = T(g.in(1, 8)) / T(4), threshold = T(g.in(0, 4)) / T(64);
+    const uint8_t byThreshold = uint8_t(g.in(0, 1));
+    Buffers<T> o(16, static_cast<size_t>(2 * m * c + m + c), T(5));
+    auto call = [&](auto... p) { f(a.data(), b.data(), p..., &smooth, 1, byThreshold, &iterations, &threshold, m, c); };
+    o.template first<arity<decltype(f)> - 9>(call);
+    if (parts(n) == 1) H(n) << o.b[0] << o.b[1];
+    else H(n) << o.b[0] << o.b[5] << o.b[7];
+};
 
-template <class T> void convT(const char *n, void (*f)(const T *const *, T *, const T *, i32, i32))
-{
-    cases(n, 5, [&](Rng &g, int k) {
-        vector<const T *> pointers;
-        const vector<T> all = frames<T>(g, k + 1, 13, pointers), taps = small<T>(g, k + 1);
-        vector<T> out(14, T(9));
-        f(pointers.data(), out.data(), taps.data(), 13, k + 1);
-        H(n) << out;
+// The temporal member filters k + 1 frames of 13 pixels, the spatial ones an image of m x c.
+const auto conv = []<class T>(Rng &g, int k, const char *n, auto f, T) {
+    constexpr bool temporal = arity<decltype(f)> == 5;
+    const i32 m = temporal ? 13 : g.in(1, 9), c = temporal ? 1 : g.in(1, 9);
+    vector<const T *> pointers;
+    const vector<T> in = temporal ? frames<T>(g, k + 1, 13, pointers) : many<T>(g, m * c);
+    const vector<T> taps = small<T>(g, k + 1);
+    vector<T> out(static_cast<size_t>(m * c + 1), T(9));
+    if constexpr (temporal) f(pointers.data(), out.data(), taps.data(), 13, k + 1);
+    else f(in.data(), out.data(), taps.data(), m, c, k + 1);
+    H(n) << out;
+};
+
+const auto lucasKanade = []<class T>(Rng &g, int k, const char *n, auto f, T) {
+    const i32 m = flowSizes[k][0] + 2, c = flowSizes[k][1] + 2;
+    const vector<T> a = small<T>(g, m * c), b = small<T>(g, m * c);
+    const T threshold = T(g.in(0, 8)) / T(2);
+    vector<T> result(static_cast<size_t>(parts(n) * m * c + 1), T(9));
+    Buffers<T> s(5, static_cast<size_t>(m * c), T(9));
+    s.template first<5>([&](auto... p) { f(a.data(), b.data(), result.data(), p..., &threshold, m, c); });
+    H(n) << result << s.b;
+};
+
+const auto gder = []<class T>(Rng &g, int k, const char *n, auto f, T) {
+    const i32 m = g.in(4, 11), c = g.in(4, 11), nTD = g.in(1, 4), nSD = g.in(1, 5), nTS = g.in(1, 4);
+    const i32 nSS = g.in(1, 5), nW = g.in(1, 5);
+    vector<const T *> pointers;
+    const vector<T> all = frames<T>(g, std::max(nTD, nTS), m * c, pointers), td = small<T>(g, nTD);
+    const vector<T> sd = small<T>(g, nSD), ts = small<T>(g, nTS), ss = small<T>(g, nSS), w = small<T>(g, nW);
+    const T threshold = T(g.in(0, 16)) / T(4);
+    vector<T> result(static_cast<size_t>(parts(n) * m * c + 1), T(9));
+    Buffers<T> s(5, static_cast<size_t>(m * c), T(9));
+    s.template first<5>([&](auto... p) {
+        f(pointers.data(), result.data(), p..., &threshold, td.data(), sd.data(), ts.data(), ss.data(), w.data(), m, c,
+          nTD, nSD, nTS, nSS, nW, uint8_t(k % 2));
     });
-}
-
-template <class T> void convXY(const char *n, void (*f)(const T *, T *, const T *, i32, i32, i32))
-{
-    cases(n, 6, [&](Rng &g, int k) {
-        const i32 m = g.in(1, 9), c = g.in(1, 9);
-        const vector<T> in = many<T>(g, m * c), taps = small<T>(g, k + 1);
-        vector<T> out(static_cast<size_t>(m * c + 1), T(9));
-        f(in.data(), out.data(), taps.data(), m, c, k + 1);
-        H(n) << out;
-    });
-}
-
-template <class T> void lucasKanade(const char *n, void (*f)(const T *, const T *, T *, T *, T *, T *, T *, T *, const T *, i32, i32), int parts)
-{
-    Rng g(n);
-    for (const auto &[m0, c0] : flowSizes) {
-        const i32 m = m0 + 2, c = c0 + 2;
-        const vector<T> a = small<T>(g, m * c), b = small<T>(g, m * c);
-        const T threshold = T(g.in(0, 8)) / T(2);
-        vector<T> result(static_cast<size_t>(parts * m * c + 1), T(9));
-        vector<vector<T>> s(5, vector<T>(static_cast<size_t>(m * c), T(9)));
-        f(a.data(), b.data(), result.data(), s[0].data(), s[1].data(), s[2].data(), s[3].data(), s[4].data(), &threshold, m, c);
-        H(n) << result << s[0] << s[1] << s[2] << s[3] << s[4];
-    }
-}
-
-template <class T>
-void gder(const char *n, void (*f)(const T *const *, T *, T *, T *, T *, T *, T *, const T *, const T *, const T *, const T *, const T *, const T *, i32, i32, i32,
-                                   i32, i32, i32, i32, uint8_t), int parts)
-{
-    cases(n, 6, [&](Rng &g, int k) {
-        const i32 m = g.in(4, 11), c = g.in(4, 11), nTD = g.in(1, 4), nSD = g.in(1, 5), nTS = g.in(1, 4), nSS = g.in(1, 5), nW = g.in(1, 5);
-        vector<const T *> pointers;
-        const vector<T> all = frames<T>(g, std::max(nTD, nTS), m * c, pointers), td = small<T>(g, nTD), sd = small<T>(g, nSD), ts = small<T>(g, nTS);
-        const vector<T> ss = small<T>(g, nSS), w = small<T>(g, nW);
-        const T threshold = T(g.in(0, 16)) / T(4);
-        vector<T> result(static_cast<size_t>(parts * m * c + 1), T(9));
-        vector<vector<T>> s(5, vector<T>(static_cast<size_t>(m * c), T(9)));
-        f(pointers.data(), result.data(), s[0].data(), s[1].data(), s[2].data(), s[3].data(), s[4].data(), &threshold, td.data(), sd.data(), ts.data(),
-          ss.data(), w.data(), m, c, nTD, nSD, nTS, nSS, nW, uint8_t(k % 2));
-        H(n) << result << s[0] << s[1] << s[2] << s[3] << s[4];
-    });
-}
+    H(n) << result << s.b;
+};
 
 std::array<i32, 8> quadAround(Rng &g, i32 r0, i32 c0, i32 r1, i32 c1, i32 spread)
 {
@@ -292,9 +323,7 @@ std::array<i32, 8> quadAround(Rng &g, i32 r0, i32 c0, i32 r1, i32 c1, i32 spread
     return {r0 + d(), c0 + d(), r0 + d(), c1 + d(), r1 + d(), c1 + d(), r1 + d(), c0 + d()};
 }
 
-template <class T>
-void xform(const char *nX, void (*fX)(const i32 *, const i32 *, uint32_t, uint32_t, i32, i32, uint8_t, T *), const char *nQ,
-           void (*fQ)(const i32 *, uint32_t, uint32_t, T *, const i32 *, uint8_t))
+template <class T> void xform(const char *nX, auto fX, const char *nQ, auto fQ)
 {
     cases(nX, 48, [&](Rng &g, int k) {
         const auto quad = quadAround(g, 0, 0, g.in(5, 20), g.in(5, 20), 4), quad2 = quadAround(g, 2, 3, 14, 9, 5);
@@ -307,69 +336,64 @@ void xform(const char *nX, void (*fX)(const i32 *, const i32 *, uint32_t, uint32
     });
 }
 
-template <class T, class Fn> void interp(const char *n, Fn f)
-{
-    cases(n, 1, [&](Rng &g, int) {
-        const i32 m = g.in(4, 9), c = g.in(4, 9);
-        const uint32_t ss = uint32_t(m * c + 3), ds = 101;
-        const vector<T> src = many<T>(g, 2 * ss);
-        vector<T> dst(2 * ds, T(-1));
-        for (uint32_t k = 0; k < 100; ++k) {
-            const i32 parts = k % 2 ? 4 : 12; // quarters, or twelfths that no binary fraction holds
-            const T y = T(g.in(0, parts * (m - 1))) / T(parts), x = T(g.in(0, parts * (c - 1))) / T(parts);
-            if constexpr (std::is_invocable_v<Fn, const T *, T, T, uint32_t, T *, uint32_t, i32, uint32_t, uint32_t>) f(src.data(), y, x, m, &dst[0], k, 2, ss, ds);
-            else f(src.data(), y, x, uint32_t(m), uint32_t(c), dst.data(), k, 2, ss, ds);
-        }
-        H(n) << dst;
-    });
-}
+// One image, 100 positions in quarters or in twelfths that no binary fraction holds.
+const auto interp = []<class T>(Rng &g, int, const char *n, auto f, T) {
+    const i32 m = g.in(4, 9), c = g.in(4, 9);
+    const uint32_t ss = uint32_t(m * c + 3), ds = 101;
+    const vector<T> src = many<T>(g, 2 * ss);
+    vector<T> dst(2 * ds, T(-1));
+    for (uint32_t k = 0; k < 100; ++k) {
+        const i32 steps = k % 2 ? 4 : 12;
+        const T y = T(g.in(0, steps * (m - 1))) / T(steps), x = T(g.in(0, steps * (c - 1))) / T(steps);
+        if constexpr (arity<decltype(f)> == 9) f(src.data(), y, x, m, &dst[0], k, 2, ss, ds);
+        else f(src.data(), y, x, uint32_t(m), uint32_t(c), dst.data(), k, 2, ss, ds);
+    }
+    H(n) << dst;
+};
 
-template <class T> void skew(const char *n, void (*f)(const T *, i32, i32, T, uint32_t, uint32_t, T *, i32, const T *))
-{
-    cases(n, 40, [&](Rng &g, int k) {
-        const i32 len = g.in(1, 9), outLen = g.in(1, 16), first = g.in(0, 3);
-        const uint32_t ss = uint32_t(g.in(1, 3)), ds = uint32_t(g.in(1, 2));
-        const T offset = k % 2 ? T(g.in(-24, 60)) / T(4) : T(g.in(-72, 180)) / T(12), background = any<T>(g);
-        const vector<T> src = many<T>(g, static_cast<size_t>(len) * ss);
-        vector<T> dst(static_cast<size_t>(outLen) * ds + 2, T(-2));
-        f(src.data(), len, outLen, offset, ss, ds, dst.data(), first, &background);
-        H(n) << dst;
-    });
-}
-
-template <class T> using Derivative = void (*)(const T *, const T *, T *, i32, i32, i32);
-template <class T> using Canny = void (*)(const T *, const T *, const T *, T *, T *, uint8_t *, T *, const T *, i32, i32, i32);
-
-template <class T>
-void canny(const char *nS, void (*fS)(const T *, const T *, T *, T *, i32, i32, i32), const char *nC, Derivative<T> fC, const char *nR, Derivative<T> fR,
-           const char *nN, void (*fN)(const T *, const T *, T *, i32, i32), const char *nU, Canny<T> fU, const char *nA, Canny<T> fA)
+const auto skew = []<class T>(Rng &g, int k, const char *n, auto f, T) {
+    const i32 len = g.in(1, 9), outLen = g.in(1, 16), first = g.in(0, 3);
+    const uint32_t ss = uint32_t(g.in(1, 3)), ds = uint32_t(g.in(1, 2));
+    const T offset = k % 2 ? T(g.in(-24, 60)) / T(4) : T(g.in(-72, 180)) / T(12), background = any<T>(g);
+    const vector<T> src = many<T>(g, static_cast<size_t>(len) * ss);
+    vector<T> dst(static_cast<size_t>(outLen) * ds + 2, T(-2));
+    f(src.data(), len, outLen, offset, ss, ds, dst.data(), first, &background);
+    H(n) << dst;
+};
+// Smoothing, both derivatives, suppression, and the whole detector with
+// thresholds given (low, high) or as a fraction of the pixels.
+template <class T> void canny(const char *nS, auto fS, const char *nC, auto fC, const char *nR, auto fR,
+                              const char *nN, auto fN, const char *nU, auto fU, const char *nA, auto fA)
 {
     cases(nS, 5, [&](Rng &g, int) {
         const i32 m = g.in(5, 14), c = g.in(5, 14), L = g.in(2, 4), P = m * c;
         vector<T> image(static_cast<size_t>(P)), smooth(static_cast<size_t>(L)), deriv(static_cast<size_t>(L), T(0));
-        for (i32 i = 0; i < P; ++i) image[i] = T(((i % m) * 2 > m) != ((i / m) * 3 > 2 * c)) * 64 + T(g.in(-8, 8)) / 2; // a corner, noise
+        for (i32 i = 0; i < P; ++i) // a corner, noise
+            image[i] = T(((i % m) * 2 > m) != ((i / m) * 3 > 2 * c)) * 64 + T(g.in(-8, 8)) / 2;
         for (i32 j = 0; j < L; ++j) smooth[j] = T(g.in(1, 8)) / 32, deriv[j] = j ? T(g.in(1, 8)) / 8 : T(0);
         vector<T> h(P, T(9)), v(P, T(9)), dc(P, T(9)), dr(P, T(9)), suppressed(P, T(9));
-        fS(image.data(), smooth.data(), h.data(), v.data(), m, c, L), fC(h.data(), deriv.data(), dc.data(), m, c, L);
-        fR(v.data(), deriv.data(), dr.data(), m, c, L), fN(dc.data(), dr.data(), suppressed.data(), m, c);
+        fS(image.data(), smooth.data(), h.data(), v.data(), m, c, L);
+        fC(h.data(), deriv.data(), dc.data(), m, c, L);
+        fR(v.data(), deriv.data(), dr.data(), m, c, L);
+        fN(dc.data(), dr.data(), suppressed.data(), m, c);
         H(nS) << h << v, H(nC) << dc, H(nR) << dr, H(nN) << suppressed;
         const T user[2] = {T(g.in(1, 4)) / 16, T(g.in(4, 12)) / 16}, percent[1] = {T(g.in(8, 15)) / 16};
         for (const auto &[name, fn, thresholds] : {std::tuple{nU, fU, user}, std::tuple{nA, fA, percent}}) {
             vector<T> workA(P, T(9)), workB(P, T(9)), magnitude(P, T(9));
             vector<uint8_t> edges(P, 7);
-            fn(image.data(), smooth.data(), deriv.data(), workA.data(), workB.data(), edges.data(), magnitude.data(), thresholds, m, c, L);
+            fn(image.data(), smooth.data(), deriv.data(), workA.data(), workB.data(), edges.data(), magnitude.data(),
+               thresholds, m, c, L);
             H(name) << workA << workB << edges << magnitude;
         }
     });
 }
 
-template <class T>
-void hough(const char *n, void (*f)(const uint8_t *, T *, const T *, const T *, i32, i32, i32, i32), const char *nL, void (*fL)(const T *, const T *, i32 *, i32, i32, i32),
-           const char *nO, void (*fO)(const T *, const T *, T *, i32, i32, i32))
+template <class T> void hough(const char *n, auto f, const char *nL, auto fL, const char *nO, auto fO)
 {
     // sin(-90 + 10 t degrees), written out so that no libm is involved.
-    const T sine[10] = {T(-1), T(-0.98480775301220802), T(-0.93969262078590832), T(-0.86602540378443860), T(-0.76604444311897801),
-                        T(-0.64278760968653925), T(-0.5), T(-0.34202014332566871), T(-0.17364817766693033), T(0)};
+    const T sine[10] = {T(-1), T(-0.98480775301220802), T(-0.93969262078590832), T(-0.86602540378443860),
+                        T(-0.76604444311897801), T(-0.64278760968653925), T(-0.5), T(-0.34202014332566871),
+                        T(-0.17364817766693033), T(0)};
     cases(n, 3, [&](Rng &g, int) {
         const i32 m = g.in(3, 12), c = g.in(3, 12), numRho = 2 * (m + c) + 1;
         const T rhoFirst = T(-(m + c));
@@ -388,24 +412,12 @@ void hough(const char *n, void (*f)(const uint8_t *, T *, const T *, const T *, 
     });
 }
 
-template <class T> void sortRows(Rng &g, i32 code)
-{
-    const i32 rows = g.in(0, 12);
-    vector<T> m(static_cast<size_t>(3 * rows + 1));
-    for (auto &v : m) v = g.in(0, 3) ? T(g.in(-2, 2)) : any<T>(g);
-    if constexpr (std::is_floating_point_v<T>) if (rows) m[g.in(0, 3 * rows - 1)] = std::numeric_limits<T>::quiet_NaN();
-    vector<i32> records(static_cast<size_t>(6 * rows + 6), -1);
-    ORNEX_SortRows(m.data(), rows, code, records.data());
-    for (i32 r = 0; r < rows; ++r) H("ORNEX_SortRows") << records[6 * r + 3]; // the rest holds a pointer
-}
 
-template <class T> void intCoordinates(Rng &g, i32 code)
+// Every element type by its code, the last one given (uint8_t 8 for logical, int32_t 8 or 9 for indices).
+template <class Last> void byCode(Rng &g, i32 lastCode, auto body)
 {
-    vector<T> src = many<T>(g, 12);
-    if constexpr (std::is_floating_point_v<T>) { for (auto &v : src) v = T(g.in(-40, 40)) / 4; src[g.in(0, 11)] = std::numeric_limits<T>::quiet_NaN(); }
-    vector<i32> dst(5, 77);
-    ORNEX_GetIntCoordinates(src.data(), code, dst.data(), 4, g.in(0, 2));
-    H("ORNEX_GetIntCoordinates") << dst;
+    body(double(), g, 0), body(float(), g, 1), body(int8_t(), g, 2), body(uint8_t(), g, 3), body(int16_t(), g, 4);
+    body(uint16_t(), g, 5), body(i32(), g, 6), body(uint32_t(), g, 7), body(Last(), g, lastCode);
 }
 
 void polygonTables()
@@ -413,8 +425,8 @@ void polygonTables()
     auto tables = [&](const char *n, decltype(&ORNEX_CreateEdgesTable) f) {
         cases(n, 30, [&](Rng &g, int k) {
             const i32 values = g.in(0, 15), edges = values / 2;
-            vector<i32> vertices(static_cast<size_t>(values + 1)), work(static_cast<size_t>(8 * edges + 1), -9), sorted = work, offsets(8);
-            vector<i32> records(static_cast<size_t>(6 * edges + 1));
+            vector<i32> vertices(static_cast<size_t>(values + 1)), work(static_cast<size_t>(8 * edges + 1), -9);
+            vector<i32> sorted = work, offsets(8), records(static_cast<size_t>(6 * edges + 1));
             for (auto &v : vertices) v = g.in(-6, 20);
             for (i32 i = 0; i < 8; ++i) offsets[i] = i * edges;
             f(vertices.data(), values, work.data(), sorted.data(), records.data(), offsets.data(), uint8_t(k % 2));
@@ -423,13 +435,30 @@ void polygonTables()
     };
     tables(F(ORNEX_CreateEdgesTable)), tables(F(ORNEX_CreateEdgesTable_Int));
     cases("polygonTables", 40, [](Rng &g, int) {
-        sortRows<double>(g, 0), sortRows<float>(g, 1), sortRows<int8_t>(g, 2), sortRows<uint8_t>(g, 3), sortRows<int16_t>(g, 4);
-        sortRows<uint16_t>(g, 5), sortRows<i32>(g, 6), sortRows<uint32_t>(g, 7), sortRows<i32>(g, 9);
-        intCoordinates<double>(g, 0), intCoordinates<float>(g, 1), intCoordinates<int8_t>(g, 2), intCoordinates<uint8_t>(g, 3), intCoordinates<int16_t>(g, 4);
-        intCoordinates<uint16_t>(g, 5), intCoordinates<i32>(g, 6), intCoordinates<uint32_t>(g, 7), intCoordinates<i32>(g, 8);
+        byCode<i32>(g, 9, []<class T>(T, Rng &g, i32 code) {
+            const i32 rows = g.in(0, 12);
+            vector<T> m(static_cast<size_t>(3 * rows + 1));
+            for (auto &v : m) v = g.in(0, 3) ? T(g.in(-2, 2)) : any<T>(g);
+            if constexpr (std::is_floating_point_v<T>)
+                if (rows) m[g.in(0, 3 * rows - 1)] = std::numeric_limits<T>::quiet_NaN();
+            vector<i32> records(static_cast<size_t>(6 * rows + 6), -1);
+            ORNEX_SortRows(m.data(), rows, code, records.data());
+            for (i32 r = 0; r < rows; ++r) H("ORNEX_SortRows") << records[6 * r + 3]; // the rest holds a pointer
+        });
+        byCode<i32>(g, 8, []<class T>(T, Rng &g, i32 code) {
+            vector<T> src = many<T>(g, 12);
+            if constexpr (std::is_floating_point_v<T>) {
+                for (auto &v : src) v = T(g.in(-40, 40)) / 4;
+                src[g.in(0, 11)] = std::numeric_limits<T>::quiet_NaN();
+            }
+            vector<i32> dst(5, 77);
+            ORNEX_GetIntCoordinates(src.data(), code, dst.data(), 4, g.in(0, 2));
+            H("ORNEX_GetIntCoordinates") << dst;
+        });
         i32 vertices[12];
         for (auto &v : vertices) v = g.in(0, 3);
-        H("ORNEX_DetectIfCornerPixel_FillPoly") << ORNEX_DetectIfCornerPixel_FillPoly(vertices, g.in(0, 6), g.in(0, 3), g.in(0, 3));
+        H("ORNEX_DetectIfCornerPixel_FillPoly")
+            << ORNEX_DetectIfCornerPixel_FillPoly(vertices, g.in(0, 6), g.in(0, 3), g.in(0, 3));
     });
 }
 
@@ -447,57 +476,55 @@ vector<i32> activeEdges(Rng &g, i32 count, i32 stride, bool withError)
     vector<std::array<i32, 8>> e(static_cast<size_t>(count));
     for (auto &x : e) {
         const i32 length = g.in(1, 12), delta = g.in(-20, 20);
-        x = {g.in(0, 5), g.in(5, 14), g.in(-3, M + 2), delta, length, std::abs(delta) / length, withError ? g.in(0, length - 1) : 0, g.in(0, 1100)};
+        x = {g.in(0, 5), g.in(5, 14), g.in(-3, M + 2), delta, length, std::abs(delta) / length,
+             withError ? g.in(0, length - 1) : 0, g.in(0, 1100)};
     }
-    std::sort(e.begin(), e.end(), [](const auto &a, const auto &b) { return a[2] * 1024 + a[6] * 1024 / a[4] < b[2] * 1024 + b[6] * 1024 / b[4]; });
+    auto crossing = [](const auto &a) { return a[2] * 1024 + a[6] * 1024 / a[4]; };
+    std::sort(e.begin(), e.end(), [&](const auto &a, const auto &b) { return crossing(a) < crossing(b); });
     vector<i32> list(static_cast<size_t>(8 * stride + 1), -5);
-    for (i32 k = 0; k < count; ++k) for (i32 f = 0; f < 8; ++f) list[f * stride + k] = e[k][f];
+    for (i32 k = 0; k < count; ++k)
+        for (i32 f = 0; f < 8; ++f) list[f * stride + k] = e[k][f];
     return list;
 }
 
 // Plain and anti-aliased polygon fills, intensity and RGB.
-template <class T, class Fn> void fillPolygon(const char *n, Fn f)
-{
-    cases(n, 16, [&](Rng &g, int) {
-        const auto v = polygon(g);
-        vector<i32> edges(8 * v.size() + 1), records(3 * v.size() + 1);
-        Scene<T, Opacity<T>> s(g, n);
-        const auto before = std::tuple{edges.data(), i32(v.size()), v.data(), records.data()};
-        EXPECT_TRUE(draw(f, s, before, s.c.r0, s.c.r1, s.c.c0, s.c.c1, M, s.colour.data(), s.opacity, s.w.data()) ||
-                    draw(f, s, before, s.c.r0, s.c.r1, s.c.c0, s.c.c1, M, s.colour.data(), s.opacity)) << n;
-        H(n) << s.px;
-    });
-}
+const auto fillPolygon = []<class T>(Rng &g, int, const char *n, auto f, T) {
+    const auto v = polygon(g);
+    vector<i32> edges(8 * v.size() + 1), records(3 * v.size() + 1);
+    Scene<T> s(g, n);
+    const auto clip = std::tuple{s.c.r0, s.c.r1, s.c.c0, s.c.c1, M, s.colour.data(), s.opacity};
+    EXPECT_TRUE(drawAny(f, s, std::tuple{edges.data(), i32(v.size()), v.data(), records.data()},
+                        std::tuple_cat(clip, std::tuple{s.w.data()}), clip)) << n;
+    H(n) << s.px;
+};
 
 // One column of a fill: the plain members read the rows of the active list's
 // third field, the anti-aliased ones all of it.
-template <class T, class Fn> void scanLine(const char *n, Fn f)
-{
-    cases(n, 30, [&](Rng &g, int) {
-        const i32 count = g.in(0, 6), stride = count + g.in(0, 2);
-        Scene<T, Opacity<T>> s(g, n);
-        const i32 column = g.in(s.c.c0 - 1, s.c.c1 + 1);
-        const vector<i32> list = activeEdges(g, count, stride, std::strstr(n, "_AA_"));
-        EXPECT_TRUE(draw(f, s, std::tuple{}, column, s.c.r0, s.c.r1, s.c.c0, s.c.c1, M, count, list.data(), s.colour.data(), s.opacity, s.w.data(), stride) ||
-                    draw(f, s, std::tuple{}, column, s.c.r0, s.c.r1, s.c.c0, s.c.c1, M, count, list.data(), s.colour.data(), s.opacity, 2 * stride)) << n;
-        H(n) << s.px;
-    });
-}
+const auto scanLine = []<class T>(Rng &g, int, const char *n, auto f, T) {
+    const i32 count = g.in(0, 6), stride = count + g.in(0, 2);
+    Scene<T> s(g, n);
+    const i32 column = g.in(s.c.c0 - 1, s.c.c1 + 1);
+    const vector<i32> list = activeEdges(g, count, stride, std::strstr(n, "_AA_"));
+    const auto common = std::tuple{column, s.c.r0, s.c.r1, s.c.c0, s.c.c1, M, count, list.data(), s.colour.data(),
+                                   s.opacity};
+    EXPECT_TRUE(drawAny(f, s, std::tuple{}, std::tuple_cat(common, std::tuple{s.w.data(), stride}),
+                        std::tuple_cat(common, std::tuple{2 * stride}))) << n;
+    H(n) << s.px;
+};
 
 // X... = numPlanes, planeStride after the rows, or the green and blue planes before them.
-template <class T, class O, class... X> void blendRun(const char *n, void (*f)(T *, const T *, i32, O, X...))
-{
-    cases(n, 30, [&](Rng &g, int) {
-        Scene<T, O> s(g, n);
-        const i32 first = g.in(0, M - 1), last = g.in(first - 1, M - 1), start = g.in(0, S - M);
-        if constexpr ((std::is_same_v<X, i32> && ...)) f(s.p(0), s.colour.data(), start, s.opacity, first, last, 3, S);
-        else f(s.p(0), s.colour.data(), start, s.opacity, s.p(1), s.p(2), first, last);
-        H(n) << s.px;
-    });
-}
+const auto blendRun = []<class T, class O, class... X>(Rng &g, int, const char *n, void (*f)(T *, const T *, i32, O, X...),
+                                                       auto) {
+    Scene<T, O> s(g, n);
+    const i32 first = g.in(0, M - 1), last = g.in(first - 1, M - 1), start = g.in(0, S - M);
+    if constexpr ((std::is_same_v<X, i32> && ...)) f(s.p(0), s.colour.data(), start, s.opacity, first, last, 3, S);
+    else f(s.p(0), s.colour.data(), start, s.opacity, s.p(1), s.p(2), first, last);
+    H(n) << s.px;
+};
 
-template <class T, class FR, class FQ, class FO, class FS, class FP, class FB, class FX, class FQQ>
-void warp(const char *nR, FR fR, const char *nQ, FQ fQ, const char *nO, FO fO, const char *nS, FS fS, const char *nP, FP fP, const char *nB, FB fB, FX fX, FQQ fQQ)
+template <class T>
+void warp(const char *nR, auto fR, const char *nQ, auto fQ, const char *nO, auto fO, const char *nS, auto fS,
+          const char *nP, auto fP, const char *nB, auto fB, auto fX, auto fQQ)
 {
     const i32 inR = 9, inC = 11, outR = 12, outC = 13, P = inR * inC, Q = outR * outC, rect[4] = {1, 2, inR - 1, inC};
     cases(nR, 12, [&](Rng &g, int k) {
@@ -516,21 +543,22 @@ void warp(const char *nR, FR fR, const char *nQ, FQ fQ, const char *nO, FO fO, c
             H(name) << call(out.data(), out.data() + Q, out.data() + 2 * Q) << out;
         };
         run(nR, [&](T *o0, T *o1, T *o2) {
-            return fR(edges.data(), rect, scratch.data(), o0, o1, o2, rf, rl, cf, cl, inR, three, block.data(), i0, i1, i2, exact, outR, outC, inC, method,
-                      lowRow, lowCol, divisions, useRect, 2);
+            return fR(edges.data(), rect, scratch.data(), o0, o1, o2, rf, rl, cf, cl, inR, three, block.data(), i0, i1,
+                      i2, exact, outR, outC, inC, method, lowRow, lowCol, divisions, useRect, 2);
         });
         run(nQ, [&](T *o0, T *o1, T *o2) {
-            return fQ(edges.data(), source.data(), scratch.data(), o0, o1, o2, rf, rl, cf, cl, inR, three, q2q.data() + 36, i0, i1, i2, exact, outR, outC, inC,
-                      method, divisions, 2);
+            return fQ(edges.data(), source.data(), scratch.data(), o0, o1, o2, rf, rl, cf, cl, inR, three,
+                      q2q.data() + 36, i0, i1, i2, exact, outR, outC, inC, method, divisions, 2);
         });
         run(nO, [&](T *o0, T *o1, T *o2) {
-            fO(edges.data(), 8, quad.data(), scratch.data(), o0, o1, o2, rf, rl, cf, cl, inR, three, block.data() + 9, i0, i1, i2, exact, outR, outC, inC,
-               method, lowRow, lowCol, 2);
+            fO(edges.data(), 8, quad.data(), scratch.data(), o0, o1, o2, rf, rl, cf, cl, inR, three, block.data() + 9,
+               i0, i1, i2, exact, outR, outC, inC, method, lowRow, lowCol, 2);
             return 0;
         });
         run(nS, [&](T *o0, T *o1, T *o2) {
             const i32 first = g.in(rf - 1, rl), last = g.in(first - 1, rl + 1);
-            fS(o0, o1, o2, g.in(cf, cl), rf, rl, cf, cl, first, last, inR, three, i0, i1, i2, block.data() + 9, inC, outR, outC, method, exact, lowRow, lowCol, 2);
+            fS(o0, o1, o2, g.in(cf, cl), rf, rl, cf, cl, first, last, inR, three, i0, i1, i2, block.data() + 9, inC,
+               outR, outC, method, exact, lowRow, lowCol, 2);
             return 0;
         });
         run(nB, [&](T *o0, T *o1, T *o2) {
@@ -553,50 +581,49 @@ vector<int16_t> sqrtTable()
 }
 
 // The circle kernels and drawers, intensity and RGB.
-template <class T, class Fn> void circle(const char *n, Fn f)
-{
-    const vector<int16_t> table = sqrtTable();
+const vector<int16_t> sqrts = sqrtTable();
+const auto circle = []<class T>(Rng &g, int k, const char *n, auto f, T) {
     using W = std::conditional_t<std::is_floating_point_v<T>, T, uint32_t>;
-    cases(n, 30, [&](Rng &g, int k) {
-        Scene<T, Opacity<T>> s(g, n);
-        const Clip c = s.c;
-        const Centre o = centre(g);
-        const vector<T> v = many<T>(g, 6);
-        const W w = fraction<W>(g);
-        const i32 radius = g.in(0, 9), x0 = k % 3 || !radius ? 0 : g.in(0, radius / 2), flag = g.in(0, 1);
-        const auto e = std::tuple{};
-        bool called = radius == 0;
-        if (std::strstr(n, "SymQuad"))
-            called = draw(f, s, e, o.r, o.c, o.a, o.b, c.r0, c.r1, c.c0, c.c1, M, v.data()) || draw(f, s, e, o.r, o.c, o.a, o.b, c.r0, c.r1, c.c0, c.c1, M, v[0], v[1], v[2]);
-        else if (std::strstr(n, "SymOctant"))
-            called = draw(f, s, e, o.r, o.c, o.a, o.b, c.r0, c.r1, c.c0, c.c1, M, v.data(), v.data() + 3, w, flag) ||
-                draw(f, s, e, o.r, o.c, o.a, o.b, c.r0, c.r1, c.c0, c.c1, M, v[0], v[1], v[2], v[3], v[4], v[5], w, flag);
-        else if (std::strstr(n, "PtsLines")) called = draw(f, s, e, o.r, o.c, o.a - (k % 5 == 0), o.b, c.r0, c.r1, c.c0, c.c1, M, v.data(), s.opacity);
-        else if (std::strstr(n, "Filled")) called = draw(f, s, e, v.data(), o.r, o.c, c.r0, c.r1, c.c0, c.c1, M, radius, s.opacity);
-        else if (radius > 0)
-            called = draw(f, s, e, v.data(), table.data(), x0, radius, o.r, o.c, c.r0, c.r1, c.c0, c.c1, M, radius) ||
-                draw(f, s, e, v.data(), x0, radius, o.r, o.c, c.r0, c.r1, c.c0, c.c1, M, radius);
-        EXPECT_TRUE(called) << n;
-        H(n) << s.px;
-    });
-}
+    Scene<T> s(g, n);
+    const Clip c = s.c;
+    const Centre o = centre(g);
+    const vector<T> v = many<T>(g, 6);
+    const W w = fraction<W>(g);
+    const i32 radius = g.in(0, 9), x0 = k % 3 || !radius ? 0 : g.in(0, radius / 2), flag = g.in(0, 1);
+    const auto e = std::tuple{};
+    const auto clip = std::tuple{c.r0, c.r1, c.c0, c.c1, M};
+    const auto at = std::tuple_cat(std::tuple{o.r, o.c, o.a, o.b}, clip);
+    bool called = radius == 0;
+    if (std::strstr(n, "SymQuad"))
+        called = drawAny(f, s, e, std::tuple_cat(at, std::tuple{v.data()}),
+                         std::tuple_cat(at, std::tuple{v[0], v[1], v[2]}));
+    else if (std::strstr(n, "SymOctant"))
+        called = drawAny(f, s, e, std::tuple_cat(at, std::tuple{v.data(), v.data() + 3, w, flag}),
+                         std::tuple_cat(at, std::tuple{v[0], v[1], v[2], v[3], v[4], v[5], w, flag}));
+    else if (std::strstr(n, "PtsLines"))
+        called = drawAny(f, s, e, std::tuple_cat(std::tuple{o.r, o.c, o.a - (k % 5 == 0), o.b}, clip,
+                                                 std::tuple{v.data(), s.opacity}));
+    else if (std::strstr(n, "Filled"))
+        called = drawAny(f, s, e, std::tuple_cat(std::tuple{v.data(), o.r, o.c}, clip, std::tuple{radius, s.opacity}));
+    else if (radius > 0)
+        called = drawAny(f, s, e, std::tuple_cat(std::tuple{v.data(), sqrts.data(), x0, radius, o.r, o.c}, clip,
+                                                 std::tuple{radius}),
+                         std::tuple_cat(std::tuple{v.data(), x0, radius, o.r, o.c}, clip, std::tuple{radius}));
+    EXPECT_TRUE(called) << n;
+    H(n) << s.px;
+};
 
 void circleKernels()
 {
-    cases("ORNEX_Circle_SymOctantPts", 60, [](Rng &g, int) {
-        const i32 size = 1 << g.in(0, 3);
-        const Centre o = centre(g);
-        const Clip c = Scene<uint8_t>(g, "").c;
-        vector<uint8_t> px = many<uint8_t>(g, static_cast<size_t>(3 * S * size)), px2 = px, value = many<uint8_t>(g, static_cast<size_t>(3 * size));
-        ORNEX_Circle_SymOctantPts(px.data(), o.r, o.c, o.a, o.b, c.r0, c.r1, c.c0, c.c1, value.data(), size, M, 3, S);
-        ORNEX_Circle_SymOctantPts_RGB(px2.data(), &px2[S * size], &px2[2 * S * size], o.r, o.c, o.a, o.b, c.r0, c.r1, c.c0, c.c1, value.data(), size, M);
-        H("ORNEX_Circle_SymOctantPts") << px, H("ORNEX_Circle_SymOctantPts_RGB") << px2;
+    bytePlanes("ORNEX_Circle_SymOctantPts", centre, [](Centre o, uint8_t *p0, uint8_t *p1, uint8_t *p2, auto value,
+                                                      i32 size, Clip c) {
+        if (p1) ORNEX_Circle_SymOctantPts_RGB(p0, p1, p2, o.r, o.c, o.a, o.b, c.r0, c.r1, c.c0, c.c1, value, size, M);
+        else ORNEX_Circle_SymOctantPts(p0, o.r, o.c, o.a, o.b, c.r0, c.r1, c.c0, c.c1, value, size, M, 3, S);
     });
-    const vector<int16_t> table = sqrtTable();
     cases("ORNEX_DrawAACircle_Delta", 300, [&](Rng &g, int) {
         const i32 r = g.in(1, 40), x = g.in(0, r * 7 / 10), y = g.in(x, r + 1);
         uint8_t flag = 9;
-        H("ORNEX_DrawAACircle_Delta") << ORNEX_DrawAACircle_Delta(x, y, r, table.data(), &flag) << flag;
+        H("ORNEX_DrawAACircle_Delta") << ORNEX_DrawAACircle_Delta(x, y, r, sqrts.data(), &flag) << flag;
     });
 }
 
@@ -609,53 +636,52 @@ template <class T> void glyphs(Fnv &hI, ORNEX_DrawTextFcn_I fI, Fnv &hR, ORNEX_D
         for (auto &x : glyph) x = g.in(0, 1) ? uint8_t(g.in(0, 1) * 255) : uint8_t(g.next());
         const T opacity = T(g.in(0, 6)) / T(4);
         const i32 x = g.in(-3, N + 2), y = g.in(-3, M + 2), xo = g.in(-2, 2), yo = g.in(-2, 2);
-        hI << fI(glyph.data(), x, y, xo, yo, w, h, N, M, s.p(0), s.colour.data(), &opacity, uint8_t(k % 2)) << s.px;
-        hR << fR(glyph.data(), x, y, xo, yo, w, h, N, M, r.p(0), r.p(1), r.p(2), s.colour.data(), &opacity, uint8_t(k % 2)) << r.px;
+        const uint8_t flag = uint8_t(k % 2);
+        hI << fI(glyph.data(), x, y, xo, yo, w, h, N, M, s.p(0), s.colour.data(), &opacity, flag) << s.px;
+        hR << fR(glyph.data(), x, y, xo, yo, w, h, N, M, r.p(0), r.p(1), r.p(2), s.colour.data(), &opacity, flag)
+           << r.px;
     }
 }
 
 template <class T> vector<unsigned char> packed(std::initializer_list<double> values)
 {
     vector<unsigned char> bytes(values.size() * sizeof(T));
-    for (size_t i = 0; i < values.size(); ++i) { const T t = T(values.begin()[i]); std::memcpy(&bytes[i * sizeof t], &t, sizeof t); }
+    for (size_t i = 0; i < values.size(); ++i) {
+        const T t = T(values.begin()[i]);
+        std::memcpy(&bytes[i * sizeof t], &t, sizeof t);
+    }
     return bytes;
-}
-
-template <class T> void conversions(Rng &g, i32 code)
-{
-    const double edges[] = {-2.5, 2.75, -0.5, 3e9, -3e9, 2147483647.5, -2147483648.5, -2147483649.0, 1e10, 4294967296.5};
-    vector<T> src = many<T>(g, 8);
-    if constexpr (std::is_floating_point_v<T>) for (auto &v : src) v = T(edges[g.in(0, 9)]);
-    vector<uint32_t> u(9, 5);
-    vector<i32> s(9, 5);
-    if (code <= 7) ORNEX_DrawText_copyDT1ToUint32(code, 6, src.data(), u.data()), H("ORNEX_DrawText_copyDT1ToUint32") << u;
-    ORNEX_DrawText_copyDT1ToInt32(code, 5, src.data(), s.data(), g.in(0, 2));
-    H("ORNEX_DrawText_copyDT1ToInt32") << s;
 }
 
 void text()
 {
     Rng g("text");
-    glyphs<double>(H("ORNEX_DrawText_I_double_AA"), ORNEX_DrawText_I_double_AA, H("ORNEX_DrawText_RGB_double_AA"), ORNEX_DrawText_RGB_double_AA, g);
-    glyphs<double>(H("ORNEX_DrawText_I_double"), ORNEX_DrawText_I_double, H("ORNEX_DrawText_RGB_double"), ORNEX_DrawText_RGB_double, g);
-    glyphs<float>(H("ORNEX_DrawText_I_single_AA"), ORNEX_DrawText_I_single_AA, H("ORNEX_DrawText_RGB_single_AA"), ORNEX_DrawText_RGB_single_AA, g);
-    glyphs<float>(H("ORNEX_DrawText_I_single"), ORNEX_DrawText_I_single, H("ORNEX_DrawText_RGB_single"), ORNEX_DrawText_RGB_single, g);
+#define ORNEX_GLYPHS(T, kind) \
+    glyphs<T>(H("ORNEX_DrawText_I_" #kind), ORNEX_DrawText_I_##kind, H("ORNEX_DrawText_RGB_" #kind), \
+              ORNEX_DrawText_RGB_##kind, g)
+    ORNEX_GLYPHS(double, double_AA), ORNEX_GLYPHS(double, double), ORNEX_GLYPHS(float, single_AA);
+    ORNEX_GLYPHS(float, single);
     for (i32 code = -1; code <= 9; ++code)
         for (uint8_t aa = 0; aa <= 2; ++aa) { // the blenders handed out are hashed by what they draw
             const auto fI = ORNEX_GetDrawTextFcn_I(code, aa);
             const auto fR = ORNEX_GetDrawTextFcn_RGB(code, aa);
-            Fnv &hI = H("ORNEX_GetDrawTextFcn_I") << uint8_t(fI != nullptr), &hR = H("ORNEX_GetDrawTextFcn_RGB") << uint8_t(fR != nullptr);
+            Fnv &hI = H("ORNEX_GetDrawTextFcn_I") << uint8_t(fI != nullptr);
+            Fnv &hR = H("ORNEX_GetDrawTextFcn_RGB") << uint8_t(fR != nullptr);
             Rng same("drawn");
             if (fI && fR) code == 0 ? glyphs<double>(hI, fI, hR, fR, same) : glyphs<float>(hI, fI, hR, fR, same);
         }
     struct Case { i32 code; const char *format; vector<unsigned char> values; i32 limit; uint8_t isText; };
     const Case formats[] = {
-        {0, "x=%8.3f|%.1f%%|%f end", packed<double>({-3.5, 2.25, 1e6 + 0.25}), 2, 0}, {1, "%.2f;%5.1f;%%", packed<float>({0.125, -7.75}), 1, 0},
+        {0, "x=%8.3f|%.1f%%|%f end", packed<double>({-3.5, 2.25, 1e6 + 0.25}), 2, 0},
+        {1, "%.2f;%5.1f;%%", packed<float>({0.125, -7.75}), 1, 0},
         {2, "%d/%i/%x!", packed<int8_t>({-128, 127, -1}), 2, 0}, {3, "<%u,%d>", packed<uint8_t>({255, 7}), 1, 0},
-        {3, "[%s]", packed<uint8_t>({'h', 'e', 'l', 'l', 'o', 0}), 4, 1}, {4, "%d %5d %-4d|", packed<int16_t>({-32768, 32767, 12}), 2, 0},
-        {5, "%o %X", packed<uint16_t>({65535, 48879}), 1, 0}, {6, "a%db%nc%dd", packed<i32>({-2147483648.0, 0, 2147483647}), 2, 0},
-        {7, "%u", packed<uint32_t>({4294967295.0}), 0, 0}, {8, "%d,%d", packed<uint8_t>({1, 0}), 1, 0}, {9, "%d", packed<i32>({1}), 0, 0},
-        {6, "no conversion here", packed<i32>({1}), 0, 0}, {6, "%d %d %d", packed<i32>({1, 2, 3}), 5, 1},
+        {3, "[%s]", packed<uint8_t>({'h', 'e', 'l', 'l', 'o', 0}), 4, 1},
+        {4, "%d %5d %-4d|", packed<int16_t>({-32768, 32767, 12}), 2, 0},
+        {5, "%o %X", packed<uint16_t>({65535, 48879}), 1, 0},
+        {6, "a%db%nc%dd", packed<i32>({-2147483648.0, 0, 2147483647}), 2, 0},
+        {7, "%u", packed<uint32_t>({4294967295.0}), 0, 0}, {8, "%d,%d", packed<uint8_t>({1, 0}), 1, 0},
+        {9, "%d", packed<i32>({1}), 0, 0}, {6, "no conversion here", packed<i32>({1}), 0, 0},
+        {6, "%d %d %d", packed<i32>({1, 2, 3}), 5, 1},
     };
     auto format = [&](const char *n, decltype(&ORNEX_snprintf) f) {
         for (const Case &c : formats)
@@ -667,20 +693,31 @@ void text()
             }
     };
     format(F(ORNEX_snprintf)), format(F(ORNEX_snprintf_wrapper));
-    for (int k = 0; k < 10; ++k) {
-        conversions<double>(g, 0), conversions<float>(g, 1), conversions<int8_t>(g, 2), conversions<uint8_t>(g, 3), conversions<int16_t>(g, 4);
-        conversions<uint16_t>(g, 5), conversions<i32>(g, 6), conversions<uint32_t>(g, 7), conversions<uint8_t>(g, 8);
-    }
-    const double special[] = {std::numeric_limits<double>::quiet_NaN(), -0.5, 1.5, 0.25, 1, 0, -0.0, std::numeric_limits<double>::infinity()};
+    const double edges[] = {-2.5, 2.75, -0.5, 3e9, -3e9, 2147483647.5, -2147483648.5, -2147483649.0, 1e10, 4294967296.5};
+    for (int k = 0; k < 10; ++k)
+        byCode<uint8_t>(g, 8, [&]<class T>(T, Rng &g, i32 code) {
+            vector<T> src = many<T>(g, 8);
+            if constexpr (std::is_floating_point_v<T>)
+                for (auto &v : src) v = T(edges[g.in(0, 9)]);
+            vector<uint32_t> u(9, 5);
+            vector<i32> s(9, 5);
+            if (code <= 7) ORNEX_DrawText_copyDT1ToUint32(code, 6, src.data(), u.data());
+            if (code <= 7) H("ORNEX_DrawText_copyDT1ToUint32") << u;
+            ORNEX_DrawText_copyDT1ToInt32(code, 5, src.data(), s.data(), g.in(0, 2));
+            H("ORNEX_DrawText_copyDT1ToInt32") << s;
+        });
+    const double special[] = {std::numeric_limits<double>::quiet_NaN(), -0.5, 1.5, 0.25, 1, 0, -0.0,
+                              std::numeric_limits<double>::infinity()};
     for (int k = 0; k < 8; ++k) {
         const double d[3] = {special[k], special[(k + 3) % 8], special[(k + 5) % 8]};
         const float f[3] = {float(d[0]), float(d[1]), float(d[2])};
-        double dd[4] = {9, 9, 9, 9}, di[4] = {9, 9, 9, 9};
-        float ff[4] = {9, 9, 9, 9}, fi[4] = {9, 9, 9, 9};
-        ORNEX_DrawText_SatFltptRGBVals(0, d, dd), ORNEX_DrawText_SatFltptRGBVals(1, f, ff);
-        ORNEX_DrawText_SatFltptIntensityVals(0, d, di, k % 4), ORNEX_DrawText_SatFltptIntensityVals(1, f, fi, k % 4);
-        H("ORNEX_DrawText_SatFltptRGBVals") << dd[0] << dd[1] << dd[2] << dd[3] << ff[0] << ff[1] << ff[2] << ff[3];
-        H("ORNEX_DrawText_SatFltptIntensityVals") << di[0] << di[1] << di[2] << di[3] << fi[0] << fi[1] << fi[2] << fi[3];
+        std::array<double, 4> dd{9, 9, 9, 9}, di{9, 9, 9, 9};
+        std::array<float, 4> ff{9, 9, 9, 9}, fi{9, 9, 9, 9};
+        ORNEX_DrawText_SatFltptRGBVals(0, d, dd.data()), ORNEX_DrawText_SatFltptRGBVals(1, f, ff.data());
+        ORNEX_DrawText_SatFltptIntensityVals(0, d, di.data(), k % 4);
+        ORNEX_DrawText_SatFltptIntensityVals(1, f, fi.data(), k % 4);
+        H("ORNEX_DrawText_SatFltptRGBVals") << dd << ff;
+        H("ORNEX_DrawText_SatFltptIntensityVals") << di << fi;
     }
     ORNEX_DrawText_noCopyNeeded(), H("ORNEX_DrawText_noCopyNeeded");
     ORNEX_DrawText_noFltSaturationNeeded(), H("ORNEX_DrawText_noFltSaturationNeeded");
@@ -690,70 +727,65 @@ void text()
 
 void runAll()
 {
-#define ORNEX_RD(X, stem) X(stem##_D, double), X(stem##_R, float)
-#define ORNEX_RDCZ(X, stem) ORNEX_RD(X, stem), X(stem##_C, float), X(stem##_Z, double)
-#define ORNEX_INTEGERS(X, stem) X(stem##UI8, uint8_t), X(stem##I8, int8_t), X(stem##UI16, uint16_t), X(stem##I16, int16_t)
-#define ORNEX_DRAWN(X, stem) X(stem##D, double), X(stem##R, float), ORNEX_INTEGERS(X, stem)
-#define ORNEX_FILLED(X, stem) ORNEX_DRAWN(X, stem), X(stem##Bool, uint8_t)
-#define ORNEX_SEARCH(f, T) search<T>(F(f))
-#define ORNEX_MATCH(f, T) blockMatching<T>(F(f), std::strchr("CZ", #f[sizeof #f - 2]) ? 2 : 1)
-#define ORNEX_FAMILY(f, T) family<T>(F(f))
-    ORNEX_RD(ORNEX_SEARCH, ORNEX_SearchMethod_Full_MAD), ORNEX_RD(ORNEX_SEARCH, ORNEX_SearchMethod_Full_MSE);
-    ORNEX_RD(ORNEX_SEARCH, ORNEX_SearchMethod_3Step_MAD), ORNEX_RD(ORNEX_SEARCH, ORNEX_SearchMethod_3Step_MSE);
-    ORNEX_RDCZ(ORNEX_MATCH, ORNEX_BlockMatching_Full_MAD), ORNEX_RDCZ(ORNEX_MATCH, ORNEX_BlockMatching_Full_MSE);
-    ORNEX_RDCZ(ORNEX_MATCH, ORNEX_BlockMatching_3Step_MAD), ORNEX_RDCZ(ORNEX_MATCH, ORNEX_BlockMatching_3Step_MSE);
-    lines(), sobel(F(ORNEX_SobelDerivative_HS_D)), sobel(F(ORNEX_SobelDerivative_HS_R));
-    hornSchunck<double>(F(ORNEX_OpticalFlow_HS_D)), hornSchunck<float>(F(ORNEX_OpticalFlow_HS_R));
-    hornSchunck<float>(F(ORNEX_OpticalFlow_HS_C)), hornSchunck<double>(F(ORNEX_OpticalFlow_HS_Z));
-    convT(F(ORNEX_OFLK_ConvT_D)), convT(F(ORNEX_OFLK_ConvT_R));
-    convXY(F(ORNEX_OFLK_ConvX_D)), convXY(F(ORNEX_OFLK_ConvX_R)), convXY(F(ORNEX_OFLK_ConvY_D)), convXY(F(ORNEX_OFLK_ConvY_R));
-    lucasKanade(F(ORNEX_OpticalFlow_LK_D), 1), lucasKanade(F(ORNEX_OpticalFlow_LK_R), 1);
-    lucasKanade(F(ORNEX_OpticalFlow_LK_C), 2), lucasKanade(F(ORNEX_OpticalFlow_LK_Z), 2);
-    gder(F(ORNEX_OpticalFlow_LK_GDER_D), 1), gder(F(ORNEX_OpticalFlow_LK_GDER_R), 1);
-    gder(F(ORNEX_OpticalFlow_LK_GDER_C), 2), gder(F(ORNEX_OpticalFlow_LK_GDER_Z), 2);
+// Each family calls X(name, element type, more...) for each of its members.
+#define ORNEX_RD(X, stem, ...) X(stem##_D, double, __VA_ARGS__), X(stem##_R, float, __VA_ARGS__)
+#define ORNEX_RDCZ(X, stem, ...)                                                                                       \
+    ORNEX_RD(X, stem, __VA_ARGS__), X(stem##_C, float, __VA_ARGS__), X(stem##_Z, double, __VA_ARGS__)
+#define ORNEX_INTEGERS(X, stem, ...)                                                                                   \
+    X(stem##UI8, uint8_t, __VA_ARGS__), X(stem##I8, int8_t, __VA_ARGS__), X(stem##UI16, uint16_t, __VA_ARGS__),        \
+        X(stem##I16, int16_t, __VA_ARGS__)
+#define ORNEX_DRAWN(X, stem, ...)                                                                                      \
+    X(stem##D, double, __VA_ARGS__), X(stem##R, float, __VA_ARGS__), ORNEX_INTEGERS(X, stem, __VA_ARGS__)
+#define ORNEX_FILLED(X, stem, ...) ORNEX_DRAWN(X, stem, __VA_ARGS__), X(stem##Bool, uint8_t, __VA_ARGS__)
+#define ORNEX_I_RGB(family, stem, suffix, ...)                                                                         \
+    family(E, stem##I##suffix, __VA_ARGS__), family(E, stem##RGB##suffix, __VA_ARGS__)
+#define E(f, T, driver, count) each(F(f), count, driver, T())
+    ORNEX_RD(E, ORNEX_SearchMethod_Full_MAD, search, 10), ORNEX_RD(E, ORNEX_SearchMethod_Full_MSE, search, 10);
+    ORNEX_RD(E, ORNEX_SearchMethod_3Step_MAD, search, 10), ORNEX_RD(E, ORNEX_SearchMethod_3Step_MSE, search, 10);
+    ORNEX_RDCZ(E, ORNEX_BlockMatching_Full_MAD, blockMatching, 3);
+    ORNEX_RDCZ(E, ORNEX_BlockMatching_Full_MSE, blockMatching, 3);
+    ORNEX_RDCZ(E, ORNEX_BlockMatching_3Step_MAD, blockMatching, 3);
+    ORNEX_RDCZ(E, ORNEX_BlockMatching_3Step_MSE, blockMatching, 3);
+    ORNEX_RD(E, ORNEX_SobelDerivative_HS, sobel, 5), ORNEX_RDCZ(E, ORNEX_OpticalFlow_HS, hornSchunck, 5);
+    ORNEX_RD(E, ORNEX_OFLK_ConvT, conv, 5), ORNEX_RD(E, ORNEX_OFLK_ConvX, conv, 6), ORNEX_RD(E, ORNEX_OFLK_ConvY, conv, 6);
+    ORNEX_RDCZ(E, ORNEX_OpticalFlow_LK, lucasKanade, 5), ORNEX_RDCZ(E, ORNEX_OpticalFlow_LK_GDER, gder, 6);
+    ORNEX_RD(E, ORNEX_NN_Interp, interp, 1), ORNEX_RD(E, ORNEX_PosVal_BL_Interp, interp, 1);
+    ORNEX_RD(E, ORNEX_PosVal_BC_Interp, interp, 1), ORNEX_RD(E, ORNEX_Skew_NNI, skew, 40);
+    ORNEX_RD(E, ORNEX_Skew_BLI, skew, 40), ORNEX_RD(E, ORNEX_Skew_BCI, skew, 40);
+    ORNEX_I_RGB(ORNEX_DRAWN, ORNEX_Draw_AA_Line_, _, aaLine, 40);
+    ORNEX_I_RGB(ORNEX_FILLED, ORNEX_FillOnePolygon_, _, fillPolygon, 16);
+    ORNEX_I_RGB(ORNEX_FILLED, ORNEX_FillOnePolygon_AA_, _, fillPolygon, 16);
+    ORNEX_I_RGB(ORNEX_FILLED, ORNEX_FillVerticalScanLine_, _, scanLine, 30);
+    ORNEX_I_RGB(ORNEX_FILLED, ORNEX_FillVerticalScanLine_AA_, _, scanLine, 30);
+    ORNEX_I_RGB(ORNEX_RD, ORNEX_FillPolygon_InterpFlt_, , blendRun, 30);
+    ORNEX_I_RGB(ORNEX_INTEGERS, ORNEX_FillPolygon_InterpFix_, _, blendRun, 30);
+    E(ORNEX_FillPolygon_InterpFix_I_Bool, uint8_t, blendRun, 30);
+    E(ORNEX_FillPolygon_InterpFix_RGB_Bool, uint8_t, blendRun, 30);
+    ORNEX_I_RGB(ORNEX_DRAWN, ORNEX_AACircle_SymQuadPts, _, circle, 30);
+    E(ORNEX_AACircle_SymQuadPtsI_UI32, uint32_t, circle, 30), E(ORNEX_AACircle_SymQuadPtsI_I32, i32, circle, 30);
+    E(ORNEX_AACircle_SymQuadPtsRGB_UI32, uint32_t, circle, 30), E(ORNEX_AACircle_SymQuadPtsRGB_I32, i32, circle, 30);
+    ORNEX_I_RGB(ORNEX_DRAWN, ORNEX_AACircle_SymOctantPts, _, circle, 30);
+    ORNEX_I_RGB(ORNEX_DRAWN, ORNEX_Draw_AA_Circle_, _, circle, 30);
+    ORNEX_I_RGB(ORNEX_DRAWN, ORNEX_Draw_AA_FilledCircle_, _, circle, 30);
+    ORNEX_I_RGB(ORNEX_DRAWN, ORNEX_AACircle_4PtsLines, _, circle, 30);
+    ORNEX_I_RGB(ORNEX_DRAWN, ORNEX_AACircle_8PtsLines, _, circle, 30);
     cases("ORNEX_Are3PtsCollinear", 300, [](Rng &g, int k) {
         i32 p[8];
         for (auto &v : p) v = k % 10 ? g.in(-3, 3) : any<i32>(g); // wrap-around too
         H("ORNEX_Are3PtsCollinear") << ORNEX_Are3PtsCollinear(p);
     });
-    xform(F(ORNEX_CalculateXformMtrx_D), F(ORNEX_CalculateQ2QXformMtrx_D)), xform(F(ORNEX_CalculateXformMtrx_R), F(ORNEX_CalculateQ2QXformMtrx_R));
-    interp<double>(F(ORNEX_NN_Interp_D)), interp<float>(F(ORNEX_NN_Interp_R));
-    interp<double>(F(ORNEX_PosVal_BL_Interp_D)), interp<float>(F(ORNEX_PosVal_BL_Interp_R));
-    interp<double>(F(ORNEX_PosVal_BC_Interp_D)), interp<float>(F(ORNEX_PosVal_BC_Interp_R));
-    skew(F(ORNEX_Skew_NNI_D)), skew(F(ORNEX_Skew_NNI_R)), skew(F(ORNEX_Skew_BLI_D)), skew(F(ORNEX_Skew_BLI_R)), skew(F(ORNEX_Skew_BCI_D)), skew(F(ORNEX_Skew_BCI_R));
-    canny(F(ORNEX_RC_Gaussian_Smoothing_D), F(ORNEX_C_Derivative_Image_D), F(ORNEX_R_Derivative_Image_D), F(ORNEX_NonMaximum_Suppression_D),
-          F(ORNEX_EdgeCanny_userTh_D), F(ORNEX_EdgeCanny_autoTh_D));
-    canny(F(ORNEX_RC_Gaussian_Smoothing_R), F(ORNEX_C_Derivative_Image_R), F(ORNEX_R_Derivative_Image_R), F(ORNEX_NonMaximum_Suppression_R),
-          F(ORNEX_EdgeCanny_userTh_R), F(ORNEX_EdgeCanny_autoTh_R));
-    hough(F(ORNEX_Hough_D), F(ORNEX_HoughLines_D), F(ORNEX_HoughLines_DO)), hough(F(ORNEX_Hough_R), F(ORNEX_HoughLines_R), F(ORNEX_HoughLines_RO));
-    polygonTables(), circleKernels(), text();
-#define ORNEX_LINE(f, T) aaLine<T>(F(f))
-#define ORNEX_FILL(f, T) fillPolygon<T>(F(f))
-#define ORNEX_SCAN(f, T) scanLine<T>(F(f))
-#define ORNEX_RUN(f, T) blendRun(F(f))
-#define ORNEX_CIRCLE(f, T) circle<T>(F(f))
-    ORNEX_DRAWN(ORNEX_LINE, ORNEX_Draw_AA_Line_I_), ORNEX_DRAWN(ORNEX_LINE, ORNEX_Draw_AA_Line_RGB_);
-    ORNEX_FILLED(ORNEX_FILL, ORNEX_FillOnePolygon_I_), ORNEX_FILLED(ORNEX_FILL, ORNEX_FillOnePolygon_RGB_);
-    ORNEX_FILLED(ORNEX_FILL, ORNEX_FillOnePolygon_AA_I_), ORNEX_FILLED(ORNEX_FILL, ORNEX_FillOnePolygon_AA_RGB_);
-    ORNEX_FILLED(ORNEX_SCAN, ORNEX_FillVerticalScanLine_I_), ORNEX_FILLED(ORNEX_SCAN, ORNEX_FillVerticalScanLine_RGB_);
-    ORNEX_FILLED(ORNEX_SCAN, ORNEX_FillVerticalScanLine_AA_I_), ORNEX_FILLED(ORNEX_SCAN, ORNEX_FillVerticalScanLine_AA_RGB_);
-    ORNEX_RD(ORNEX_RUN, ORNEX_FillPolygon_InterpFlt_I), ORNEX_RD(ORNEX_RUN, ORNEX_FillPolygon_InterpFlt_RGB);
-    ORNEX_INTEGERS(ORNEX_RUN, ORNEX_FillPolygon_InterpFix_I_), ORNEX_RUN(ORNEX_FillPolygon_InterpFix_I_Bool, );
-    ORNEX_INTEGERS(ORNEX_RUN, ORNEX_FillPolygon_InterpFix_RGB_), ORNEX_RUN(ORNEX_FillPolygon_InterpFix_RGB_Bool, );
-    ORNEX_DRAWN(ORNEX_CIRCLE, ORNEX_AACircle_SymQuadPtsI_), ORNEX_DRAWN(ORNEX_CIRCLE, ORNEX_AACircle_SymQuadPtsRGB_);
-    ORNEX_CIRCLE(ORNEX_AACircle_SymQuadPtsI_UI32, uint32_t), ORNEX_CIRCLE(ORNEX_AACircle_SymQuadPtsI_I32, i32);
-    ORNEX_CIRCLE(ORNEX_AACircle_SymQuadPtsRGB_UI32, uint32_t), ORNEX_CIRCLE(ORNEX_AACircle_SymQuadPtsRGB_I32, i32);
-    ORNEX_DRAWN(ORNEX_CIRCLE, ORNEX_AACircle_SymOctantPtsI_), ORNEX_DRAWN(ORNEX_CIRCLE, ORNEX_AACircle_SymOctantPtsRGB_);
-    ORNEX_DRAWN(ORNEX_CIRCLE, ORNEX_Draw_AA_Circle_I_), ORNEX_DRAWN(ORNEX_CIRCLE, ORNEX_Draw_AA_Circle_RGB_);
-    ORNEX_DRAWN(ORNEX_CIRCLE, ORNEX_Draw_AA_FilledCircle_I_), ORNEX_DRAWN(ORNEX_CIRCLE, ORNEX_Draw_AA_FilledCircle_RGB_);
-    ORNEX_DRAWN(ORNEX_CIRCLE, ORNEX_AACircle_4PtsLinesI_), ORNEX_DRAWN(ORNEX_CIRCLE, ORNEX_AACircle_4PtsLinesRGB_);
-    ORNEX_DRAWN(ORNEX_CIRCLE, ORNEX_AACircle_8PtsLinesI_), ORNEX_DRAWN(ORNEX_CIRCLE, ORNEX_AACircle_8PtsLinesRGB_);
-    warp<double>(F(ORNEX_DivideRectXform_D), F(ORNEX_DivideQuadXform_D), F(ORNEX_XformOneSubdivision_D), F(ORNEX_ProjComputeOutPixel_D),
-                 F(ORNEX_GetInPtsFrmOutPts_D), F(ORNEX_FillBackgroundValues_D), ORNEX_CalculateXformMtrx_D, ORNEX_CalculateQ2QXformMtrx_D);
-    warp<float>(F(ORNEX_DivideRectXform_R), F(ORNEX_DivideQuadXform_R), F(ORNEX_XformOneSubdivision_R), F(ORNEX_ProjComputeOutPixel_R),
-                F(ORNEX_GetInPtsFrmOutPts_R), F(ORNEX_FillBackgroundValues_R), ORNEX_CalculateXformMtrx_R, ORNEX_CalculateQ2QXformMtrx_R);
+#define ORNEX_XFORM(f, T, ...) xform<T>(F(ORNEX_CalculateXformMtrx##f), F(ORNEX_CalculateQ2QXformMtrx##f))
+#define ORNEX_CANNY(f, T, ...)                                                                                         \
+    canny<T>(F(ORNEX_RC_Gaussian_Smoothing##f), F(ORNEX_C_Derivative_Image##f), F(ORNEX_R_Derivative_Image##f),       \
+             F(ORNEX_NonMaximum_Suppression##f), F(ORNEX_EdgeCanny_userTh##f), F(ORNEX_EdgeCanny_autoTh##f))
+#define ORNEX_HOUGH(f, T, ...) hough<T>(F(ORNEX_Hough##f), F(ORNEX_HoughLines##f), F(ORNEX_HoughLines##f##O))
+#define ORNEX_WARP(f, T, ...)                                                                                          \
+    warp<T>(F(ORNEX_DivideRectXform##f), F(ORNEX_DivideQuadXform##f), F(ORNEX_XformOneSubdivision##f),                \
+            F(ORNEX_ProjComputeOutPixel##f), F(ORNEX_GetInPtsFrmOutPts##f), F(ORNEX_FillBackgroundValues##f),          \
+            ORNEX_CalculateXformMtrx##f, ORNEX_CalculateQ2QXformMtrx##f)
+    ORNEX_RD(ORNEX_XFORM, ), ORNEX_RD(ORNEX_CANNY, ), ORNEX_RD(ORNEX_HOUGH, ), ORNEX_RD(ORNEX_WARP, );
+    lines(), polygonTables(), circleKernels(), text();
 }
-
 // Names after ORNEX_API in the header: the identifier before '(' for a
 // function, before ';' for data.
 vector<std::string> exportedNames()
@@ -763,7 +795,8 @@ vector<std::string> exportedNames()
     for (std::string line; std::getline(header, line);) {
         if (line.rfind("ORNEX_API ", 0) != 0) continue;
         size_t end = std::min(line.find('('), line.find(';')), begin = end;
-        while (begin > 0 && (std::isalnum(static_cast<unsigned char>(line[begin - 1])) || line[begin - 1] == '_')) --begin;
+        auto inName = [](char c) { return std::isalnum(static_cast<unsigned char>(c)) || c == '_'; };
+        while (begin > 0 && inName(line[begin - 1])) --begin;
         names.push_back(line.substr(begin, end - begin));
     }
     return names;
@@ -784,25 +817,29 @@ TEST(Determinism, EveryExportGivesItsRecordedHashAtEverySimdLevel)
         for (const auto &[name, fnv] : results) {
             char h[17];
             std::snprintf(h, sizeof h, "%016llx", static_cast<unsigned long long>(fnv.h));
-            EXPECT_EQ(h, first.emplace(name, h).first->second) << name << " at SIMD level " << int(level) << " differs from the scalar level";
+            EXPECT_EQ(h, first.emplace(name, h).first->second)
+                << name << " at SIMD level " << int(level) << " differs from the scalar level";
         }
     });
     const vector<std::string> names = exportedNames();
     ASSERT_EQ(names.size(), 281u) << "reading " << ORNEX_PUBLIC_HEADER_PATH;
-    for (const auto &[name, h] : first) EXPECT_NE(std::find(names.begin(), names.end(), name), names.end()) << name << " is not exported";
+    for (const auto &[name, h] : first)
+        EXPECT_NE(std::find(names.begin(), names.end(), name), names.end()) << name << " is not exported";
     if (const char *path = std::getenv("ORNEX_WRITE_HASHES")) {
         std::ofstream out(path);
-        out << "# FNV-1a of each export's outputs on the seeded inputs of tests/frame/determinism_test.cpp; '-': not hashed\n";
+        out << "# FNV-1a of each export's outputs on the seeded inputs of tests/frame/determinism_test.cpp;"
+            << " '-': not hashed\n";
         for (const auto &name : names) out << name << ' ' << expected(name, first) << '\n';
         GTEST_SKIP() << "wrote " << path;
     }
     std::map<std::string, std::string> recorded;
     std::ifstream table(ORNEX_HASHES_PATH);
-    for (std::string name, h; table >> name;) name[0] == '#' ? (void)std::getline(table, h) : (void)(table >> recorded[name]);
+    for (std::string name, h; table >> name;)
+        name[0] == '#' ? (void)std::getline(table, h) : (void)(table >> recorded[name]);
     for (const auto &name : names)
         EXPECT_EQ(recorded.count(name) ? recorded[name] : "(no line)", expected(name, first))
-            << name << ": results differ from " << ORNEX_HASHES_PATH << ". If the change is deliberate, rewrite the table with "
-            << "ORNEX_WRITE_HASHES=<that file> (see the top of determinism_test.cpp) and commit it saying why.";
+            << name << ": results differ from " << ORNEX_HASHES_PATH << ". If the change is deliberate, rewrite the "
+            << "table with ORNEX_WRITE_HASHES=<that file> (see the top of determinism_test.cpp) and commit it saying why.";
 }
 
 } // namespace
