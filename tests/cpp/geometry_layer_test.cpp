@@ -1,14 +1,11 @@
 #include "support.hpp"
 
-namespace
-{
+namespace {
 
 using ornex::Interpolation;
 
 template <class T>
-class GeometryLayer : public ::testing::Test
-{
-};
+class GeometryLayer : public ::testing::Test {};
 TYPED_TEST_SUITE(GeometryLayer, RealTypes);
 
 const ornex::Quad kTarget{{{1, 3}, {0, 17}, {14, 19}, {12, 1}}};
@@ -120,15 +117,13 @@ TYPED_TEST(GeometryLayer, ArgumentsAreCheckedWithTheirMessages)
     };
     const auto h = ornex::ShearDirection::horizontal;
     const ornex::RgbView<const T> uneven{view.plane(0), view.plane(1), ornex::ImageView<const T>{view.data, 5, 5}};
-    const char *const rect = "rect: must lie inside the image",
-                      *const region = "transform: its source region must lie inside the source image";
+    const char *const region = "transform: its source region must lie inside the source image";
     const char *const methods = "interpolation: must be nearest, bilinear or bicubic",
                       *const background = "background: needs one value or one per plane";
     expectRejections({
         {[] { ornex::homography<T>(ornex::Rect{0, 0, 10, 10}, kTarget, 0, 10); }, "sourceRows: must be positive"},
         {[] { ornex::homography<T>(ornex::Rect{0, 0, 10, 10}, kTarget, 10, -1); }, "sourceCols: must be positive"},
-        {[] { ornex::homography<T>(ornex::Rect{3, 0, 10, 10}, kTarget, 12, 12); }, rect},
-        {[] { ornex::homography<T>(ornex::Rect{0, -1, 10, 10}, kTarget, 12, 12); }, rect},
+        {[] { ornex::homography<T>(ornex::Rect{3, 0, 10, 10}, kTarget, 12, 12); }, "rect: must lie inside the image"},
         {[] { ornex::homography<T>(ornex::Rect{0, 0, 1, 10}, kTarget, 12, 12); },
          "rect: must have at least two rows and two columns"},
         {[&] { ornex::homography<T>(ornex::Rect{0, 0, 10, 10}, collinear, 12, 12); },

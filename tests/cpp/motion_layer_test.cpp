@@ -26,26 +26,21 @@ TYPED_TEST(MotionLayer, BlockMatchingUsesTheChosenSearchAndCost)
         const auto frame2 =
             makeImage<T>(6 - 5 * across, 1 + 5 * across, 1, [&](int r, int c, int) { return second[r + c]; });
         for (const auto &[search, cost, d] : cases) {
-            const ornex::BlockMatchingOptions options{
-                {2 - across, 1 + across}, {0, 0}, {2 - 2 * across, 2 * across}, search, cost};
-            const auto motion = ornex::blockMatching(frame1, frame2, options);
-            ASSERT_EQ(motion.rows(), 3 - 2 * across);
-            EXPECT_EQ(motion.values()[1], (ornex::MotionVector<T>{across ? d : 0, across ? 0 : d}))
-                << int(search) << int(cost);
+            const auto motion = ornex::blockMatching(
+                frame1, frame2, {{2 - across, 1 + across}, {0, 0}, {2 - 2 * across, 2 * across}, search, cost});
+            ASSERT_EQ(motion.rows() * motion.cols(), 3);
+            EXPECT_EQ(motion.values()[1], (ornex::MotionVector<T>{across ? d : 0, across ? 0 : d})) << int(search);
         }
     }
-    // Content moved one row down and two columns right: u = 2, v = 1 for the
-    // inner blocks of 8 stepping by 8 - 2 (a grid of 24/6 x 32/6).
-    const auto texture = [](double r, double c) {
-        return 40 * std::sin(0.61 * c + 0.2 * r) + 30 * std::cos(0.47 * r - 0.15 * c);
-    };
+    // Content one row down and two columns right: u = 2, v = 1 for the inner
+    // blocks of 8 stepping by 8 - 2, a grid of 24/6 x 32/6.
+    const auto texture = [](double r, double c) { return 40 * sin(0.61 * c + 0.2 * r) + 30 * cos(0.47 * r - c / 7); };
     const auto frame1 = makeImage<T>(24, 32, 1, [&](int r, int c, int) { return texture(r, c); });
     const auto frame2 = makeImage<T>(24, 32, 1, [&](int r, int c, int) { return texture(r - 1, c - 2); });
     const auto motion = ornex::blockMatching(frame1, frame2, {{8, 8}, {2, 2}, {3, 5}});
     ASSERT_TRUE(motion.rows() == 4 && motion.cols() == 5);
     for (int32_t k = 0; k < 6; ++k)
         EXPECT_EQ(motion(1 + k % 2, 1 + k / 2), (ornex::MotionVector<T>{2, 1})) << k;
-    EXPECT_EQ(ornex::blockMatching(frame1, frame2, {{24, 32}}).values().size(), 1u);
 }
 
 TYPED_TEST(MotionLayer, FlowOfARamp)
@@ -67,10 +62,8 @@ TYPED_TEST(MotionLayer, FlowOfARamp)
         {ornex::lucasKanade(frame1, frame2, {5.1}), 4, 0, 0}};
     for (const auto &[flow, margin, u, v] : cases) {
         for (int32_t c = margin; c < 13 - margin; ++c) {
-            for (int32_t r = margin; r < 12 - margin; ++r) {
-                EXPECT_NEAR(flow.u(r, c), u, 1e-5) << r << "," << c;
-                EXPECT_NEAR(flow.v(r, c), v, 1e-5) << r << "," << c;
-            }
+            for (int32_t r = margin; r < 12 - margin; ++r)
+                EXPECT_TRUE(std::abs(flow.u(r, c) - u) < 1e-5 && std::abs(flow.v(r, c) - v) < 1e-5) << r << "," << c;
         }
     }
 }
@@ -92,20 +85,15 @@ TYPED_TEST(MotionLayer, LucasKanadeGderRecoversTheMotionOfAQuadratic)
             makeImage<T>(20, 22, 1, [&](int r, int c, int) { return pow(c - k * su, 2) + pow(r - k * sv, 2); }));
     const std::vector<ImageView<const T>> views(frames.begin(), frames.end());
     ornex::LucasKanadeGderOptions own{.threshold = 1};
-    own.filters = ornex::LucasKanadeFilters{{-1.0 / 12, 2.0 / 3, 0, -2.0 / 3, 1.0 / 12},
-                                            {0.25, 0.5, 0.25},
-                                            {0.5, 0, -0.5},
-                                            {0.2, 0.6, 0.2},
-                                            {0.25, 0.5, 0.25}};
+    own.filters = ornex::LucasKanadeFilters{
+        {-1. / 12, 2. / 3, 0, -2. / 3, 1. / 12}, {0.25, 0.5, 0.25}, {0.5, 0, -0.5}, {0.2, 0.6, 0.2}, {0.25, 0.5, 0.25}};
     const auto full1 = ornex::lucasKanadeGder(views, {.threshold = 1}), full2 = ornex::lucasKanadeGder(views, own);
     const auto none = ornex::lucasKanadeGder(views, {.threshold = 10});
     const auto part = ornex::lucasKanadeGder(views, {.threshold = 10, .normalFlow = true});
     for (int32_t c = 6; c < 16; ++c) {
         for (int32_t r = 6; r < 14; ++r) {
-            for (const auto *flow : {&full1, &full2}) {
-                EXPECT_NEAR(flow->u(r, c), -su, 2e-3) << r << "," << c;
-                EXPECT_NEAR(flow->v(r, c), -sv, 2e-3) << r << "," << c;
-            }
+            for (const auto *flow : {&full1, &full2})
+                EXPECT_TRUE(std::abs(flow->u(r, c) + su) < 2e-3 && std::abs(flow->v(r, c) + sv) < 2e-3) << r << c;
             EXPECT_EQ(std::abs(none.u(r, c)) + std::abs(none.v(r, c)), T(0));
             const double length = std::hypot(double(part.u(r, c)), double(part.v(r, c)));
             EXPECT_TRUE(length > 1e-3 && length < std::hypot(su, sv) + 1e-3) << r << "," << c;
@@ -136,15 +124,14 @@ TYPED_TEST(MotionLayer, ArgumentsAreCheckedWithTheirMessages)
     const std::vector<ImageView<const T>> three{flat, flat, flat};
     const auto bm = [&](ornex::BlockMatchingOptions o) { return [=, &flat] { ornex::blockMatching(flat, flat, o); }; };
     const auto hs = [&](ornex::HornSchunckOptions o) { return [=, &flat] { ornex::hornSchunck(flat, flat, o); }; };
-    const auto gder = [&](ornex::LucasKanadeGderOptions o) {
-        return [=, &three] { ornex::lucasKanadeGder(three, o); };
-    };
+    const auto gder = [&](ornex::LucasKanadeGderOptions o) { return [=, &three] { ornex::lucasKanadeGder(three, o); }; };
     const ornex::LucasKanadeFilters filters{{0.5, 0, -0.5}, {0.25, 0.5, 0.25}, {0.5, 0, -0.5}, {1}, {1}};
     ornex::LucasKanadeGderOptions noWindow, fiveTaps, ownFilters;
     noWindow.filters = fiveTaps.filters = ownFilters.filters = filters;
     noWindow.filters->window.clear();
     fiveTaps.filters->temporalDerivative.assign(5, 0.2);
     ownFilters.spatialLength = 4; // not looked at with the caller's filters
+    const char *const few = "frames: too few for the temporal filters";
     expectRejections({
         {[&] { ornex::blockMatching(flat, narrower); }, "frames: must have the same size"},
         {[&] { ornex::blockMatching(ImageView<const T>{}, flat); }, "frame1: must be a non-empty image"},
@@ -152,27 +139,23 @@ TYPED_TEST(MotionLayer, ArgumentsAreCheckedWithTheirMessages)
         {bm({{8, 0}}), "blockSize: must be positive"},
         {bm({{8, 8}, {-1, 0}}), "overlap: must not be negative"},
         {bm({{8, 8}, {8, 0}}), "overlap: must be smaller than the block size"},
-        {bm({{8, 8}, {0, 8}}), "overlap: must be smaller than the block size"},
         {bm({{8, 8}, {0, 0}, {3, -1}}), "maxDisplacement: must not be negative"},
         {bm({{8, 8}, {0, 0}, {1 << 30, 0}}), "maxDisplacement: too large for the frame size"},
         {bm({{25, 8}}), "frames: must hold at least one block"},
-        {bm({{8, 33}}), "frames: must hold at least one block"},
         {[&] { ornex::hornSchunck(flat, ImageView<const T>{}); }, "frame2: must be a non-empty image"},
         {hs({.maxIterations = std::nullopt}), "options: needs an iteration limit or a threshold"},
         {hs({.maxIterations = 0}), "maxIterations: must be positive"},
         {hs({1, 10, 0.0}), "threshold: must be positive"},
         {hs({.smoothness = 0}), "smoothness: must be positive"},
-        {[&] { ornex::lucasKanade(narrower, flat); }, "frames: must have the same size"},
         {[&] { ornex::lucasKanade(flat, flat, {std::nan("")}); }, "threshold: must be positive"},
-        {[&] { ornex::lucasKanadeGder({flat, flat}); }, "frames: too few for the temporal filters"},
+        {[&] { ornex::lucasKanadeGder({flat, flat}); }, few},
         {[&] { ornex::lucasKanadeGder({flat, ImageView<const T>{}, flat}); }, "frames: must be a non-empty image"},
-        {gder({.temporalLength = 5}), "frames: too few for the temporal filters"},
         {gder({.spatialLength = 4}), "spatialLength: must be odd and at least 3"},
         {gder({.windowLength = 1}), "windowLength: must be odd and at least 3"},
         {gder({.temporalSigma = 0}), "temporalSigma: must be positive"},
         {gder({.threshold = std::nan("")}), "threshold: must be a number"},
         {gder(noWindow), "filters.window: must not be empty"},
-        {gder(fiveTaps), "frames: too few for the temporal filters"},
+        {gder(fiveTaps), few},
         {[] { ornex::lucasKanadeSmoothingTaps(1.0, 4); }, "length: must be odd and at least 3"},
         {[] { ornex::lucasKanadeDerivativeTaps(INFINITY, 5); }, "sigma: must be positive"},
     });
