@@ -1,18 +1,7 @@
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <random>
-
-#include "ornex_rt.h"
+#include "../geometry/precisions.hpp"
 
 constexpr double pi = 3.14159265358979323846;
 constexpr int pad = 40; // bins outside the rho range land here (they are not range-checked)
-
-template <class T, class D, class R>
-constexpr auto pick(D d, R r)
-{
-    if constexpr (std::is_same_v<T, double>) return d; else return r;
-}
 
 template <class T>
 using Vec = std::vector<T>;
@@ -97,18 +86,17 @@ struct Plain {
     }
 };
 
-template <class T>
-class Detection : public ::testing::Test {};
-using Precisions = ::testing::Types<double, float>;
-TYPED_TEST_SUITE(Detection, Precisions);
+PRECISION_SUITE(Detection);
 
 TYPED_TEST(Detection, CannyStagesAndDriversMatchThePlainPipeline)
 {
     using T = TypeParam;
     const auto smooth = pick<T>(ORNEX_RC_Gaussian_Smoothing_D, ORNEX_RC_Gaussian_Smoothing_R);
-    const auto across = pick<T>(ORNEX_C_Derivative_Image_D, ORNEX_C_Derivative_Image_R), down = pick<T>(ORNEX_R_Derivative_Image_D, ORNEX_R_Derivative_Image_R);
+    const auto across = pick<T>(ORNEX_C_Derivative_Image_D, ORNEX_C_Derivative_Image_R);
+    const auto down = pick<T>(ORNEX_R_Derivative_Image_D, ORNEX_R_Derivative_Image_R);
     const auto suppress = pick<T>(ORNEX_NonMaximum_Suppression_D, ORNEX_NonMaximum_Suppression_R);
-    const auto user = pick<T>(ORNEX_EdgeCanny_userTh_D, ORNEX_EdgeCanny_userTh_R), automatic = pick<T>(ORNEX_EdgeCanny_autoTh_D, ORNEX_EdgeCanny_autoTh_R);
+    const auto user = pick<T>(ORNEX_EdgeCanny_userTh_D, ORNEX_EdgeCanny_userTh_R);
+    const auto automatic = pick<T>(ORNEX_EdgeCanny_autoTh_D, ORNEX_EdgeCanny_autoTh_R);
     std::mt19937 random(41);
     for (int trial = 0; trial < 400; ++trial) {
         // Some images are very tall, one is very wide.
@@ -118,11 +106,13 @@ TYPED_TEST(Detection, CannyStagesAndDriversMatchThePlainPipeline)
         // Small integers and dyadic weights make ties common; real values exercise each step's rounding.
         auto values = [&](size_t count, int kind) {
             Vec<T> v(count);
-            for (T &x : v) x = kind ? T(int(random() % 9) - 4) / (kind == 1 ? 4 : 1) : T(std::uniform_real_distribution<double>(-3, 3)(random));
+            for (T &x : v)
+                x = kind ? T(int(random() % 9) - 4) / (kind == 1 ? 4 : 1) : T(std::uniform_real_distribution<double>(-3, 3)(random));
             return v;
         };
         const Plain<T> plain{M, N};
-        Vec<T> image = trial % 7 || !trial ? values(n, trial % 3 > 0) : Vec<T>(n, T(2)), g = values(L, trial % 3 > 0), d = values(L, trial % 3 > 0);
+        const int kind = trial % 3 > 0;
+        Vec<T> image = trial % 7 || !trial ? values(n, kind) : Vec<T>(n, T(2)), g = values(L, kind), d = values(L, kind);
         Vec<T> out(n + 2, T(-7)), out2 = out;
         auto inner = [&](const Vec<T> &v) { return Vec<T>(v.begin() + 1, v.end() - 1); };
         const Vec<T> h = plain.filter(image, g, 0, 1, false), v = plain.filter(image, g, 1, 0, false);
@@ -151,8 +141,8 @@ TYPED_TEST(Detection, CannyStagesAndDriversMatchThePlainPipeline)
                 if (const int r = i % M, c = i / M; r < B || r >= M - B || c < B || c >= N - B - 1) expected[i] = 0;
             const T thresholds[2] = {low, high};
             Vec<T> a(n), b(n), mag(n);
-            (isAutomatic ? automatic : user)(image.data(), g.data(), d.data(), a.data(), b.data(), edges.data(), mag.data(),
-                                             isAutomatic ? &percent : thresholds, M, N, L);
+            (isAutomatic ? automatic : user)(image.data(), g.data(), d.data(), a.data(), b.data(), edges.data(),
+                                             mag.data(), isAutomatic ? &percent : thresholds, M, N, L);
             ASSERT_EQ(mag, magnitude) << trial;
             ASSERT_EQ(edges, expected) << trial << (isAutomatic ? " automatic" : " user");
         }

@@ -1,15 +1,8 @@
-#include <gtest/gtest.h>
-
-#include <cmath>
 #include <cstring>
-#include <random>
 
-#include "ornex_rt.h"
+#include "../geometry/precisions.hpp"
 
-template <class T>
-class DrawText : public ::testing::Test {};
-using Precisions = ::testing::Types<double, float>;
-TYPED_TEST_SUITE(DrawText, Precisions);
+PRECISION_SUITE(DrawText);
 
 // Every blender, through the selection tables: placement, transposition, clipping, coverage, opacity.
 TYPED_TEST(DrawText, EveryBlenderMatchesThePlainBlendAndClips)
