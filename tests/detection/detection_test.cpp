@@ -106,8 +106,7 @@ TYPED_TEST(Detection, CannyStagesAndDriversMatchThePlainPipeline)
         // Small integers and dyadic weights make ties common; real values exercise each step's rounding.
         auto values = [&](size_t count, int kind) {
             Vec<T> v(count);
-            for (T &x : v)
-                x = kind ? T(int(random() % 9) - 4) / (kind == 1 ? 4 : 1) : T(std::uniform_real_distribution<double>(-3, 3)(random));
+            for (T &x : v) x = kind ? T(int(random() % 9) - 4) / (kind == 1 ? 4 : 1) : uniform<T>(random, -3, 3);
             return v;
         };
         const Plain<T> plain{M, N};
@@ -155,7 +154,7 @@ TYPED_TEST(Detection, CannyStagesAndDriversMatchThePlainPipeline)
     }
 }
 
-TYPED_TEST(Detection, HoughVotesMatchThePlainLoopAndALinePeaksAtItsParameters)
+TYPED_TEST(Detection, HoughVotesMatchThePlainLoop)
 {
     using T = TypeParam;
     std::mt19937 random(5);
@@ -185,15 +184,6 @@ TYPED_TEST(Detection, HoughVotesMatchThePlainLoopAndALinePeaksAtItsParameters)
             }
         ASSERT_EQ(acc, expected) << trial;
     }
-    // column cos 30 + row sin 30 = 20 in 64 x 64: 30 degrees is theta column
-    // numTheta + 29, rho 20 bin (20 + 90.5) * 180 / 181.
-    std::vector<uint8_t> line(64 * 64, 0);
-    for (int r = 0; r < 64; ++r)
-        if (const long c = std::lround((20 - r * 0.5) / std::cos(pi / 6)); c >= 0) line[r + 64 * c] = 1;
-    const auto acc = vote(line, 64, 64, 181, 91, T(-90.5)).first;
-    const auto peak = std::max_element(acc.begin(), acc.end()) - acc.begin() - pad;
-    EXPECT_EQ(peak / 181, 91 + 29);
-    EXPECT_NEAR(double(peak % 181), (20 + 90.5) * 180 / 181, 1.0);
 }
 
 TYPED_TEST(Detection, HoughEndPointsAreTheFirstTwoBorderCrossings)
@@ -209,14 +199,11 @@ TYPED_TEST(Detection, HoughEndPointsAreTheFirstTwoBorderCrossings)
         EXPECT_EQ(std::vector<T>(points.begin(), points.end()), real);
         return real;
     };
-    // column + row = 20 in 16 x 16 crosses the right border at row 5 and the bottom at column 5.
-    EXPECT_EQ(run({T(pi / 4)}, {T(20 / std::sqrt(2.0))}, 16, 16), (std::vector<T>{5, 15, 15, 5, -9, -9, -9, -9}));
-
     std::mt19937 random(9);
     std::vector<T> theta(600), rho(600);
     for (size_t i = 0; i < theta.size(); ++i) {
-        theta[i] = T(i % 5 ? std::uniform_real_distribution<double>(-pi / 2, pi / 2)(random) : pi / 180 * int(random() % 181 - 90));
-        rho[i] = T(i % 3 ? std::uniform_real_distribution<double>(-25, 25)(random) : int(random() % 41 - 10) / 2.0);
+        theta[i] = T(i % 5 ? uniform(random, -pi / 2, pi / 2) : pi / 180 * int(random() % 181 - 90));
+        rho[i] = T(i % 3 ? uniform(random, -25, 25) : int(random() % 41 - 10) / 2.0);
         // A top crossing at exactly column -0.5, which rounds up to 0.
         const T c = T(std::cos(double(theta[i]))) + eps, target = T(-0.5) * c;
         if (i % 4 == 3 && (target - eps) + eps == target && target / c == T(-0.5)) rho[i] = target - eps;

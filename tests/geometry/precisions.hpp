@@ -1,22 +1,17 @@
 #pragma once
-// What the geometry, detection and text tests share: both precisions as a
-// typed suite, and the double or single member of a pair of functions.
+// Shared by the geometry, detection and text tests.
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cmath>
 #include <random>
-#include <type_traits>
 #include <vector>
 
 #include "ornex_rt.h"
 
 using Precisions = ::testing::Types<double, float>;
-#define PRECISION_SUITE(Name)                          \
-    template <class T>                                 \
-    class Name : public ::testing::Test {};            \
-    TYPED_TEST_SUITE(Name, Precisions)
+#define PRECISION_SUITE(Name) template <class T> class Name : public ::testing::Test {}; TYPED_TEST_SUITE(Name, Precisions)
 
+// The double or the single member of a pair of functions.
 template <class T, class D, class R>
 constexpr auto pick(D d, R r)
 {
@@ -25,3 +20,9 @@ constexpr auto pick(D d, R r)
 
 template <class T>
 T tolerance(double ifDouble, double ifFloat) { return T(std::is_same_v<T, double> ? ifDouble : ifFloat); }
+
+template <class T = double>
+T uniform(std::mt19937 &random, double low, double high)
+{
+    return T(std::uniform_real_distribution<double>(low, high)(random));
+}

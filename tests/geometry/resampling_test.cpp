@@ -64,9 +64,8 @@ TYPED_TEST(Resampling, EveryPointKernelMatchesAPlainLoopOnEveryPlane)
         // kernel's rounding of -0.5 to -1.
         const int inStride = M * N + M, outStride = 2 * planes + 1, index = random() % 3, lead = M + 1;
         std::vector<T> buffer(lead + size_t(inStride) * planes, T(INFINITY));
-        auto real = [&](double lo, double hi) { return T(std::uniform_real_distribution<double>(lo, hi)(random)); };
         for (int i = -lead; i < M * N * planes; ++i)
-            buffer[lead + (i < 0 ? i : i % (M * N) + i / (M * N) * inStride)] = real(-50, 50);
+            buffer[lead + (i < 0 ? i : i % (M * N) + i / (M * N) * inStride)] = uniform<T>(random, -50, 50);
         const T *source = buffer.data() + lead;
         // On the grid, on quarters (halves included) or anywhere, up to the
         // last line; the nearest kernel from -0.5 to where it rounds to it.
@@ -74,7 +73,7 @@ TYPED_TEST(Resampling, EveryPointKernelMatchesAPlainLoopOnEveryPlane)
             const T low = T(method == 1 ? -0.5 : 0), high = std::max(T(0), T(size - (method == 1 ? 1.5 : 1)));
             const int kind = random() % 3;
             const T quarter = low + T(int(random() % (4 * size))) / 4;
-            return std::min(high, kind == 0 ? T(int(random() % size)) : kind == 1 ? quarter : real(low, high));
+            return std::min(high, kind == 0 ? T(int(random() % size)) : kind == 1 ? quarter : uniform<T>(random, low, high));
         };
         const T y = position(M), x = position(N);
         std::vector<T> out(index + outStride * planes + 1, T(-999)), expected = out;
@@ -103,10 +102,9 @@ TYPED_TEST(Resampling, EverySkewKernelMatchesTheShiftedLineWithBackgroundAround)
         const T bg = T(int(random() % 7) - 3);
         // Whole, half and quarter offsets and any in between, both signs.
         const double q = int(random() % 101) - 50;
-        auto real = [&](double lo, double hi) { return std::uniform_real_distribution<double>(lo, hi)(random); };
-        const T s = T(random() % 2 ? q / 4 : q / 4 + real(-0.3, 0.3));
+        const T s = T(random() % 2 ? q / 4 : q / 4 + uniform(random, -0.3, 0.3));
         std::vector<T> src(n), strided(size_t(n) * srcStride, T(1e6));
-        for (int j = 0; j < n; ++j) strided[j * srcStride] = src[j] = T(real(-9, 9));
+        for (int j = 0; j < n; ++j) strided[j * srcStride] = src[j] = uniform<T>(random, -9, 9);
         const auto line = n ? plainSkew(kernel, src, outLength, s, bg) : std::vector<T>(outLength, bg);
         // Stored from position `first` on.
         std::vector<T> expected((outLength + 1) * dstStride, T(-77)), out = expected;
