@@ -99,7 +99,6 @@ TYPED_TEST(Detection, CannyStagesAndDriversMatchThePlainPipeline)
     const auto automatic = pick<T>(ORNEX_EdgeCanny_autoTh_D, ORNEX_EdgeCanny_autoTh_R);
     std::mt19937 random(41);
     for (int trial = 0; trial < 400; ++trial) {
-        // Some images are very tall, one is very wide.
         const int M = trial % 20 ? 1 + random() % 14 : trial ? 60 + random() % 80 : 3, N = trial ? 1 + random() % 14 : 8200;
         const int L = trial ? 1 + random() % std::min(4, std::min(M, N) + 1) : 1, B = L / 2;
         const size_t n = size_t(M) * N;
@@ -158,22 +157,17 @@ TYPED_TEST(Detection, HoughVotesMatchThePlainLoop)
 {
     using T = TypeParam;
     std::mt19937 random(5);
-    auto vote = [](const std::vector<uint8_t> &image, int rows, int cols, int numRho, int numTheta, T rho0) {
-        std::vector<T> table(numTheta), acc(size_t(numRho) * (2 * numTheta - 2) + 2 * pad, T(-3));
-        for (int t = 0; t < numTheta; ++t) table[t] = T(std::sin(pi / 2 * (t - numTheta + 1) / (numTheta - 1)));
-        pick<T>(ORNEX_Hough_D, ORNEX_Hough_R)(image.data(), acc.data() + pad, table.data(), &rho0, rows, cols, numRho, numTheta);
-        return std::pair{acc, table};
-    };
     for (int trial = 0; trial < 100; ++trial) {
         const int rows = random() % 12, cols = random() % 12, numTheta = 2 + random() % 20;
-        // rho0 = -(k + 0.5), numRho = 2k + 2: the scale is 1 and the -90 and
-        // 0 degree columns land on exact halves; a short range gives bins
-        // below 0 and past the end, as does a positive rho0 (scale -1).
+        // rho0 = -(k + 0.5), numRho = 2k + 2: the scale is 1 and the -90 and 0 degree columns land on
+        // exact halves; a short range gives bins below 0 and past the end, as does rho0 > 0 (scale -1).
         const int k = random() % 18, numRho = 2 * k + 2;
         const T rho0 = (trial % 4 ? -1 : 1) * (T(k) + T(0.5)), scale = T(numRho - 1) / (rho0 * T(-2.0));
         std::vector<uint8_t> image(size_t(rows) * cols);
         for (auto &p : image) p = random() % 3 == 0 ? uint8_t(1 + random() % 255) : 0;
-        const auto [acc, s] = vote(image, rows, cols, numRho, numTheta, rho0);
+        std::vector<T> s(numTheta), acc(size_t(numRho) * (2 * numTheta - 2) + 2 * pad, T(-3));
+        for (int t = 0; t < numTheta; ++t) s[t] = T(std::sin(pi / 2 * (t - numTheta + 1) / (numTheta - 1)));
+        pick<T>(ORNEX_Hough_D, ORNEX_Hough_R)(image.data(), acc.data() + pad, s.data(), &rho0, rows, cols, numRho, numTheta);
         std::vector<T> expected(acc.size(), T(0));
         std::fill_n(expected.begin(), pad, T(-3)), std::fill_n(expected.end() - pad, pad, T(-3));
         for (int i = 0; i < rows * cols; ++i)
@@ -190,17 +184,9 @@ TYPED_TEST(Detection, HoughEndPointsAreTheFirstTwoBorderCrossings)
 {
     using T = TypeParam;
     const T eps = std::numeric_limits<T>::epsilon();
-    auto run = [](const std::vector<T> &theta, const std::vector<T> &rho, int rows, int cols) {
-        std::vector<int32_t> points(4 * theta.size() + 4, -9);
-        std::vector<T> real(4 * theta.size() + 4, T(-9));
-        const int n = int(theta.size());
-        pick<T>(ORNEX_HoughLines_D, ORNEX_HoughLines_R)(theta.data(), rho.data(), points.data(), n, rows, cols);
-        pick<T>(ORNEX_HoughLines_DO, ORNEX_HoughLines_RO)(theta.data(), rho.data(), real.data(), n, rows, cols);
-        EXPECT_EQ(std::vector<T>(points.begin(), points.end()), real);
-        return real;
-    };
     std::mt19937 random(9);
-    std::vector<T> theta(600), rho(600);
+    std::vector<T> theta(600), rho(600), real(4 * 600 + 4, T(-9)), expected = real;
+    std::vector<int32_t> whole(4 * 600 + 4, -9);
     for (size_t i = 0; i < theta.size(); ++i) {
         theta[i] = T(i % 5 ? uniform(random, -pi / 2, pi / 2) : pi / 180 * int(random() % 181 - 90));
         rho[i] = T(i % 3 ? uniform(random, -25, 25) : int(random() % 41 - 10) / 2.0);
@@ -209,7 +195,6 @@ TYPED_TEST(Detection, HoughEndPointsAreTheFirstTwoBorderCrossings)
         if (i % 4 == 3 && (target - eps) + eps == target && target / c == T(-0.5)) rho[i] = target - eps;
     }
     const int rows = 1 + random() % 20, cols = 1 + random() % 20;
-    std::vector<T> expected(4 * theta.size() + 4, T(-9));
     for (size_t i = 0; i < theta.size(); ++i) {
         const T r = rho[i] + eps, a = r / (T(std::cos(double(theta[i]))) + eps), b = r / (T(std::sin(double(theta[i]))) + eps);
         const T top = std::floor(a + T(0.5)), left = std::floor(b + T(0.5)),
@@ -223,5 +208,8 @@ TYPED_TEST(Detection, HoughEndPointsAreTheFirstTwoBorderCrossings)
         if (points.size() < 4) points.assign(4, T(-1));
         std::copy(points.begin(), points.end(), expected.begin() + 4 * i);
     }
-    EXPECT_EQ(run(theta, rho, rows, cols), expected);
+    pick<T>(ORNEX_HoughLines_D, ORNEX_HoughLines_R)(theta.data(), rho.data(), whole.data(), 600, rows, cols);
+    pick<T>(ORNEX_HoughLines_DO, ORNEX_HoughLines_RO)(theta.data(), rho.data(), real.data(), 600, rows, cols);
+    EXPECT_EQ(real, expected);
+    EXPECT_EQ(std::vector<T>(whole.begin(), whole.end()), expected);
 }

@@ -11,7 +11,6 @@
 using Precisions = ::testing::Types<double, float>;
 #define PRECISION_SUITE(Name) template <class T> class Name : public ::testing::Test {}; TYPED_TEST_SUITE(Name, Precisions)
 
-// The double or the single member of a pair of functions.
 template <class T, class D, class R>
 constexpr auto pick(D d, R r)
 {

@@ -55,7 +55,6 @@ TYPED_TEST(Projective, BlocksAndProductsMatchTheClosedForm)
     std::mt19937 random(11);
     auto any = [&](int lo, int hi) { return int32_t(lo + int(random() % (hi - lo + 1))); };
     for (int trial = 0; trial < 400; ++trial) {
-        // Corners near those of a 200 x 200 square, in order round it.
         Corners q, second;
         for (int k = 0; k < 8; ++k)
             q[k] = (k >= 3 && k <= 6 ? 200 : 0) + any(-25, 25), second[k] = q[k] + any(-9, 9);
@@ -128,8 +127,7 @@ TYPED_TEST(Projective, SpansSampleAtTheSteppedPositionsInsideTheWindow)
             o, o + planeSize, o + 2 * planeSize, column, rowFirst, rowFirst + outRows - 1, colFirst,
             colFirst + outCols - 1, first, last, M, threePlanes, in[0], in[1], in[2], m, N, outRows, outCols, method,
             exact, rowLow, colLow, 3);
-        // Homogeneous (q, p, w) at both ends stepped and divided, or the parabola
-        // through the ends and the middle stepped by forward differences.
+        // (q, p, w) stepped and divided, or the parabola through the ends and middle by forward differences.
         T h[2][3];
         const auto homogeneous = pick<T>(ORNEX_GetInPtsFrmOutPts_D, ORNEX_GetInPtsFrmOutPts_R);
         for (int end = 0; end < 2; ++end) homogeneous(end ? last : first, column, m, h[end], h[end] + 1, h[end] + 2);
@@ -208,8 +206,7 @@ TYPED_TEST(Projective, DriversCoverTheMappedRegion)
     EXPECT_EQ(viaQuad, viaRect);
     EXPECT_EQ(none, std::vector<T>(M * N * 3, T(-1)));
 
-    // A ramp (value = row) warped in perspective: exact division reads back the
-    // adjugate's row position, the approximation comes close but not onto it.
+    // A ramp (value = row) in perspective: exact division reads back the row, the approximation is near.
     std::vector<T> ramp(60 * 70), out(80 * 90);
     for (int i = 0; i < 60 * 70; ++i) ramp[i] = T(i % 60);
     const int32_t skewed[8] = {3, 2, 0, 75, 70, 85, 62, 4}, whole[4] = {0, 0, 60, 70};

@@ -59,16 +59,14 @@ TYPED_TEST(Resampling, EveryPointKernelMatchesAPlainLoopOnEveryPlane)
     for (int trial = 0; trial < 3000; ++trial) {
         const int M = 1 + random() % 6, N = 1 + random() % 6, planes = 1 + random() % 4;
         const int method = 1 + trial % 3;
-        // Planes M elements apart with infinite gaps: a tap past the last row
-        // or column gives NaN. M + 1 finite values lead, for the nearest
-        // kernel's rounding of -0.5 to -1.
+        // Planes M elements apart with infinite gaps: a tap past the last row or column gives
+        // NaN. M + 1 finite values lead, for the nearest kernel's rounding of -0.5 to -1.
         const int inStride = M * N + M, outStride = 2 * planes + 1, index = random() % 3, lead = M + 1;
         std::vector<T> buffer(lead + size_t(inStride) * planes, T(INFINITY));
         for (int i = -lead; i < M * N * planes; ++i)
             buffer[lead + (i < 0 ? i : i % (M * N) + i / (M * N) * inStride)] = uniform<T>(random, -50, 50);
         const T *source = buffer.data() + lead;
-        // On the grid, on quarters (halves included) or anywhere, up to the
-        // last line; the nearest kernel from -0.5 to where it rounds to it.
+        // On the grid, on quarters or anywhere, up to the last line (nearest: from -0.5 on).
         auto position = [&](int size) {
             const T low = T(method == 1 ? -0.5 : 0), high = std::max(T(0), T(size - (method == 1 ? 1.5 : 1)));
             const int kind = random() % 3;
@@ -100,13 +98,11 @@ TYPED_TEST(Resampling, EverySkewKernelMatchesTheShiftedLineWithBackgroundAround)
         const int kernel = trial % 3, n = random() % 9, outLength = random() % 16, first = random() % (outLength + 2);
         const int srcStride = 1 + random() % 3, dstStride = 1 + random() % 3;
         const T bg = T(int(random() % 7) - 3);
-        // Whole, half and quarter offsets and any in between, both signs.
         const double q = int(random() % 101) - 50;
         const T s = T(random() % 2 ? q / 4 : q / 4 + uniform(random, -0.3, 0.3));
         std::vector<T> src(n), strided(size_t(n) * srcStride, T(1e6));
         for (int j = 0; j < n; ++j) strided[j * srcStride] = src[j] = uniform<T>(random, -9, 9);
         const auto line = n ? plainSkew(kernel, src, outLength, s, bg) : std::vector<T>(outLength, bg);
-        // Stored from position `first` on.
         std::vector<T> expected((outLength + 1) * dstStride, T(-77)), out = expected;
         for (int k = first; k < outLength; ++k) expected[(k - first) * dstStride] = line[k];
         const auto skew = kernel == 0   ? pick<T>(ORNEX_Skew_NNI_D, ORNEX_Skew_NNI_R)

@@ -23,16 +23,16 @@ TYPED_TEST(DrawText, EveryBlenderMatchesThePlainBlendAndClips)
             for (T &v : planes[p]) v = random() % 16 ? uniform<T>(random, -2, 2) : T(INFINITY);
             expected[p] = planes[p];
         }
-        for (int r = 0; r < gh; ++r)
-            for (int c = 0; c < gw; ++c) {
-                const int row = transposed ? x + xo + c : y - yo + r, col = transposed ? y - yo + r : x + xo + c;
-                const T a = T(glyph[r * gw + c] / 255.0);
-                for (int p = 0; row >= 0 && row < rows && col >= 0 && col < cols && a != 0 && p < (rgb ? 3 : 1); ++p) {
-                    T &pixel = expected[p][1 + row + col * rows];
-                    const T value = !aa || a == 1 ? colour[p] : a * (colour[p] - pixel) + pixel;
-                    pixel = opacity < 1 ? (1 - opacity) * pixel + value * opacity : value;
-                }
+        for (int i = 0; i < gw * gh; ++i) {
+            const int r = i / gw, c = i % gw, row = transposed ? x + xo + c : y - yo + r;
+            const int col = transposed ? y - yo + r : x + xo + c;
+            const T a = T(glyph[i] / 255.0);
+            for (int p = 0; row >= 0 && row < rows && col >= 0 && col < cols && a != 0 && p < (rgb ? 3 : 1); ++p) {
+                T &pixel = expected[p][1 + row + col * rows];
+                const T value = !aa || a == 1 ? colour[p] : a * (colour[p] - pixel) + pixel;
+                pixel = opacity < 1 ? (1 - opacity) * pixel + value * opacity : value;
             }
+        }
         const int code = std::is_same_v<T, double> ? 0 : 1;
         if (rgb)
             ORNEX_GetDrawTextFcn_RGB(code, aa)(glyph.data(), x, y, xo, yo, gw, gh, cols, rows, planes[0].data() + 1,
@@ -44,7 +44,6 @@ TYPED_TEST(DrawText, EveryBlenderMatchesThePlainBlendAndClips)
     }
 }
 
-// Which blender each entry is, the blend test above tells apart.
 TEST(DrawText, SelectionTablesHoldOnlyTheFloatingBlenders)
 {
     for (int code = -1; code <= 9; ++code)
