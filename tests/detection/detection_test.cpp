@@ -3,8 +3,7 @@
 constexpr double pi = 3.14159265358979323846;
 constexpr int pad = 40; // bins outside the rho range land here (they are not range-checked)
 
-template <class T>
-using Vec = std::vector<T>;
+template <class T> using Vec = std::vector<T>;
 
 // The detector written plainly, stage by stage; filters wrap round.
 template <class T>
@@ -123,9 +122,7 @@ TYPED_TEST(Detection, CannyStagesAndDriversMatchThePlainPipeline)
         const Vec<T> sx = values(n, 2), sy = values(n, 2); // integer gradients: exact ties in suppression
         suppress(sx.data(), sy.data(), out.data() + 1, M, N);
         ASSERT_EQ(inner(out), plain.suppress(sx, sy)) << trial;
-        const Vec<T> magnitude = plain.suppress(gx, gy);
-        suppress(gx.data(), gy.data(), out.data() + 1, M, N);
-        ASSERT_EQ(inner(out), magnitude) << trial;
+        const Vec<T> magnitude = plain.suppress(gx, gy); // checked through both drivers below
         ASSERT_TRUE(out.front() == T(-7) && out.back() == T(-7) && out2.front() == T(-7) && out2.back() == T(-7));
 
         // Thresholds taken from the magnitudes themselves are met exactly.
@@ -168,8 +165,8 @@ TYPED_TEST(Detection, HoughVotesMatchThePlainLoop)
         std::vector<T> s(numTheta), acc(size_t(numRho) * (2 * numTheta - 2) + 2 * pad, T(-3));
         for (int t = 0; t < numTheta; ++t) s[t] = T(std::sin(pi / 2 * (t - numTheta + 1) / (numTheta - 1)));
         pick<T>(ORNEX_Hough_D, ORNEX_Hough_R)(image.data(), acc.data() + pad, s.data(), &rho0, rows, cols, numRho, numTheta);
-        std::vector<T> expected(acc.size(), T(0));
-        std::fill_n(expected.begin(), pad, T(-3)), std::fill_n(expected.end() - pad, pad, T(-3));
+        std::vector<T> expected(acc.size(), T(-3));
+        std::fill(expected.begin() + pad, expected.end() - pad, T(0));
         for (int i = 0; i < rows * cols; ++i)
             for (int t = 0, j = -numTheta, r = i % rows, c = i / rows; image[i] && t < 2 * numTheta - 2; ++t, ++j) {
                 const T value = t < numTheta ? (s[t] * T(r) - s[numTheta - 1 - t] * T(c) - rho0) * scale

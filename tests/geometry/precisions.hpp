@@ -17,9 +17,6 @@ constexpr auto pick(D d, R r)
     if constexpr (std::is_same_v<T, double>) return d; else return r;
 }
 
-template <class T>
-T tolerance(double ifDouble, double ifFloat) { return T(std::is_same_v<T, double> ? ifDouble : ifFloat); }
-
 template <class T = double>
 T uniform(std::mt19937 &random, double low, double high)
 {
