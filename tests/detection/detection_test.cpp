@@ -193,15 +193,15 @@ TYPED_TEST(Detection, HoughEndPointsAreTheFirstTwoBorderCrossings)
     }
     const int rows = 1 + random() % 20, cols = 1 + random() % 20;
     for (size_t i = 0; i < theta.size(); ++i) {
-        const T r = rho[i] + eps, a = r / (T(std::cos(double(theta[i]))) + eps), b = r / (T(std::sin(double(theta[i]))) + eps);
-        const T top = std::floor(a + T(0.5)), left = std::floor(b + T(0.5)),
-                right = std::floor((a - T(cols - 1)) * (b / a) + T(0.5)), bottom = std::floor(a - (a / b) * T(rows - 1) + T(0.5));
+        const T r = rho[i] + eps, a = r / (T(std::cos(double(theta[i]))) + eps);
+        const T b = r / (T(std::sin(double(theta[i]))) + eps), top = std::floor(a + T(0.5)), left = std::floor(b + T(0.5));
+        const T right = std::floor((a - T(cols - 1)) * (b / a) + T(0.5));
+        const T bottom = std::floor(a - (a / b) * T(rows - 1) + T(0.5));
         const T found[4][2] = {{0, top}, {left, 0}, {right, T(cols - 1)}, {T(rows - 1), bottom}};
-        auto in = [](T v, int size) { return v >= 0 && v <= T(size - 1); };
-        const bool inside[4] = {in(top, cols), in(left, rows), in(right, rows), in(bottom, cols)};
-        std::vector<T> points;
+        std::vector<T> points; // the first two crossings on the border, each (row, column)
         for (int k = 0; k < 4 && points.size() < 4; ++k)
-            if (inside[k]) points.insert(points.end(), found[k], found[k] + 2);
+            if (found[k][0] >= 0 && found[k][0] <= T(rows - 1) && found[k][1] >= 0 && found[k][1] <= T(cols - 1))
+                points.insert(points.end(), found[k], found[k] + 2);
         if (points.size() < 4) points.assign(4, T(-1));
         std::copy(points.begin(), points.end(), expected.begin() + 4 * i);
     }
