@@ -159,8 +159,7 @@ TYPED_TEST(Projective, DriversCoverTheMappedRegion)
     std::vector<T> source(3 * M * N);
     for (int i = 0; i < 3 * M * N; ++i) source[i] = T(i);
     const T *in[3] = {source.data(), source.data() + M * N, source.data() + 2 * M * N};
-    std::vector<int32_t> edges(64), scratch(24);
-    int32_t *e = edges.data(), *s = scratch.data();
+    int32_t e[64], s[24]; // edge and sorting scratch
     // Moved by -1.5 rows and -2.5 columns, the corners round half away from zero
     // onto rows -2 .. 8 and columns -3 .. 9; positions come back clamped and rounded.
     const auto b = shift<T>(T(-1.5), T(-2.5));

@@ -57,8 +57,7 @@ TYPED_TEST(Resampling, EveryPointKernelMatchesAPlainLoopOnEveryPlane)
     using T = TypeParam;
     std::mt19937 random(3);
     for (int trial = 0; trial < 3000; ++trial) {
-        const int M = 1 + random() % 6, N = 1 + random() % 6, planes = 1 + random() % 4;
-        const int method = 1 + trial % 3;
+        const int M = 1 + random() % 6, N = 1 + random() % 6, planes = 1 + random() % 4, method = 1 + trial % 3;
         // Planes M elements apart with infinite gaps: a tap past the last row or column gives
         // NaN. M + 1 finite values lead, for the nearest kernel's rounding of -0.5 to -1.
         const int inStride = M * N + M, outStride = 2 * planes + 1, index = random() % 3, lead = M + 1;
