@@ -2,6 +2,7 @@
 // Shared by the geometry, detection and text tests.
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
 #include <random>
 #include <vector>
@@ -9,7 +10,7 @@
 #include "ornex_rt.h"
 
 using Precisions = ::testing::Types<double, float>;
-#define PRECISION_SUITE(Name) template <class T> class Name : public ::testing::Test {}; TYPED_TEST_SUITE(Name, Precisions)
+#define PRECISION_SUITE(S) template <class T> class S : public testing::Test {}; TYPED_TEST_SUITE(S, Precisions)
 
 template <class T, class D, class R>
 constexpr auto pick(D d, R r)

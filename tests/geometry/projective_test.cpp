@@ -1,4 +1,3 @@
-#include <array>
 #include <tuple>
 
 #include "precisions.hpp"
@@ -163,16 +162,15 @@ TYPED_TEST(Projective, DriversCoverTheMappedRegion)
     // Moved by -1.5 rows and -2.5 columns, the corners round half away from zero
     // onto rows -2 .. 8 and columns -3 .. 9; positions come back clamped and rounded.
     const auto b = shift<T>(T(-1.5), T(-2.5));
-    for (const int divisions : {0, 3, 7}) {
+    for (const int d : {0, 3, 7}) {
         std::vector<T> out(14 * 15 * 3, T(-1));
-        rect(e, nullptr, s, out.data(), nullptr, nullptr, -3, 10, -4, 10, M, 0, b.data(), in[0], nullptr, nullptr, 1,
-             14, 15, N, 1, 0, 0, divisions, 0, 2);
+        rect(e, 0, s, out.data(), 0, 0, -3, 10, -4, 10, M, 0, b.data(), in[0], 0, 0, 1, 14, 15, N, 1, 0, 0, d, 0, 2);
         for (int i = 0; i < 14 * 15 * 3; ++i) {
             const int r = i % 14 - 3, c = i / 14 % 15 - 4, p = i / (14 * 15);
             const int sr = std::min(M - 1, int(std::max(T(0), T(r) + T(1.5)) + T(0.5)));
             const int sc = std::min(N - 1, int(std::max(T(0), T(c) + T(2.5)) + T(0.5)));
             const bool covered = p < 2 && r >= -2 && r <= 8 && c >= -3 && c <= 9;
-            ASSERT_EQ(out[i], covered ? in[p][sr + sc * M] : T(-1)) << divisions << ": " << r << "," << c;
+            ASSERT_EQ(out[i], covered ? in[p][sr + sc * M] : T(-1)) << d << ": " << r << "," << c;
         }
     }
     // A rectangle's limits are bounds, not sizes; the quadrilateral driver takes the matrices
@@ -184,12 +182,10 @@ TYPED_TEST(Projective, DriversCoverTheMappedRegion)
     const int P = M * N;
     rect(e, limits, s, r, r + P, r + 2 * P, 0, M - 1, 0, N - 1, M, 1, two.data(), in[0], in[1], in[2], 1, M, N, N, 2,
          0, 0, 2, 1, 1);
-    rect(e, limits, s, n, nullptr, nullptr, 0, M - 1, 0, N - 1, M, 0, two.data(), in[0], nullptr, nullptr, 1, M, N, N,
-         2, 0, 0, -1, 1, 1);
+    rect(e, limits, s, n, 0, 0, 0, M - 1, 0, N - 1, M, 0, two.data(), in[0], 0, 0, 1, M, N, N, 2, 0, 0, -1, 1, 1);
     quad(e, corners, s, q, q + P, q + 2 * P, 0, M - 1, 0, N - 1, M, 1, back.data(), in[0], in[1], in[2], 1, M, N, N,
          3, 2, 1);
-    EXPECT_EQ(quad(e, flat, s, n, nullptr, nullptr, 0, M - 1, 0, N - 1, M, 0, back.data(), in[0], nullptr, nullptr, 1,
-                   M, N, N, 1, 0, 1), 0);
+    EXPECT_EQ(quad(e, flat, s, n, 0, 0, 0, M - 1, 0, N - 1, M, 0, back.data(), in[0], 0, 0, 1, M, N, N, 1, 0, 1), 0);
     for (int i = 0; i < M * N * 3; ++i) {
         const bool inside = i % M >= 2 && i % M <= 7 && i / M % N >= 5 && i / M % N <= 10;
         EXPECT_EQ(viaRect[i], inside ? source[i - 2 * M] : T(-1)) << i;
@@ -205,11 +201,12 @@ TYPED_TEST(Projective, DriversCoverTheMappedRegion)
     pick<T>(ORNEX_CalculateXformMtrx_D, ORNEX_CalculateXformMtrx_R)(skewed, whole, 60, 70, 1, 0, 0, m);
     for (const bool exact : {true, false}) {
         std::vector<T> out(80 * 90, T(-1));
-        rect(e, whole, s, out.data(), 0, 0, 0, 79, 0, 89, 60, 0, m, ramp.data(), 0, 0, exact, 80, 90, 70, 2, 0, 0, 4, 0, 1);
+        rect(e, whole, s, out.data(), 0, 0, 0, 79, 0, 89, 60, 0, m, ramp.data(), 0, 0, exact, 80, 90, 70, 2, 0, 0, 4,
+             0, 1);
         double worst = 0, covered = 0;
         for (int i = 0; i < 80 * 90; ++i) {
-            const double x = i / 80, y = i % 80, row = (x * m[12] + y * m[13] + m[14]) / (x * m[15] + y * m[16] + m[17]);
-            if (out[i] != -1 && row > .5 && row < 58.5) ++covered, worst = std::max(worst, std::abs(out[i] - row));
+            const double x = i / 80, y = i % 80, r = (x * m[12] + y * m[13] + m[14]) / (x * m[15] + y * m[16] + m[17]);
+            if (out[i] != -1 && r > .5 && r < 58.5) ++covered, worst = std::max(worst, std::abs(out[i] - r));
         }
         EXPECT_GT(covered, 4000);
         EXPECT_TRUE(exact ? worst < (std::is_same_v<T, double> ? 1e-9 : 1e-3) : worst > 1e-7 && worst < 2e-2) << worst;
@@ -231,8 +228,9 @@ TYPED_TEST(Projective, EmptySourcesAndBackgrounds)
                                                           {values + 2, 1, 1, 0}, {zeros, 0, 1, 3}, {zeros, 1, 0, 0}};
     for (const auto &[background, three, one, planes] : fills) {
         std::vector<T> a(37, T(9));
-        pick<T>(ORNEX_FillBackgroundValues_D, ORNEX_FillBackgroundValues_R)(
-            background, a.data(), three ? a.data() + 12 : nullptr, three ? a.data() + 24 : nullptr, 3, 4, three, one, planes);
+        T *second = three ? a.data() + 12 : nullptr, *third = three ? a.data() + 24 : nullptr;
+        pick<T>(ORNEX_FillBackgroundValues_D, ORNEX_FillBackgroundValues_R)(background, a.data(), second, third, 3, 4,
+                                                                            three, one, planes);
         for (int i = 0; i < 37; ++i) {
             const T want = i < 12 * (three ? 3 : planes) ? background[one ? 0 : i / 12] : T(9);
             EXPECT_TRUE(a[i] == want && (want != 0 || !std::signbit(a[i]))) << three << one << planes << " at " << i;

@@ -70,7 +70,8 @@ TYPED_TEST(Resampling, EveryPointKernelMatchesAPlainLoopOnEveryPlane)
             const T low = T(method == 1 ? -0.5 : 0), high = std::max(T(0), T(size - (method == 1 ? 1.5 : 1)));
             const int kind = random() % 3;
             const T quarter = low + T(int(random() % (4 * size))) / 4;
-            return std::min(high, kind == 0 ? T(int(random() % size)) : kind == 1 ? quarter : uniform<T>(random, low, high));
+            const T anywhere = kind == 2 ? uniform<T>(random, low, high) : T(0);
+            return std::min(high, kind == 0 ? T(int(random() % size)) : kind == 1 ? quarter : anywhere);
         };
         const T y = position(M), x = position(N);
         std::vector<T> out(index + outStride * planes + 1, T(-999)), expected = out;
@@ -85,7 +86,7 @@ TYPED_TEST(Resampling, EveryPointKernelMatchesAPlainLoopOnEveryPlane)
         const T allowed = method == 3 ? T(std::is_same_v<T, double> ? 1e-11 : 2e-4) : T(0);
         for (size_t i = 0; i < out.size(); ++i)
             ASSERT_TRUE(out[i] == expected[i] || std::fabs(out[i] - expected[i]) <= allowed)
-                << out[i] << " != " << expected[i] << ", " << method << " at " << y << "," << x << " of " << M << "x" << N;
+                << out[i] << " vs " << expected[i] << " by " << method << " at " << y << "," << x << " in " << M << N;
     }
 }
 
@@ -104,9 +105,9 @@ TYPED_TEST(Resampling, EverySkewKernelMatchesTheShiftedLineWithBackgroundAround)
         const auto line = n ? plainSkew(kernel, src, outLength, s, bg) : std::vector<T>(outLength, bg);
         std::vector<T> expected((outLength + 1) * dstStride, T(-77)), out = expected;
         for (int k = first; k < outLength; ++k) expected[(k - first) * dstStride] = line[k];
-        const auto skew = kernel == 0   ? pick<T>(ORNEX_Skew_NNI_D, ORNEX_Skew_NNI_R)
-                          : kernel == 1 ? pick<T>(ORNEX_Skew_BLI_D, ORNEX_Skew_BLI_R)
-                                        : pick<T>(ORNEX_Skew_BCI_D, ORNEX_Skew_BCI_R);
+        const auto skew = std::array{pick<T>(ORNEX_Skew_NNI_D, ORNEX_Skew_NNI_R),
+                                     pick<T>(ORNEX_Skew_BLI_D, ORNEX_Skew_BLI_R),
+                                     pick<T>(ORNEX_Skew_BCI_D, ORNEX_Skew_BCI_R)}[kernel];
         skew(strided.data(), n, outLength, s, srcStride, dstStride, out.data(), first, &bg);
         const T allowed = kernel == 2 ? T(std::is_same_v<T, double> ? 1e-12 : 2e-5) : T(0);
         for (size_t k = 0; k < out.size(); ++k)
