@@ -154,23 +154,23 @@ TYPED_TEST(Detection, HoughVotesMatchThePlainLoop)
     using T = TypeParam;
     std::mt19937 random(5);
     for (int trial = 0; trial < 100; ++trial) {
-        const int rows = random() % 12, cols = random() % 12, numTheta = 2 + random() % 20;
-        // rho0 = -(k + 0.5), numRho = 2k + 2: the scale is 1 and the -90 and 0 degree columns land on
+        const int rows = random() % 12, cols = random() % 12, thetas = 2 + random() % 20;
+        // rho0 = -(k + 0.5), rhos = 2k + 2: the scale is 1 and the -90 and 0 degree columns land on
         // exact halves; a short range gives bins below 0 and past the end, as does rho0 > 0 (scale -1).
-        const int k = random() % 18, numRho = 2 * k + 2;
-        const T rho0 = (trial % 4 ? -1 : 1) * (T(k) + T(0.5)), scale = T(numRho - 1) / (rho0 * T(-2.0));
+        const int k = random() % 18, rhos = 2 * k + 2;
+        const T rho0 = (trial % 4 ? -1 : 1) * (T(k) + T(0.5)), scale = T(rhos - 1) / (rho0 * T(-2.0));
         std::vector<uint8_t> image(size_t(rows) * cols);
         for (auto &p : image) p = random() % 3 == 0 ? uint8_t(1 + random() % 255) : 0;
-        std::vector<T> s(numTheta), acc(size_t(numRho) * (2 * numTheta - 2) + 2 * pad, T(-3));
-        for (int t = 0; t < numTheta; ++t) s[t] = T(std::sin(pi / 2 * (t - numTheta + 1) / (numTheta - 1)));
-        pick<T>(ORNEX_Hough_D, ORNEX_Hough_R)(image.data(), acc.data() + pad, s.data(), &rho0, rows, cols, numRho, numTheta);
+        std::vector<T> s(thetas), acc(size_t(rhos) * (2 * thetas - 2) + 2 * pad, T(-3));
+        for (int t = 0; t < thetas; ++t) s[t] = T(std::sin(pi / 2 * (t - thetas + 1) / (thetas - 1)));
+        pick<T>(ORNEX_Hough_D, ORNEX_Hough_R)(image.data(), &acc[pad], s.data(), &rho0, rows, cols, rhos, thetas);
         std::vector<T> expected(acc.size(), T(-3));
         std::fill(expected.begin() + pad, expected.end() - pad, T(0));
         for (int i = 0; i < rows * cols; ++i)
-            for (int t = 0, j = -numTheta, r = i % rows, c = i / rows; image[i] && t < 2 * numTheta - 2; ++t, ++j) {
-                const T value = t < numTheta ? (s[t] * T(r) - s[numTheta - 1 - t] * T(c) - rho0) * scale
-                                             : (-s[numTheta - 2 - j] * T(r) - s[1 + j] * T(c) - rho0) * scale;
-                expected[pad + t * numRho + int(value > 0 ? value + T(0.5) : value - T(0.5))] += 1;
+            for (int t = 0, j = -thetas, r = i % rows, c = i / rows; image[i] && t < 2 * thetas - 2; ++t, ++j) {
+                const T value = t < thetas ? (s[t] * T(r) - s[thetas - 1 - t] * T(c) - rho0) * scale
+                                             : (-s[thetas - 2 - j] * T(r) - s[1 + j] * T(c) - rho0) * scale;
+                expected[pad + t * rhos + int(value > 0 ? value + T(0.5) : value - T(0.5))] += 1;
             }
         ASSERT_EQ(acc, expected) << trial;
     }
@@ -191,11 +191,11 @@ TYPED_TEST(Detection, HoughEndPointsAreTheFirstTwoBorderCrossings)
         if (i % 4 == 3 && (target - eps) + eps == target && target / c == T(-0.5)) rho[i] = target - eps;
     }
     const int rows = 1 + random() % 20, cols = 1 + random() % 20;
+    auto half = [](T v) { return std::floor(v + T(0.5)); }; // end points round halves up
     for (size_t i = 0; i < theta.size(); ++i) {
         const T r = rho[i] + eps, a = r / (T(std::cos(double(theta[i]))) + eps);
-        const T b = r / (T(std::sin(double(theta[i]))) + eps), top = std::floor(a + T(0.5)), left = std::floor(b + T(0.5));
-        const T right = std::floor((a - T(cols - 1)) * (b / a) + T(0.5));
-        const T bottom = std::floor(a - (a / b) * T(rows - 1) + T(0.5));
+        const T b = r / (T(std::sin(double(theta[i]))) + eps), top = half(a), left = half(b);
+        const T right = half((a - T(cols - 1)) * (b / a)), bottom = half(a - (a / b) * T(rows - 1));
         const T found[4][2] = {{0, top}, {left, 0}, {right, T(cols - 1)}, {T(rows - 1), bottom}};
         std::vector<T> points; // the first two crossings on the border, each (row, column)
         for (int k = 0; k < 4 && points.size() < 4; ++k)

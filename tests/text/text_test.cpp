@@ -18,32 +18,29 @@ TYPED_TEST(DrawText, EveryBlenderMatchesThePlainBlendAndClips)
         std::vector<uint8_t> glyph(gw * gh);
         for (auto &g : glyph) g = random() % 3 ? uint8_t(random() % 3 ? random() % 256 : 255) : 0;
         const T opacity = std::vector<T>{0, T(0.3), T(0.75), 1, 2}[random() % 5], colour[3] = {T(0.25), T(-3), T(7.5)};
-        std::vector<T> planes[3], expected[3];
-        for (int p = 0; p < 3; ++p) {
-            planes[p].resize(rows * cols + 2); // one sentinel on each side
-            for (T &v : planes[p]) v = random() % 16 ? uniform<T>(random, -2, 2) : T(INFINITY);
-            expected[p] = planes[p];
-        }
+        const int size = rows * cols + 2; // three planes, one sentinel on each side of each
+        std::vector<T> planes(3 * size);
+        for (T &v : planes) v = random() % 16 ? uniform<T>(random, -2, 2) : T(INFINITY);
+        auto expected = planes;
         for (int i = 0; i < gw * gh; ++i) {
             const int r = i / gw, c = i % gw, row = transposed ? x + xo + c : y - yo + r;
             const int col = transposed ? y - yo + r : x + xo + c;
             const T a = T(glyph[i] / 255.0);
             for (int p = 0; row >= 0 && row < rows && col >= 0 && col < cols && a != 0 && p < (rgb ? 3 : 1); ++p) {
-                T &pixel = expected[p][1 + row + col * rows];
+                T &pixel = expected[p * size + 1 + row + col * rows];
                 const T value = !aa || a == 1 ? colour[p] : a * (colour[p] - pixel) + pixel;
                 pixel = opacity < 1 ? (1 - opacity) * pixel + value * opacity : value;
             }
         }
         const int code = std::is_same_v<T, double> ? 0 : 1;
-        T *o[3] = {planes[0].data() + 1, planes[1].data() + 1, planes[2].data() + 1};
+        T *o[3] = {&planes[1], &planes[size + 1], &planes[2 * size + 1]};
         if (rgb)
             ORNEX_GetDrawTextFcn_RGB(code, aa)(glyph.data(), x, y, xo, yo, gw, gh, cols, rows, o[0], o[1], o[2],
                                                colour, &opacity, transposed);
         else
             ORNEX_GetDrawTextFcn_I(code, aa)(glyph.data(), x, y, xo, yo, gw, gh, cols, rows, o[0], colour, &opacity,
                                              transposed);
-        for (int p = 0; p < 3; ++p)
-            ASSERT_TRUE(std::equal(planes[p].begin(), planes[p].end(), expected[p].begin(), same)) << trial << " " << p;
+        ASSERT_TRUE(std::equal(planes.begin(), planes.end(), expected.begin(), same)) << "trial " << trial;
     }
     // The tables hold the floating blenders only.
     for (int code = -1; code <= 9; ++code)
@@ -71,15 +68,17 @@ TEST(FormatValues, PiecesValuesAndRoom)
     static char text[] = "hello!!";
     static float single = 1.5f;
     // A null or a code above 8: nothing written. Every type code is widened through the C++ layer's tests.
-    const struct { const char *pattern; void *values; int limit, code; bool text; const char *expected; } cases[] = {
-        {"x=%d, y=%d", v, 1, 6, false, "x=3, y=4"}, {"x=%d, y=%d", v, 0, 6, false, "x=3, y="}, {"plain", v, 0, 6, false, "plain"},
-        {"100%%", v, 0, 6, false, "100%"}, {"%d%% of %d", v + 2, 1, 6, false, "100% of 7"}, {"x=%d%%", v + 3, 0, 6, false, "x=7"},
-        {"100%%", v, -1, 6, false, "100"}, {"%d%nab%d", v, 5, 6, false, "3ab100"}, {"x%ny", v, 5, 6, false, "xy"},
-        {"<%s>", text, 6, 3, true, "<hello>"}, {"<%s>", v, 1, 6, true, "<%s>"}, {"%d", v, 0, 9, false, nullptr},
-        {"%d", nullptr, 0, 6, false, nullptr}, {"%.2f", &single, 0, 1, false, "1.50"},
+    const struct { const char *pattern; void *values; int limit, code; const char *want; bool text = false; } cases[] = {
+        {"x=%d, y=%d", v, 1, 6, "x=3, y=4"}, {"x=%d, y=%d", v, 0, 6, "x=3, y="}, {"plain", v, 0, 6, "plain"},
+        {"100%%", v, 0, 6, "100%"}, {"%d%% of %d", v + 2, 1, 6, "100% of 7"}, {"x=%d%%", v + 3, 0, 6, "x=7"},
+        {"100%%", v, -1, 6, "100"}, {"%d%nab%d", v, 5, 6, "3ab100"}, {"x%ny", v, 5, 6, "xy"},
+        {"<%s>", text, 6, 3, "<hello>", true}, {"<%s>", v, 1, 6, "<%s>", true}, {"%d", v, 0, 9, nullptr},
+        {"%d", nullptr, 0, 6, nullptr}, {"%.2f", &single, 0, 1, "1.50"},
     };
-    for (const auto &c : cases)
-        EXPECT_EQ(format(c.pattern, c.values, c.limit, c.code, 48, c.text), c.expected ? c.expected : std::string(48, '#')) << c.pattern;
+    for (const auto &c : cases) {
+        const std::string expected = c.want ? c.want : std::string(48, '#');
+        EXPECT_EQ(format(c.pattern, c.values, c.limit, c.code, 48, c.text), expected) << c.pattern;
+    }
     EXPECT_EQ(text[5], '\0') << "the characters end at index valueLimit - 1";
     EXPECT_EQ(v[1], 4) << "a count lands nowhere";
     char pattern[] = "%d", keep[8] = "keep";
@@ -112,7 +111,8 @@ TEST(ValueConversion, EveryTypeCodeTruncatesExtendsOrClamps)
         for (int k = 0; k < 8; ++k) {
             const int64_t wide = int64_t(source[k]), shifted = k < 6 ? int64_t(source[k + 2]) : 0;
             EXPECT_EQ(u[k], k < 6 && code < 8 ? uint32_t(wide) : 42u) << code;
-            EXPECT_EQ(i[k], k >= 5 || code > 8 ? 42 : code < 2 && (shifted < INT32_MIN || shifted > INT32_MAX) ? INT32_MIN : int32_t(shifted)) << code;
+            const bool clamped = code < 2 && (shifted < INT32_MIN || shifted > INT32_MAX);
+            EXPECT_EQ(i[k], k >= 5 || code > 8 ? 42 : clamped ? INT32_MIN : int32_t(shifted)) << code;
         }
         ++code;
     };
