@@ -25,19 +25,20 @@ struct Plain {
     }
     Vec<T> suppress(const Vec<T> &gx, const Vec<T> &gy) const
     {
-        auto mag = [&](int r, int c) { return std::sqrt(at(gx, r, c) * at(gx, r, c) + at(gy, r, c) * at(gy, r, c)); };
+        auto g = [&](int r, int c) { return std::sqrt(at(gx, r, c) * at(gx, r, c) + at(gy, r, c) * at(gy, r, c)); };
         Vec<T> out(gx.size());
         T largest = 0;
-        for (int c = 0; c < N; ++c)
-            for (int r = 0; r < M; ++r) {
-                const T x = at(gx, r, c), y = at(gy, r, c), m = mag(r, c), ax = std::fabs(x), ay = std::fabs(y);
-                const int s = x * y > 0 ? 1 : -1, v = ax < ay; // same sign; mainly vertical gradient
-                const T t = v ? ax / ay : ay / ax, side1 = v ? (1 - t) * mag(r - 1, c) + t * mag(r - 1, c - s)
-                                                          : (1 - t) * mag(r, c + 1) + t * mag(r + s, c + 1);
-                const T side2 = v ? t * mag(r + 1, c + s) + (1 - t) * mag(r + 1, c) : t * mag(r - s, c - 1) + (1 - t) * mag(r, c - 1);
-                const T o = out[r + c * M] = r == 0 || c == 0 || r == M - 1 || c == N - 1 || (m > side1 && m > side2) ? m : 0;
-                largest = o > largest ? o : largest;
-            }
+        for (int i = 0; i < M * N; ++i) { // column by column
+            const int r = i % M, c = i / M;
+            const T x = gx[i], y = gy[i], m = g(r, c), ax = std::fabs(x), ay = std::fabs(y);
+            const int s = x * y > 0 ? 1 : -1, v = ax < ay; // same sign; mainly vertical gradient
+            const T t = v ? ax / ay : ay / ax, side1 = v ? (1 - t) * g(r - 1, c) + t * g(r - 1, c - s)
+                                                      : (1 - t) * g(r, c + 1) + t * g(r + s, c + 1);
+            const T side2 = v ? t * g(r + 1, c + s) + (1 - t) * g(r + 1, c)
+                              : t * g(r - s, c - 1) + (1 - t) * g(r, c - 1);
+            const T o = out[i] = r == 0 || c == 0 || r == M - 1 || c == N - 1 || (m > side1 && m > side2) ? m : 0;
+            largest = o > largest ? o : largest;
+        }
         for (T &o : out) o = o / (largest == 0 ? std::numeric_limits<T>::epsilon() : largest);
         return out;
     }
@@ -98,18 +99,19 @@ TYPED_TEST(Detection, CannyStagesAndDriversMatchThePlainPipeline)
     const auto automatic = pick<T>(ORNEX_EdgeCanny_autoTh_D, ORNEX_EdgeCanny_autoTh_R);
     std::mt19937 random(41);
     for (int trial = 0; trial < 400; ++trial) {
-        const int M = trial % 20 ? 1 + random() % 14 : trial ? 60 + random() % 80 : 3, N = trial ? 1 + random() % 14 : 8200;
+        const int M = trial % 20 ? 1 + random() % 14 : trial ? 60 + random() % 80 : 3; // tall images, one very wide
+        const int N = trial ? 1 + random() % 14 : 8200;
         const int L = trial ? 1 + random() % std::min(4, std::min(M, N) + 1) : 1, B = L / 2;
         const size_t n = size_t(M) * N;
         // Small integers and dyadic weights make ties common; real values exercise each step's rounding.
-        auto values = [&](size_t count, int kind) {
+        auto draw = [&](size_t count, int kind) {
             Vec<T> v(count);
             for (T &x : v) x = kind ? T(int(random() % 9) - 4) / (kind == 1 ? 4 : 1) : uniform<T>(random, -3, 3);
             return v;
         };
         const Plain<T> plain{M, N};
         const int kind = trial % 3 > 0;
-        Vec<T> image = trial % 7 || !trial ? values(n, kind) : Vec<T>(n, T(2)), g = values(L, kind), d = values(L, kind);
+        Vec<T> image = trial % 7 || !trial ? draw(n, kind) : Vec<T>(n, T(2)), g = draw(L, kind), d = draw(L, kind);
         Vec<T> out(n + 2, T(-7)), out2 = out;
         auto inner = [&](const Vec<T> &v) { return Vec<T>(v.begin() + 1, v.end() - 1); };
         const Vec<T> h = plain.filter(image, g, 0, 1, false), v = plain.filter(image, g, 1, 0, false);
@@ -119,7 +121,7 @@ TYPED_TEST(Detection, CannyStagesAndDriversMatchThePlainPipeline)
         across(h.data(), d.data(), out.data() + 1, M, N, L);
         down(v.data(), d.data(), out2.data() + 1, M, N, L);
         ASSERT_TRUE(inner(out) == gx && inner(out2) == gy) << trial;
-        const Vec<T> sx = values(n, 2), sy = values(n, 2); // integer gradients: exact ties in suppression
+        const Vec<T> sx = draw(n, 2), sy = draw(n, 2); // integer gradients: exact ties in suppression
         suppress(sx.data(), sy.data(), out.data() + 1, M, N);
         ASSERT_EQ(inner(out), plain.suppress(sx, sy)) << trial;
         const Vec<T> magnitude = plain.suppress(gx, gy); // checked through both drivers below

@@ -53,13 +53,11 @@ TYPED_TEST(DrawText, EveryBlenderMatchesThePlainBlendAndClips)
 // Formats into '#'s with room `size`; the format comes back unchanged, nothing past the room touched.
 std::string format(const char *pattern, void *values, int valueLimit, int typeCode, int size = 48, bool text = false)
 {
-    std::string formatCopy = pattern;
-    char buffer[64];
-    std::memset(buffer, '#', sizeof buffer);
-    ORNEX_snprintf(buffer, formatCopy.data(), values, valueLimit, typeCode, text, size);
+    std::string formatCopy = pattern, buffer(64, '#');
+    ORNEX_snprintf(buffer.data(), formatCopy.data(), values, valueLimit, typeCode, text, size);
     EXPECT_EQ(formatCopy, pattern);
-    EXPECT_EQ(std::string(buffer + size, 64 - size), std::string(64 - size, '#'));
-    return std::string(buffer, strnlen(buffer, size));
+    EXPECT_EQ(buffer.substr(size), std::string(64 - size, '#'));
+    return std::string(buffer.data(), strnlen(buffer.data(), size));
 }
 
 TEST(FormatValues, PiecesValuesAndRoom)
@@ -68,7 +66,7 @@ TEST(FormatValues, PiecesValuesAndRoom)
     static char text[] = "hello!!";
     static float single = 1.5f;
     // A null or a code above 8: nothing written. Every type code is widened through the C++ layer's tests.
-    const struct { const char *pattern; void *values; int limit, code; const char *want; bool text = false; } cases[] = {
+    const struct { const char *pattern; void *in; int limit, code; const char *want; bool text = false; } cases[] = {
         {"x=%d, y=%d", v, 1, 6, "x=3, y=4"}, {"x=%d, y=%d", v, 0, 6, "x=3, y="}, {"plain", v, 0, 6, "plain"},
         {"100%%", v, 0, 6, "100%"}, {"%d%% of %d", v + 2, 1, 6, "100% of 7"}, {"x=%d%%", v + 3, 0, 6, "x=7"},
         {"100%%", v, -1, 6, "100"}, {"%d%nab%d", v, 5, 6, "3ab100"}, {"x%ny", v, 5, 6, "xy"},
@@ -77,7 +75,7 @@ TEST(FormatValues, PiecesValuesAndRoom)
     };
     for (const auto &c : cases) {
         const std::string expected = c.want ? c.want : std::string(48, '#');
-        EXPECT_EQ(format(c.pattern, c.values, c.limit, c.code, 48, c.text), expected) << c.pattern;
+        EXPECT_EQ(format(c.pattern, c.in, c.limit, c.code, 48, c.text), expected) << c.pattern;
     }
     EXPECT_EQ(text[5], '\0') << "the characters end at index valueLimit - 1";
     EXPECT_EQ(v[1], 4) << "a count lands nowhere";
@@ -123,10 +121,11 @@ TEST(ValueConversion, EveryTypeCodeTruncatesExtendsOrClamps)
     // Clamping to [0, 1], NaN kept; other type codes do nothing.
     const double values[] = {-0.5, 0.3, 7, NAN, 1, 0};
     const float rgb[] = {2.0f, -1.0f, 0.5f};
-    double out[7] = {9, 9, 9, 9, 9, 9, 9}, untouched[3] = {9, 9, 9};
+    double out[7] = {9, 9, 9, 9, 9, 9, 9}, kept[3] = {9, 9, 9};
     float rgbOut[4] = {9, 9, 9, 9};
     ORNEX_DrawText_SatFltptIntensityVals(0, values, out, 6), ORNEX_DrawText_SatFltptRGBVals(1, rgb, rgbOut);
-    ORNEX_DrawText_SatFltptRGBVals(2, values, untouched), ORNEX_DrawText_SatFltptIntensityVals(-1, values, untouched, 2);
-    EXPECT_TRUE(out[0] == 0 && out[1] == 0.3 && out[2] == 1 && std::isnan(out[3]) && out[4] == 1 && out[5] == 0 && out[6] == 9);
-    EXPECT_TRUE(rgbOut[0] == 1 && rgbOut[1] == 0 && rgbOut[2] == 0.5f && rgbOut[3] == 9 && untouched[0] == 9 && untouched[1] == 9);
+    ORNEX_DrawText_SatFltptRGBVals(2, values, kept), ORNEX_DrawText_SatFltptIntensityVals(-1, values, kept, 2);
+    EXPECT_TRUE(out[0] == 0 && out[1] == 0.3 && out[2] == 1 && std::isnan(out[3]) && out[4] == 1 && out[5] == 0);
+    EXPECT_TRUE(out[6] == 9 && rgbOut[0] == 1 && rgbOut[1] == 0 && rgbOut[2] == 0.5f && rgbOut[3] == 9);
+    EXPECT_TRUE(kept[0] == 9 && kept[1] == 9 && kept[2] == 9);
 }
