@@ -226,9 +226,8 @@ TYPED_TEST(Projective, EmptySourcesAndBackgrounds)
                                                           {values + 2, 1, 1, 0}, {zeros, 0, 1, 3}, {zeros, 1, 0, 0}};
     for (const auto &[background, three, one, planes] : fills) {
         std::vector<T> a(37, T(9));
-        T *second = three ? a.data() + 12 : nullptr, *third = three ? a.data() + 24 : nullptr;
-        pick<T>(ORNEX_FillBackgroundValues_D, ORNEX_FillBackgroundValues_R)(background, a.data(), second, third, 3, 4,
-                                                                            three, one, planes);
+        pick<T>(ORNEX_FillBackgroundValues_D, ORNEX_FillBackgroundValues_R)(
+            background, a.data(), three ? &a[12] : nullptr, three ? &a[24] : nullptr, 3, 4, three, one, planes);
         for (int i = 0; i < 37; ++i) {
             const T want = i < 12 * (three ? 3 : planes) ? background[one ? 0 : i / 12] : T(9);
             EXPECT_TRUE(a[i] == want && (want != 0 || !std::signbit(a[i]))) << three << one << planes << " at " << i;
