@@ -1,15 +1,4 @@
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <random>
-
-#include "ornex_rt.h"
-
-template <class T, class D, class R>
-constexpr auto pick(D d, R r)
-{
-    if constexpr (std::is_same_v<T, double>) return d; else return r;
-}
+#include "precisions.hpp"
 
 // The a = -1 cubic weights for taps at distance 0..1 and 1..2.
 template <class T> T w1(T s) { return s * s * s - 2 * s * s + 1; }
@@ -20,7 +9,8 @@ template <class T> T w2(T s) { return -s * s * s + 5 * s * s - 8 * s + 4; }
 template <class T>
 T along(T f, int i, int size, bool integer, const T *v)
 {
-    if (integer || i == 0 || i == size - 2) return integer ? v[i] : (1 - f) * v[i] + f * v[i + 1];
+    if (integer) return v[i];
+    if (i == 0 || i == size - 2) return (1 - f) * v[i] + f * v[i + 1];
     return v[i - 1] * w2(1 + f) + v[i] * w1(f) + v[i + 1] * w1(1 - f) + v[i + 2] * w2(2 - f);
 }
 
@@ -29,9 +19,10 @@ T plainSample(int method, const T *s, T y, T x, int M, int N)
 {
     const int r = int(y), c = int(x), r1 = std::min(r + 1, M - 1), c1 = std::min(c + 1, N - 1);
     const T fy = y - T(r), fx = x - T(c);
-    if (method == 1) return s[int(y + (y >= 0 ? T(0.5) : T(-0.5))) + int(x + (x >= 0 ? T(0.5) : T(-0.5))) * M];
-    if (method == 2)
-        return (s[r + c1 * M] * (1 - fy) + s[r1 + c1 * M] * fy) * fx + (s[r + c * M] * (1 - fy) + s[r1 + c * M] * fy) * (1 - fx);
+    auto round = [](T v) { return int(v + (v >= 0 ? T(0.5) : T(-0.5))); };
+    if (method == 1) return s[round(y) + round(x) * M];
+    auto down = [&](int col) { return s[r + col * M] * (1 - fy) + s[r1 + col * M] * fy; };
+    if (method == 2) return down(c1) * fx + down(c) * (1 - fx);
     T column[4];
     const int count = x == T(c) ? 1 : c == 0 || c == N - 2 ? 2 : 4, first = count == 4 ? c - 1 : c;
     for (int k = 0; k < count; ++k) column[k] = along(fy, r, M, y == T(r), s + (first + k) * M);
@@ -53,15 +44,13 @@ std::vector<T> plainSkew(int kernel, const std::vector<T> &src, int outLength, T
         if (kernel == 0 || f == 0) out[k] = S(k - i);
         else if (kernel == 1 && s > 0) out[k] = k >= i && k <= i + n ? f * S(k - i - 1) + (1 - f) * S(k - i) : bg;
         else if (kernel == 1) out[k] = k - i < n ? (1 - f) * S(k - i) + f * S(k - i + 1) : bg;
-        else if (j + 3 >= 0 && j < n) out[k] = w2(1 + a) * S(j) + w1(a) * S(j + 1) + w1(1 - a) * S(j + 2) + w2(2 - a) * S(j + 3);
+        else if (j + 3 >= 0 && j < n)
+            out[k] = w2(1 + a) * S(j) + w1(a) * S(j + 1) + w1(1 - a) * S(j + 2) + w2(2 - a) * S(j + 3);
     }
     return out;
 }
 
-template <class T>
-class Resampling : public ::testing::Test {};
-using Precisions = ::testing::Types<double, float>;
-TYPED_TEST_SUITE(Resampling, Precisions);
+PRECISION_SUITE(Resampling);
 
 TYPED_TEST(Resampling, EveryPointKernelMatchesAPlainLoopOnEveryPlane)
 {
@@ -69,36 +58,35 @@ TYPED_TEST(Resampling, EveryPointKernelMatchesAPlainLoopOnEveryPlane)
     std::mt19937 random(3);
     for (int trial = 0; trial < 3000; ++trial) {
         const int M = 1 + random() % 6, N = 1 + random() % 6, planes = 1 + random() % 4, method = 1 + trial % 3;
-        // Planes M elements apart with infinite gaps: a tap past the last row
-        // or column gives NaN. M + 1 finite values lead, for the nearest
-        // kernel's rounding of -0.5 to -1.
+        // Planes M elements apart with infinite gaps: a tap past the last row or column gives
+        // NaN. M + 1 finite values lead, for the nearest kernel's rounding of -0.5 to -1.
         const int inStride = M * N + M, outStride = 2 * planes + 1, index = random() % 3, lead = M + 1;
         std::vector<T> buffer(lead + size_t(inStride) * planes, T(INFINITY));
         for (int i = -lead; i < M * N * planes; ++i)
-            buffer[lead + (i < 0 ? i : i % (M * N) + i / (M * N) * inStride)] = T(std::uniform_real_distribution<double>(-50, 50)(random));
+            buffer[lead + (i < 0 ? i : i % (M * N) + i / (M * N) * inStride)] = uniform<T>(random, -50, 50);
         const T *source = buffer.data() + lead;
-        // On the grid, on quarters (halves included) or anywhere, up to the
-        // last line; the nearest kernel from -0.5 to where it rounds to it.
+        // On the grid, on quarters or anywhere, up to the last line (nearest: from -0.5 on).
         auto position = [&](int size) {
             const T low = T(method == 1 ? -0.5 : 0), high = std::max(T(0), T(size - (method == 1 ? 1.5 : 1)));
             const int kind = random() % 3;
-            return std::min(high, kind == 0 ? T(int(random() % size)) : kind == 1 ? low + T(int(random() % (4 * size))) / 4
-                                                                              : T(std::uniform_real_distribution<double>(low, high)(random)));
+            const T quarter = low + T(int(random() % (4 * size))) / 4;
+            const T anywhere = kind == 2 ? uniform<T>(random, low, high) : T(0);
+            return std::min(high, kind == 0 ? T(int(random() % size)) : kind == 1 ? quarter : anywhere);
         };
         const T y = position(M), x = position(N);
         std::vector<T> out(index + outStride * planes + 1, T(-999)), expected = out;
-        for (int p = 0; p < planes; ++p) expected[index + p * outStride] = plainSample(method, source + p * inStride, y, x, M, N);
-        if (method == 1) pick<T>(ORNEX_NN_Interp_D, ORNEX_NN_Interp_R)(source, y, x, M, out.data(), index, planes, inStride, outStride);
+        for (int p = 0; p < planes; ++p)
+            expected[index + p * outStride] = plainSample(method, source + p * inStride, y, x, M, N);
+        const auto nearest = pick<T>(ORNEX_NN_Interp_D, ORNEX_NN_Interp_R);
         const auto area = method == 2 ? pick<T>(ORNEX_PosVal_BL_Interp_D, ORNEX_PosVal_BL_Interp_R)
                                       : pick<T>(ORNEX_PosVal_BC_Interp_D, ORNEX_PosVal_BC_Interp_R);
-        if (method != 1) area(source, y, x, M, N, out.data(), index, planes, inStride, outStride);
+        if (method == 1) nearest(source, y, x, M, out.data(), index, planes, inStride, outStride);
+        else area(source, y, x, M, N, out.data(), index, planes, inStride, outStride);
         // The cubic weights are polynomials whose order of evaluation is free.
-        const T tolerance = method == 3 ? T(std::is_same_v<T, double> ? 1e-11 : 2e-4) : T(0);
-        for (size_t i = 0; i < out.size(); ++i) {
-            if (out[i] != expected[i]) {
-                ASSERT_NEAR(out[i], expected[i], tolerance) << method << " at " << y << ", " << x << " of " << M << "x" << N;
-            }
-        }
+        const T allowed = method == 3 ? T(std::is_same_v<T, double> ? 1e-11 : 2e-4) : T(0);
+        for (size_t i = 0; i < out.size(); ++i)
+            ASSERT_TRUE(out[i] == expected[i] || std::fabs(out[i] - expected[i]) <= allowed)
+                << out[i] << " vs " << expected[i] << " by " << method << " at " << y << "," << x << " in " << M << N;
     }
 }
 
@@ -110,20 +98,19 @@ TYPED_TEST(Resampling, EverySkewKernelMatchesTheShiftedLineWithBackgroundAround)
         const int kernel = trial % 3, n = random() % 9, outLength = random() % 16, first = random() % (outLength + 2);
         const int srcStride = 1 + random() % 3, dstStride = 1 + random() % 3;
         const T bg = T(int(random() % 7) - 3);
-        // Whole, half and quarter offsets and any in between, both signs.
         const double q = int(random() % 101) - 50;
-        const T s = T(random() % 2 ? q / 4 : q / 4 + std::uniform_real_distribution<double>(-0.3, 0.3)(random));
+        const T s = T(random() % 2 ? q / 4 : q / 4 + uniform(random, -0.3, 0.3));
         std::vector<T> src(n), strided(size_t(n) * srcStride, T(1e6));
-        for (int j = 0; j < n; ++j) strided[j * srcStride] = src[j] = T(std::uniform_real_distribution<double>(-9, 9)(random));
+        for (int j = 0; j < n; ++j) strided[j * srcStride] = src[j] = uniform<T>(random, -9, 9);
         const auto line = n ? plainSkew(kernel, src, outLength, s, bg) : std::vector<T>(outLength, bg);
-        std::vector<T> expected((outLength + 1) * dstStride, T(-77)), out = expected; // stored from position `first` on
+        std::vector<T> expected((outLength + 1) * dstStride, T(-77)), out = expected;
         for (int k = first; k < outLength; ++k) expected[(k - first) * dstStride] = line[k];
-        const auto skew = kernel == 0   ? pick<T>(ORNEX_Skew_NNI_D, ORNEX_Skew_NNI_R)
-                          : kernel == 1 ? pick<T>(ORNEX_Skew_BLI_D, ORNEX_Skew_BLI_R)
-                                        : pick<T>(ORNEX_Skew_BCI_D, ORNEX_Skew_BCI_R);
+        const auto skew = std::array{pick<T>(ORNEX_Skew_NNI_D, ORNEX_Skew_NNI_R),
+                                     pick<T>(ORNEX_Skew_BLI_D, ORNEX_Skew_BLI_R),
+                                     pick<T>(ORNEX_Skew_BCI_D, ORNEX_Skew_BCI_R)}[kernel];
         skew(strided.data(), n, outLength, s, srcStride, dstStride, out.data(), first, &bg);
-        const T tolerance = kernel == 2 ? T(std::is_same_v<T, double> ? 1e-12 : 2e-5) : T(0);
+        const T allowed = kernel == 2 ? T(std::is_same_v<T, double> ? 1e-12 : 2e-5) : T(0);
         for (size_t k = 0; k < out.size(); ++k)
-            ASSERT_NEAR(out[k], expected[k], tolerance) << kernel << " offset " << s << " length " << n << " at " << k;
+            ASSERT_NEAR(out[k], expected[k], allowed) << kernel << " offset " << s << " length " << n << " at " << k;
     }
 }

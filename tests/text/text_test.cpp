@@ -1,15 +1,8 @@
-#include <gtest/gtest.h>
-
-#include <cmath>
 #include <cstring>
-#include <random>
 
-#include "ornex_rt.h"
+#include "../geometry/precisions.hpp"
 
-template <class T>
-class DrawText : public ::testing::Test {};
-using Precisions = ::testing::Types<double, float>;
-TYPED_TEST_SUITE(DrawText, Precisions);
+PRECISION_SUITE(DrawText);
 
 // Every blender, through the selection tables: placement, transposition, clipping, coverage, opacity.
 TYPED_TEST(DrawText, EveryBlenderMatchesThePlainBlendAndClips)
@@ -20,40 +13,36 @@ TYPED_TEST(DrawText, EveryBlenderMatchesThePlainBlendAndClips)
     for (int trial = 0; trial < 3000; ++trial) {
         const bool aa = trial % 2, rgb = trial / 2 % 2, transposed = random() % 2;
         const int rows = 1 + random() % 6, cols = 1 + random() % 6, gw = random() % 5, gh = random() % 5;
-        const int x = int(random() % 10) - 4, y = int(random() % 10) - 2, xo = int(random() % 5) - 2, yo = int(random() % 5) - 2;
+        const int x = int(random() % 10) - 4, y = int(random() % 10) - 2;
+        const int xo = int(random() % 5) - 2, yo = int(random() % 5) - 2;
         std::vector<uint8_t> glyph(gw * gh);
         for (auto &g : glyph) g = random() % 3 ? uint8_t(random() % 3 ? random() % 256 : 255) : 0;
         const T opacity = std::vector<T>{0, T(0.3), T(0.75), 1, 2}[random() % 5], colour[3] = {T(0.25), T(-3), T(7.5)};
-        std::vector<T> planes[3], expected[3];
-        for (int p = 0; p < 3; ++p) {
-            planes[p].resize(rows * cols + 2); // one sentinel on each side
-            for (T &v : planes[p]) v = random() % 16 ? T(std::uniform_real_distribution<double>(-2, 2)(random)) : T(INFINITY);
-            expected[p] = planes[p];
-        }
-        for (int r = 0; r < gh; ++r)
-            for (int c = 0; c < gw; ++c) {
-                const int row = transposed ? x + xo + c : y - yo + r, col = transposed ? y - yo + r : x + xo + c;
-                const T a = T(glyph[r * gw + c] / 255.0);
-                for (int p = 0; row >= 0 && row < rows && col >= 0 && col < cols && a != 0 && p < (rgb ? 3 : 1); ++p) {
-                    T &pixel = expected[p][1 + row + col * rows];
-                    const T value = !aa || a == 1 ? colour[p] : a * (colour[p] - pixel) + pixel;
-                    pixel = opacity < 1 ? (1 - opacity) * pixel + value * opacity : value;
-                }
+        const int size = rows * cols + 2; // three planes, one sentinel on each side of each
+        std::vector<T> planes(3 * size);
+        for (T &v : planes) v = random() % 16 ? uniform<T>(random, -2, 2) : T(INFINITY);
+        auto expected = planes;
+        for (int i = 0; i < gw * gh; ++i) {
+            const int r = i / gw, c = i % gw, row = transposed ? x + xo + c : y - yo + r;
+            const int col = transposed ? y - yo + r : x + xo + c;
+            const T a = T(glyph[i] / 255.0);
+            for (int p = 0; row >= 0 && row < rows && col >= 0 && col < cols && a != 0 && p < (rgb ? 3 : 1); ++p) {
+                T &pixel = expected[p * size + 1 + row + col * rows];
+                const T value = !aa || a == 1 ? colour[p] : a * (colour[p] - pixel) + pixel;
+                pixel = opacity < 1 ? (1 - opacity) * pixel + value * opacity : value;
             }
+        }
         const int code = std::is_same_v<T, double> ? 0 : 1;
+        T *o[3] = {&planes[1], &planes[size + 1], &planes[2 * size + 1]};
         if (rgb)
-            ORNEX_GetDrawTextFcn_RGB(code, aa)(glyph.data(), x, y, xo, yo, gw, gh, cols, rows, planes[0].data() + 1,
-                                               planes[1].data() + 1, planes[2].data() + 1, colour, &opacity, transposed);
+            ORNEX_GetDrawTextFcn_RGB(code, aa)(glyph.data(), x, y, xo, yo, gw, gh, cols, rows, o[0], o[1], o[2],
+                                               colour, &opacity, transposed);
         else
-            ORNEX_GetDrawTextFcn_I(code, aa)(glyph.data(), x, y, xo, yo, gw, gh, cols, rows, planes[0].data() + 1, colour, &opacity, transposed);
-        for (int p = 0; p < 3; ++p)
-            ASSERT_TRUE(std::equal(planes[p].begin(), planes[p].end(), expected[p].begin(), same)) << "trial " << trial << " plane " << p;
+            ORNEX_GetDrawTextFcn_I(code, aa)(glyph.data(), x, y, xo, yo, gw, gh, cols, rows, o[0], colour, &opacity,
+                                             transposed);
+        ASSERT_TRUE(std::equal(planes.begin(), planes.end(), expected.begin(), same)) << "trial " << trial;
     }
-}
-
-// Which blender each entry is, the blend test above tells apart.
-TEST(DrawText, SelectionTablesHoldOnlyTheFloatingBlenders)
-{
+    // The tables hold the floating blenders only.
     for (int code = -1; code <= 9; ++code)
         for (uint8_t aa : {0, 1, 2}) {
             EXPECT_EQ(ORNEX_GetDrawTextFcn_I(code, aa) != nullptr, (code == 0 || code == 1) && aa < 2) << code;
@@ -64,35 +53,30 @@ TEST(DrawText, SelectionTablesHoldOnlyTheFloatingBlenders)
 // Formats into '#'s with room `size`; the format comes back unchanged, nothing past the room touched.
 std::string format(const char *pattern, void *values, int valueLimit, int typeCode, int size = 48, bool text = false)
 {
-    std::string formatCopy = pattern;
-    char buffer[64];
-    std::memset(buffer, '#', sizeof buffer);
-    ORNEX_snprintf(buffer, formatCopy.data(), values, valueLimit, typeCode, text, size);
+    std::string formatCopy = pattern, buffer(64, '#');
+    ORNEX_snprintf(buffer.data(), formatCopy.data(), values, valueLimit, typeCode, text, size);
     EXPECT_EQ(formatCopy, pattern);
-    EXPECT_EQ(std::string(buffer + size, 64 - size), std::string(64 - size, '#'));
-    return std::string(buffer, strnlen(buffer, size));
+    EXPECT_EQ(buffer.substr(size), std::string(64 - size, '#'));
+    return std::string(buffer.data(), strnlen(buffer.data(), size));
 }
 
-TEST(FormatValues, PiecesValuesTypesAndRoom)
+TEST(FormatValues, PiecesValuesAndRoom)
 {
-    static int32_t v[] = {3, 4, 100, 7}, i32 = -2000000000;
+    static int32_t v[] = {3, 4, 100, 7};
     static char text[] = "hello!!";
-    static struct { double d = -2.25; float f = 1.5f; int8_t i8 = -5; int16_t i16 = -300; uint8_t u8 = 250, logical = 1; uint16_t u16 = 65535; } w;
-    static uint32_t u32 = 4000000000u;
-    // Each value widened as its type code says: singles to double, small
-    // integers and logical to int; a null or a code above 8: nothing written.
-    const struct { const char *pattern; void *values; int limit, code; bool text; const char *expected; } cases[] = {
-        {"x=%d, y=%d", v, 1, 6, false, "x=3, y=4"}, {"x=%d, y=%d", v, 0, 6, false, "x=3, y="}, {"plain", v, 0, 6, false, "plain"},
-        {"100%%", v, 0, 6, false, "100%"}, {"%d%% of %d", v + 2, 1, 6, false, "100% of 7"}, {"x=%d%%", v + 3, 0, 6, false, "x=7"},
-        {"100%%", v, -1, 6, false, "100"}, {"%d%nab%d", v, 5, 6, false, "3ab100"}, {"x%ny", v, 5, 6, false, "xy"},
-        {"<%s>", text, 6, 3, true, "<hello>"}, {"<%s>", v, 1, 6, true, "<%s>"}, {"%d", v, 0, 9, false, nullptr},
-        {"%d", nullptr, 0, 6, false, nullptr}, {"%.2f", &w.d, 0, 0, false, "-2.25"}, {"%.2f", &w.f, 0, 1, false, "1.50"},
-        {"%d", &w.i8, 0, 2, false, "-5"}, {"%d", &w.u8, 0, 3, false, "250"}, {"%d", &w.i16, 0, 4, false, "-300"},
-        {"%d", &w.u16, 0, 5, false, "65535"}, {"%d", &i32, 0, 6, false, "-2000000000"}, {"%u", &u32, 0, 7, false, "4000000000"},
-        {"%d", &w.logical, 0, 8, false, "1"},
+    static float single = 1.5f;
+    // A null or a code above 8: nothing written. Every type code is widened through the C++ layer's tests.
+    const struct { const char *pattern; void *in; int limit, code; const char *want; bool text = false; } cases[] = {
+        {"x=%d, y=%d", v, 1, 6, "x=3, y=4"}, {"x=%d, y=%d", v, 0, 6, "x=3, y="}, {"plain", v, 0, 6, "plain"},
+        {"100%%", v, 0, 6, "100%"}, {"%d%% of %d", v + 2, 1, 6, "100% of 7"}, {"x=%d%%", v + 3, 0, 6, "x=7"},
+        {"100%%", v, -1, 6, "100"}, {"%d%nab%d", v, 5, 6, "3ab100"}, {"x%ny", v, 5, 6, "xy"},
+        {"<%s>", text, 6, 3, "<hello>", true}, {"<%s>", v, 1, 6, "<%s>", true}, {"%d", v, 0, 9, nullptr},
+        {"%d", nullptr, 0, 6, nullptr}, {"%.2f", &single, 0, 1, "1.50"},
     };
-    for (const auto &c : cases)
-        EXPECT_EQ(format(c.pattern, c.values, c.limit, c.code, 48, c.text), c.expected ? c.expected : std::string(48, '#')) << c.pattern;
+    for (const auto &c : cases) {
+        const std::string expected = c.want ? c.want : std::string(48, '#');
+        EXPECT_EQ(format(c.pattern, c.in, c.limit, c.code, 48, c.text), expected) << c.pattern;
+    }
     EXPECT_EQ(text[5], '\0') << "the characters end at index valueLimit - 1";
     EXPECT_EQ(v[1], 4) << "a count lands nowhere";
     char pattern[] = "%d", keep[8] = "keep";
@@ -117,7 +101,7 @@ TEST(ValueConversion, EveryTypeCodeTruncatesExtendsOrClamps)
         using S = decltype(type);
         S source[8];
         for (S &s : source)
-            s = std::is_floating_point_v<S> ? S(std::uniform_real_distribution<double>(-6e9, 6e9)(random) / (random() % 2 ? 1 : 1e6)) : S(random());
+            s = std::is_floating_point_v<S> ? S(uniform(random, -6e9, 6e9) / (random() % 2 ? 1 : 1e6)) : S(random());
         uint32_t u[8] = {42, 42, 42, 42, 42, 42, 42, 42};
         int32_t i[8] = {42, 42, 42, 42, 42, 42, 42, 42};
         ORNEX_DrawText_copyDT1ToUint32(code, 6, source, u);
@@ -125,23 +109,23 @@ TEST(ValueConversion, EveryTypeCodeTruncatesExtendsOrClamps)
         for (int k = 0; k < 8; ++k) {
             const int64_t wide = int64_t(source[k]), shifted = k < 6 ? int64_t(source[k + 2]) : 0;
             EXPECT_EQ(u[k], k < 6 && code < 8 ? uint32_t(wide) : 42u) << code;
-            EXPECT_EQ(i[k], k >= 5 || code > 8 ? 42 : code < 2 && (shifted < INT32_MIN || shifted > INT32_MAX) ? INT32_MIN : int32_t(shifted)) << code;
+            const bool clamped = code < 2 && (shifted < INT32_MIN || shifted > INT32_MAX);
+            EXPECT_EQ(i[k], k >= 5 || code > 8 ? 42 : clamped ? INT32_MIN : int32_t(shifted)) << code;
         }
         ++code;
     };
     check(double()), check(float()), check(int8_t()), check(uint8_t()), check(int16_t()), check(uint16_t()),
         check(int32_t()), check(uint32_t()), check(uint8_t());
     check(uint32_t()); // code 9: nothing converted
-    ORNEX_DrawText_noCopyNeeded();
 
     // Clamping to [0, 1], NaN kept; other type codes do nothing.
     const double values[] = {-0.5, 0.3, 7, NAN, 1, 0};
     const float rgb[] = {2.0f, -1.0f, 0.5f};
-    double out[7] = {9, 9, 9, 9, 9, 9, 9}, untouched[3] = {9, 9, 9};
+    double out[7] = {9, 9, 9, 9, 9, 9, 9}, kept[3] = {9, 9, 9};
     float rgbOut[4] = {9, 9, 9, 9};
     ORNEX_DrawText_SatFltptIntensityVals(0, values, out, 6), ORNEX_DrawText_SatFltptRGBVals(1, rgb, rgbOut);
-    ORNEX_DrawText_SatFltptRGBVals(2, values, untouched), ORNEX_DrawText_SatFltptIntensityVals(-1, values, untouched, 2);
-    EXPECT_TRUE(out[0] == 0 && out[1] == 0.3 && out[2] == 1 && std::isnan(out[3]) && out[4] == 1 && out[5] == 0 && out[6] == 9);
-    EXPECT_TRUE(rgbOut[0] == 1 && rgbOut[1] == 0 && rgbOut[2] == 0.5f && rgbOut[3] == 9 && untouched[0] == 9 && untouched[1] == 9);
-    ORNEX_DrawText_noFltSaturationNeeded();
+    ORNEX_DrawText_SatFltptRGBVals(2, values, kept), ORNEX_DrawText_SatFltptIntensityVals(-1, values, kept, 2);
+    EXPECT_TRUE(out[0] == 0 && out[1] == 0.3 && out[2] == 1 && std::isnan(out[3]) && out[4] == 1 && out[5] == 0);
+    EXPECT_TRUE(out[6] == 9 && rgbOut[0] == 1 && rgbOut[1] == 0 && rgbOut[2] == 0.5f && rgbOut[3] == 9);
+    EXPECT_TRUE(kept[0] == 9 && kept[1] == 9 && kept[2] == 9);
 }
