@@ -25,21 +25,6 @@ Offsets quadPoints(int32_t a, int32_t b)
     return a != 0 ? Offsets{{a, b}, {-a, b}, {-a, -b}, {a, -b}} : Offsets{{0, b}, {0, -b}, {-b, 0}, {b, 0}};
 }
 
-TEST(CircleOutline, RandomOctantPointsCopyTheirBytes)
-{
-    forEachScene<uint16_t>(4, 500, 16, 18, [](int trial, std::mt19937 &rng, Scene<uint16_t> &s) {
-        const int32_t a = uniform(rng, -2, 9), b = trial % 5 == 0 ? a : uniform(rng, -2, 9);
-        const int32_t cr = uniform(rng, -3, 18), cc = uniform(rng, -3, 20);
-        const auto &rc = s.rc;
-        ORNEX_Circle_SymOctantPts(s.dst(), cr, cc, a, b, rc[0], rc[1], rc[2], rc[3], s.colour.data(), 2, 16,
-                                  s.numPlanes, s.image.stride);
-        ORNEX_Circle_SymOctantPts_RGB(s.red(), s.green(), s.blue(), cr, cc, a, b, rc[0], rc[1], rc[2],
-                                      rc[3], s.colour.data(), 2, 16);
-        for (const auto &[dr, dc] : mirrors(a, b))
-            s.at(cr + dr, cc + dc, [&](uint16_t, int32_t p) { return s.colour[p]; });
-    });
-}
-
 TEST(AACircleDelta, DistanceToTheNextWholePixelInQ10)
 {
     const int16_t *table = sqrtTable().data();
@@ -64,10 +49,6 @@ struct CircleMember {
     static constexpr auto discI = dI, discRgb = dRgb, lines4I = fI, lines4Rgb = fRgb, lines8I = eI, lines8Rgb = eRgb;
     static constexpr W full = floating ? W(1) : W(1024);
     static T term(T value, W w) { return floating ? T(w * value) : T(int32_t(value) * int32_t(w) >> 10); }
-    static T blend(T old, W keep, T term)
-    {
-        return floating ? T(old * keep + term) : T(uint32_t(int32_t(old) * int32_t(keep) >> 10) + uint32_t(term));
-    }
 };
 #define CIRCLE_MEMBER(S, T, W, O)                                                                                      \
     CircleMember<T, W, O, ORNEX_AACircle_SymQuadPtsI_##S, ORNEX_AACircle_SymQuadPtsRGB_##S,                           \
@@ -83,26 +64,35 @@ template <class M>
 class AACircle : public ::testing::Test {};
 TYPED_TEST_SUITE(AACircle, CircleMembers);
 
-// The quad kernel replaces its four points; also for the 32-bit members.
-template <class T, auto quadI, auto quadRgb>
-void checkQuadPoints(uint32_t seed)
+// Copying kernels replace points with the colour: the octant copier (two
+// bytes an element) its eight mirror images, the quad kernels their four.
+template <class T, bool quad, class Draw>
+void checkCopies(uint32_t seed, Draw draw)
 {
-    forEachScene<T>(seed, 300, 16, 18, [](int trial, std::mt19937 &rng, Scene<T> &s) {
-        const int32_t a = trial % 3 == 0 ? 0 : uniform(rng, -3, 9), b = uniform(rng, -3, 9);
+    forEachScene<T>(seed, 300, 16, 18, [&](int trial, std::mt19937 &rng, Scene<T> &s) {
+        const int32_t a = trial % 3 == 0 ? 0 : uniform(rng, -3, 9), b = trial % 5 == 0 ? a : uniform(rng, -3, 9);
         const int32_t cr = uniform(rng, -3, 18), cc = uniform(rng, -3, 20);
         const auto &rc = s.rc;
-        quadI(s.dst(), cr, cc, a, b, rc[0], rc[1], rc[2], rc[3], 16, s.colour.data(), s.numPlanes, s.image.stride);
-        quadRgb(s.red(), s.green(), s.blue(), cr, cc, a, b, rc[0], rc[1], rc[2], rc[3], 16, s.colour[0],
-                s.colour[1], s.colour[2]);
-        for (const auto &[dr, dc] : quadPoints(a, b))
+        if constexpr (quad) {
+            draw.first(s.dst(), cr, cc, a, b, rc[0], rc[1], rc[2], rc[3], 16, s.colour.data(), s.numPlanes, s.image.stride);
+            draw.second(s.red(), s.green(), s.blue(), cr, cc, a, b, rc[0], rc[1], rc[2], rc[3], 16, s.colour[0],
+                        s.colour[1], s.colour[2]);
+        } else {
+            ORNEX_Circle_SymOctantPts(s.dst(), cr, cc, a, b, rc[0], rc[1], rc[2], rc[3], s.colour.data(), 2, 16,
+                                      s.numPlanes, s.image.stride);
+            ORNEX_Circle_SymOctantPts_RGB(s.red(), s.green(), s.blue(), cr, cc, a, b, rc[0], rc[1], rc[2], rc[3],
+                                          s.colour.data(), 2, 16);
+        }
+        for (const auto &[dr, dc] : quad ? quadPoints(a, b) : mirrors(a, b))
             s.at(cr + dr, cc + dc, [&](T, int32_t p) { return s.colour[p]; });
     });
 }
 
-TEST(AACircleKernels, QuadPointsOfThe32BitMembers)
+TEST(CircleKernels, OctantCopierAndThe32BitQuadKernels)
 {
-    checkQuadPoints<uint32_t, ORNEX_AACircle_SymQuadPtsI_UI32, ORNEX_AACircle_SymQuadPtsRGB_UI32>(5);
-    checkQuadPoints<int32_t, ORNEX_AACircle_SymQuadPtsI_I32, ORNEX_AACircle_SymQuadPtsRGB_I32>(55);
+    checkCopies<uint16_t, false>(4, 0);
+    checkCopies<uint32_t, true>(5, std::pair(&ORNEX_AACircle_SymQuadPtsI_UI32, &ORNEX_AACircle_SymQuadPtsRGB_UI32));
+    checkCopies<int32_t, true>(55, std::pair(&ORNEX_AACircle_SymQuadPtsI_I32, &ORNEX_AACircle_SymQuadPtsRGB_I32));
 }
 
 // The octant kernel blends the eight points of (a, b) with keep w (flag set)
@@ -112,7 +102,7 @@ TYPED_TEST(AACircle, KernelsAgainstTheirWrittenOutPlacement)
 {
     using M = TypeParam;
     using T = typename M::T;
-    checkQuadPoints<T, M::quadI, M::quadRgb>(6);
+    checkCopies<T, true>(6, std::pair(M::quadI, M::quadRgb));
     forEachScene<T>(66, 300, 16, 18, [](int trial, std::mt19937 &rng, Scene<T> &s) {
         const int32_t a = uniform(rng, 0, 8), b = trial % 4 == 0 ? a + uniform(rng, -1, 1) : uniform(rng, 0, 9);
         const int32_t cr = uniform(rng, -3, 18), cc = uniform(rng, -3, 20), flag = trial % 2, pick = uniform(rng, 0, 2);
@@ -125,9 +115,9 @@ TYPED_TEST(AACircle, KernelsAgainstTheirWrittenOutPlacement)
                   termsA[1], termsA[2], termsB[0], termsB[1], termsB[2], w, flag);
         const typename M::W keepA = flag ? w : M::full - w, keepB = flag ? M::full - w : w;
         for (const auto &[dr, dc] : mirrors(a, b))
-            s.at(cr + dr, cc + dc, [&](T old, int32_t p) { return M::blend(old, keepA, termsA[p]); });
+            s.at(cr + dr, cc + dc, [&](T old, int32_t p) { return keepAdd(old, keepA, termsA[p]); });
         for (const auto &[dr, dc] : mirrors(a, flag ? b - 1 : b + 1))
-            s.at(cr + dr, cc + dc, [&](T old, int32_t p) { return M::blend(old, keepB, termsB[p]); });
+            s.at(cr + dr, cc + dc, [&](T old, int32_t p) { return keepAdd(old, keepB, termsB[p]); });
     });
 }
 
@@ -181,7 +171,7 @@ TYPED_TEST(AACircle, OutlineAgainstTheWrittenOutWalk)
             const W w = crossing(x, y), keep[2] = {outside ? w : M::full - w, outside ? M::full - w : w};
             for (int32_t k = 0; k < 2; ++k)
                 for (const auto &[dr, dc] : mirrors(x, k == 0 ? y : outside ? y - 1 : y + 1))
-                    s.at(cr + dr, cc + dc, [&](T old, int32_t p) { return M::blend(old, keep[k], M::term(value[p], keep[1 - k])); });
+                    s.at(cr + dr, cc + dc, [&](T old, int32_t p) { return keepAdd(old, keep[k], M::term(value[p], keep[1 - k])); });
             d += d >= 0 ? 4 * (x - y--) + 10 : 4 * x + 6;
         }
         if (x == y) {

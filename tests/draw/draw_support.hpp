@@ -6,7 +6,6 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
-#include <cstring>
 #include <random>
 #include <tuple>
 #include <type_traits>
@@ -35,15 +34,14 @@ T randomValue(std::mt19937 &rng)
     return v;
 }
 
-// `count` planes of rows x cols elements, `stride` elements apart in one
-// buffer, with an odd gap between them; every element starts random, so a
-// comparison of the whole buffer also checks every element that must stay.
+// Three planes of rows x cols elements in one buffer with an odd gap between
+// them; every element starts random, so a comparison of the whole buffer
+// also checks every element that must stay.
 template <class T>
 struct Planes {
-    int32_t rows, cols, count, stride;
+    int32_t rows, stride;
     std::vector<T> buf;
-    Planes(int32_t r, int32_t c, int32_t n, std::mt19937 &rng)
-        : rows(r), cols(c), count(n), stride(r * c + 3), buf(size_t(n) * stride)
+    Planes(int32_t r, int32_t c, std::mt19937 &rng) : rows(r), stride(r * c + 3), buf(3 * size_t(stride))
     {
         std::generate(buf.begin(), buf.end(), [&] { return randomValue<T>(rng); });
     }
@@ -63,6 +61,17 @@ T blendFill(T old, T fill, O a)
         return T(int32_t(uint32_t(int32_t(fill) * a) + uint32_t(int32_t(old) * int16_t(1024 - a))) >> 10);
 }
 
+// Keep-and-add blend of the brushes and kernels: keep*old + term; integers
+// in 32 bits wrapping, (keep*old) >> 10 arithmetic, the low bits stored.
+template <class T, class K, class A>
+T keepAdd(T old, K keep, A term)
+{
+    if constexpr (std::is_floating_point_v<T>)
+        return T(keep * old + term);
+    else
+        return T(uint32_t(int32_t(uint32_t(int32_t(keep)) * uint32_t(int32_t(old))) >> 10) + uint32_t(term));
+}
+
 // Opacity 0, full, or a multiple of 1/64 between.
 template <class O>
 O randomOpacity(std::mt19937 &rng)
@@ -72,18 +81,10 @@ O randomOpacity(std::mt19937 &rng)
     return pick == 0 ? O(0) : pick == 1 ? full : O(full * O(uniform(rng, 1, 63)) / O(64));
 }
 
-// Random clip rectangle within a rows x cols image (sometimes the whole image).
-inline std::array<int32_t, 4> randomRect(std::mt19937 &rng, int32_t rows, int32_t cols)
-{
-    if (rng() % 4 == 0)
-        return {0, rows - 1, 0, cols - 1};
-    return {uniform(rng, 0, rows / 3), uniform(rng, rows / 2, rows - 1), uniform(rng, 0, cols / 3),
-            uniform(rng, cols / 2, cols - 1)};
-}
-
 // A random scene: three intensity planes (the drawer is given numPlanes of
-// them) and three RGB planes, a rectangle and a colour; the want planes are
-// what the drawer must leave, changed by at() inside the rectangle only.
+// them), three RGB planes, a colour and a clip rectangle (sometimes the whole
+// image); the want planes are what the drawer must leave, changed by at()
+// inside the rectangle only.
 template <class T>
 struct Scene {
     Planes<T> image, rgb, wantImage, wantRgb;
@@ -91,9 +92,13 @@ struct Scene {
     std::array<int32_t, 4> rc;
     std::array<T, 3> colour;
     Scene(std::mt19937 &rng, int32_t rows, int32_t cols, int32_t planes)
-        : image(rows, cols, 3, rng), rgb(rows, cols, 3, rng), wantImage(image), wantRgb(rgb), numPlanes(planes),
-          rc(randomRect(rng, rows, cols)), colour{randomValue<T>(rng), randomValue<T>(rng), randomValue<T>(rng)}
+        : image(rows, cols, rng), rgb(rows, cols, rng), wantImage(image), wantRgb(rgb), numPlanes(planes),
+          rc{uniform(rng, 0, rows / 3), uniform(rng, rows / 2, rows - 1), uniform(rng, 0, cols / 3),
+             uniform(rng, cols / 2, cols - 1)},
+          colour{randomValue<T>(rng), randomValue<T>(rng), randomValue<T>(rng)}
     {
+        if (rng() % 4 == 0)
+            rc = {0, rows - 1, 0, cols - 1};
     }
     template <class F>
     void at(int32_t r, int32_t c, F f)

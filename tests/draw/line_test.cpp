@@ -178,17 +178,11 @@ template <class Tp, class Wp, class Rp, auto intensity, auto rgb>
 struct LineMember {
     using T = Tp; using W = Wp; using Real = Rp;
     static constexpr auto drawI = intensity, drawRgb = rgb;
-    static T blend(T old, W keep, W term) // integers: 32-bit, wrapping, the low bits stored
-    {
-        return std::is_floating_point_v<T> ? T(keep * old + term)
-                                           : T(uint32_t(int32_t(uint32_t(int32_t(keep)) * uint32_t(int32_t(old))) >> 10) + uint32_t(term));
-    }
 };
 #define LINE_MEMBER(S, T, W, R) LineMember<T, W, R, ORNEX_Draw_AA_Line_I_##S, ORNEX_Draw_AA_Line_RGB_##S>
 using LineMembers = ::testing::Types<LINE_MEMBER(D, double, double, double), LINE_MEMBER(R, float, float, float),
-                                     LINE_MEMBER(UI8, uint8_t, int16_t, int32_t), LINE_MEMBER(I8, int8_t, int16_t, int32_t),
-                                     LINE_MEMBER(UI16, uint16_t, uint16_t, int32_t),
-                                     LINE_MEMBER(I16, int16_t, int16_t, int32_t)>;
+    LINE_MEMBER(UI8, uint8_t, int16_t, int32_t), LINE_MEMBER(I8, int8_t, int16_t, int32_t),
+    LINE_MEMBER(UI16, uint16_t, uint16_t, int32_t), LINE_MEMBER(I16, int16_t, int16_t, int32_t)>;
 template <class M>
 class AALine : public ::testing::Test {};
 TYPED_TEST_SUITE(AALine, LineMembers);
@@ -213,7 +207,7 @@ TYPED_TEST(AALine, RandomLinesAgainstTheWrittenOutBrush)
         M::drawI(r1, c1, r2, c2, s.dst(), 21, rc[0], rc[1], rc[2], rc[3], table.data(), level, s.numPlanes, s.image.stride);
         M::drawRgb(r1, c1, r2, c2, s.red(), s.green(), s.blue(), 21, rc[0], rc[1], rc[2], rc[3], table.data(), level);
         for (const auto &[r, c, d] : slowBrush<typename M::Real>(r1, c1, r2, c2, rc.data()))
-            s.at(r, c, [&](auto old, int32_t p) { return M::blend(old, table[d], table[(level + p) * 25 + d]); });
+            s.at(r, c, [&](auto old, int32_t p) { return keepAdd(old, table[d], table[(level + p) * 25 + d]); });
     });
 }
 
@@ -233,11 +227,12 @@ TYPED_TEST(AALine, HandDerivedDistanceIndices)
     const std::vector<int> fixed{1, 16, 0, 4, 12, 0, 8, 8, 24, 12, 4, 20, 16, 1, 16};
     const std::vector<int> floating{1, 17, 0, 5, 13, 0, 9, 9, 24, 13, 5, 20, 17, 1, 17};
     EXPECT_EQ(std::vector<int>(image.begin(), image.end()), std::is_integral_v<typename M::Real> ? fixed : floating);
-    // The written-out blend by hand: no saturation, 200 + 100 is 44 in a
-    // byte; a signed pixel widens with its sign, (512 * -100) >> 10 = -50.
-    if constexpr (std::is_integral_v<typename M::T>) {
-        EXPECT_EQ(M::blend(200, 1024, 100), typename M::T(sizeof(typename M::T) == 1 ? 44 : 300));
-        EXPECT_EQ(M::blend(-100, 512, 0), std::is_signed_v<typename M::T> ? -50 : typename M::T(-100) / 2);
+    // The blend by hand: no saturation, 200 + 100 is 44 in a byte; a signed
+    // pixel widens with its sign, (512 * -100) >> 10 = -50.
+    using T = typename M::T;
+    if constexpr (std::is_integral_v<T>) {
+        EXPECT_EQ(keepAdd(T(200), typename M::W(1024), typename M::W(100)), T(sizeof(T) == 1 ? 44 : 300));
+        EXPECT_EQ(keepAdd(T(-100), typename M::W(512), typename M::W(0)), std::is_signed_v<T> ? -50 : T(-100) / 2);
     }
 }
 

@@ -136,32 +136,16 @@ void slowColumn(Scene<T> &s, int32_t column, const std::vector<int32_t> &rows, O
     }
 }
 
-TYPED_TEST(PolygonFill, RunsAndColumnsAgainstTheWrittenOutBlend)
+TYPED_TEST(PolygonFill, RunsAgainstTheWrittenOutBlend)
 {
     using M = TypeParam;
-    forEachScene<typename M::T>(10, 400, 19, 20, [](int trial, std::mt19937 &rng, Scene<typename M::T> &s) {
-        const int32_t column = uniform(rng, -2, 21), offset = uniform(rng, 0, 3);
+    forEachScene<typename M::T>(10, 200, 19, 20, [](int, std::mt19937 &rng, Scene<typename M::T> &s) {
         const typename M::O opacity = randomOpacity<typename M::O>(rng);
-        auto &rc = s.rc;
-        std::vector<int32_t> rows(uniform(rng, 0, 9)), edges(offset, unwritten);
-        for (int32_t &r : rows)
-            r = uniform(rng, -6, 24);
-        std::sort(rows.begin(), rows.end());
-        edges.insert(edges.end(), rows.begin(), rows.end());
-        const int32_t count = int32_t(rows.size()), col = uniform(rng, 0, 19), first = uniform(rng, 0, 18);
-        const int32_t last = uniform(rng, first - 1, 18);
-        if (trial % 2 == 0) {
-            M::scanI(s.dst(), column, rc[0], rc[1], rc[2], rc[3], 19, count, edges.data(), s.colour.data(),
-                     opacity, offset, s.numPlanes, s.image.stride);
-            M::scanRgb(s.red(), s.green(), s.blue(), column, rc[0], rc[1], rc[2], rc[3], 19, count,
-                       edges.data(), s.colour.data(), opacity, offset);
-            slowColumn(s, column, rows, opacity);
-        } else { // the run blenders alone: rows first .. last of one column
-            M::blendI(s.dst(), s.colour.data(), first + col * 19, opacity, first, last, s.numPlanes, s.image.stride);
-            M::blendRgb(s.red(), s.colour.data(), first + col * 19, opacity, s.green(), s.blue(), first, last);
-            rc = {0, 18, 0, 19};
-            slowColumn(s, col, {first, last}, opacity);
-        }
+        const int32_t col = uniform(rng, 0, 19), first = uniform(rng, 0, 18), last = uniform(rng, first - 1, 18);
+        M::blendI(s.dst(), s.colour.data(), first + col * 19, opacity, first, last, s.numPlanes, s.image.stride);
+        M::blendRgb(s.red(), s.colour.data(), first + col * 19, opacity, s.green(), s.blue(), first, last);
+        s.rc = {0, 18, 0, 19};
+        slowColumn(s, col, {first, last}, opacity);
     });
 }
 
@@ -209,26 +193,39 @@ void slowSweep(const std::vector<int32_t> &v, bool aa, Visit visit)
     }
 }
 
-// Random polygons cross themselves, share columns and reach far outside.
-TYPED_TEST(PolygonFill, PolygonsAgainstTheWrittenOutSweep)
+// Random polygons cross themselves, share columns and reach far outside;
+// odd trials feed each column's rows to the scan-line function instead,
+// behind an offset and sometimes with an unpaired row.
+TYPED_TEST(PolygonFill, PolygonsAndColumnsAgainstTheWrittenOutSweep)
 {
     using M = TypeParam;
-    forEachScene<typename M::T>(11, 300, 24, 26, [](int trial, std::mt19937 &rng, Scene<typename M::T> &s) {
+    forEachScene<typename M::T>(11, 500, 24, 26, [](int trial, std::mt19937 &rng, Scene<typename M::T> &s) {
         std::vector<int32_t> v(uniform(rng, 0, 16));
         for (int32_t &x : v)
             x = uniform(rng, trial % 4 == 0 ? -30 : -12, trial % 4 == 0 ? 60 : 25);
         const typename M::O opacity = randomOpacity<typename M::O>(rng);
         const auto &rc = s.rc;
-        const int32_t num = int32_t(v.size());
+        const int32_t num = int32_t(v.size()), offset = uniform(rng, 0, 3);
         std::vector<int32_t> buffer(8 * num + 1), records(3 * num + 1);
-        M::fillI(buffer.data(), num, v.data(), records.data(), s.dst(), rc[0], rc[1], rc[2], rc[3], 24,
-                 s.colour.data(), opacity, s.numPlanes, s.image.stride);
-        M::fillRgb(buffer.data(), num, v.data(), records.data(), s.red(), s.green(), s.blue(), rc[0],
-                   rc[1], rc[2], rc[3], 24, s.colour.data(), opacity);
+        if (trial % 2 == 0) {
+            M::fillI(buffer.data(), num, v.data(), records.data(), s.dst(), rc[0], rc[1], rc[2], rc[3], 24,
+                     s.colour.data(), opacity, s.numPlanes, s.image.stride);
+            M::fillRgb(buffer.data(), num, v.data(), records.data(), s.red(), s.green(), s.blue(), rc[0],
+                       rc[1], rc[2], rc[3], 24, s.colour.data(), opacity);
+        }
         slowSweep(v, false, [&](int32_t scan, const std::vector<Edge> &active) {
-            std::vector<int32_t> rows;
+            std::vector<int32_t> rows, edges(offset, unwritten);
             for (const Edge &e : active)
                 rows.push_back(e[2]);
+            if (trial % 4 == 1)
+                rows.push_back(rows.back() + uniform(rng, 0, 9));
+            edges.insert(edges.end(), rows.begin(), rows.end());
+            if (trial % 2 == 1) {
+                M::scanI(s.dst(), scan, rc[0], rc[1], rc[2], rc[3], 24, int32_t(rows.size()), edges.data(),
+                         s.colour.data(), opacity, offset, s.numPlanes, s.image.stride);
+                M::scanRgb(s.red(), s.green(), s.blue(), scan, rc[0], rc[1], rc[2], rc[3], 24, int32_t(rows.size()),
+                           edges.data(), s.colour.data(), opacity, offset);
+            }
             slowColumn(s, scan, rows, opacity);
         });
     });
@@ -389,36 +386,25 @@ TYPED_TEST(PolygonFill, AAPolygonsAndColumnsAgainstTheWrittenOutCoverage)
     });
 }
 
-// Hand-derived Q10 coverages with the box table, drawn inside a border that
-// must stay 0 (the rectangle is the inner area).
+// Hand-derived Q10 coverages of (0,0) (4,4) (4,0) with the box table, row by
+// row, drawn one pixel in from a border that must stay 0.
 TEST(AAPolygonFill, HandDerivedCoverage)
 {
-    const struct {
-        std::vector<int32_t> vertices;
-        int32_t rows, cols;
-        std::vector<int> coverage; // row by row
-    } cases[] = {
-        {{0, 0, 4, 4, 4, 0}, 5, 5, {160, 0, 0, 0, 0, 512, 512, 0, 0, 0, 512, 1024, 512, 0, 0, 512, 1024, 1024, 512, 0,
-                                    256, 512, 512, 512, 96}},
-    };
-    for (const auto &c : cases) {
-        const int32_t rows = c.rows + 2, cols = c.cols + 2;
-        std::vector<int32_t> v = c.vertices, buffer(8 * v.size()), records(3 * v.size());
-        std::for_each(v.begin(), v.end(), [](int32_t &x) { ++x; });
-        std::vector<double> reals(rows * cols, 0.0);
-        std::vector<uint16_t> q10(rows * cols, 0);
-        const double one = 1;
-        const uint16_t unit = 1024;
-        ORNEX_FillOnePolygon_AA_I_D(buffer.data(), int32_t(v.size()), v.data(), records.data(), reals.data(), 1, c.rows,
-                                    1, c.cols, rows, &one, 1.0, boxTable<double>().data(), 1, 0);
-        ORNEX_FillOnePolygon_AA_I_UI16(buffer.data(), int32_t(v.size()), v.data(), records.data(), q10.data(), 1,
-                                       c.rows, 1, c.cols, rows, &unit, 1024, boxTable<int16_t>().data(), 1, 0);
-        for (int32_t k = 0; k < rows * cols; ++k) {
-            const int32_t r = k % rows - 1, col = k / rows - 1;
-            const bool inside = r >= 0 && r < c.rows && col >= 0 && col < c.cols;
-            EXPECT_EQ(q10[k], inside ? c.coverage[r * c.cols + col] : 0) << r << "," << col;
-            EXPECT_EQ(reals[k], q10[k] / 1024.0) << r << "," << col;
-        }
+    const std::vector<int> coverage{160, 0, 0, 0, 0, 512, 512, 0, 0, 0, 512, 1024, 512,
+                                    0, 0, 512, 1024, 1024, 512, 0, 256, 512, 512, 512, 96};
+    std::vector<int32_t> v{1, 1, 5, 5, 5, 1}, buffer(48), records(18);
+    std::vector<double> reals(49, 0.0);
+    std::vector<uint16_t> q10(49, 0);
+    const double one = 1;
+    const uint16_t unit = 1024;
+    ORNEX_FillOnePolygon_AA_I_D(buffer.data(), 6, v.data(), records.data(), reals.data(), 1, 5, 1, 5, 7, &one, 1.0,
+                                boxTable<double>().data(), 1, 0);
+    ORNEX_FillOnePolygon_AA_I_UI16(buffer.data(), 6, v.data(), records.data(), q10.data(), 1, 5, 1, 5, 7, &unit, 1024,
+                                   boxTable<int16_t>().data(), 1, 0);
+    for (int32_t k = 0; k < 49; ++k) {
+        const int32_t r = k % 7 - 1, col = k / 7 - 1;
+        EXPECT_EQ(q10[k], r >= 0 && r < 5 && col >= 0 && col < 5 ? coverage[r * 5 + col] : 0) << r << "," << col;
+        EXPECT_EQ(reals[k], q10[k] / 1024.0) << r << "," << col;
     }
 }
 
