@@ -9,9 +9,8 @@ using Pixel = std::pair<int32_t, int32_t>;
 
 int32_t wrap(int64_t v) { return int32_t(uint32_t(uint64_t(v))); }
 
-// Cohen-Sutherland written out: row borders first, every cut taken from the
-// end-point as the caller gave it, n/d rounded halves away from zero, 32-bit
-// products wrapping.
+// Cohen-Sutherland written out: row borders first, every cut taken from the end-point as the caller gave it, n/d
+// rounded halves away from zero, 32-bit products wrapping.
 int32_t slowClip(int32_t *p1, int32_t *p2, const int32_t *rect)
 {
     const int32_t entry[2][2] = {{p1[0], p1[1]}, {p2[0], p2[1]}};
@@ -40,12 +39,11 @@ TEST(ClipLine, HandWorkedCuts)
     // p1, p2, rect, result, p1 and p2 after clipping.
     const std::array<int32_t, 13> cases[] = {
         {0, -1, 1, 1, 0, 10, 0, 10, 1, 1, 0, 1, 1},    // 0 + 1*1/2 = 0.5 rounds to 1
-        // Pass 1 cuts row 0 at column -8 + round(80/12) = -1; pass 2 starts
-        // again from (-8,-8): row -8 + round(96/10) = 2 (from (0,-1) it would be 1).
+        // Pass 1 cuts row 0 at column -8 + round(80/12) = -1; pass 2 starts again from (-8,-8): row -8 + round(96/10)
+        // = 2 (from (0,-1) it would be 1).
         {-8, -8, 4, 2, 0, 9, 0, 9, 1, 2, 0, 4, 2},
-        // n = 3000000*1000 wraps to -1294967296, 2n to 1705032704, q = 567,
-        // signs differ: (567 - 1)/2 = 283; then p2 to row 1000 at column
-        // 1000 + round(-2000*717/3000) = 522.
+        // n = 3000000*1000 wraps to -1294967296, 2n to 1705032704, q = 567, signs differ: (567 - 1)/2 = 283; then p2
+        // to row 1000 at column 1000 + round(-2000*717/3000) = 522.
         {-3000000, 0, 3000, 1000, 0, 1000, 0, 1000, 1, 0, 283, 1000, 522},
     };
     for (auto c : cases) {
@@ -71,10 +69,8 @@ TEST(ClipLine, RandomSegmentsAgainstTheWrittenOutClipper)
     }
 }
 
-// The walk written out: ordered along the major axis (ties go to rows),
-// clipped, restarted at the clipped start with the error e += 2*minor,
-// stepping at e >= major (rising) or e <= -major, so that halves step away
-// from the start.
+// The walk written out: ordered along the major axis (ties go to rows), clipped, restarted at the clipped start with
+// the error e += 2*minor, stepping at e >= major (rising) or e <= -major, so that halves step away from the start.
 std::set<Pixel> slowWalk(int32_t r1, int32_t c1, int32_t r2, int32_t c2, const int32_t *rect)
 {
     int32_t p1[2] = {r1, c1}, p2[2] = {r2, c2};
@@ -83,8 +79,8 @@ std::set<Pixel> slowWalk(int32_t r1, int32_t c1, int32_t r2, int32_t c2, const i
     std::set<Pixel> pixels;
     if (!slowClip(p1, p2, rect))
         return pixels;
-    // Level, vertical and diagonal lines follow from the same rule; a
-    // clipped line left running backwards along its major axis draws nothing.
+    // Level, vertical and diagonal lines follow from the same rule; a clipped line left running backwards along its
+    // major axis draws nothing.
     const int32_t dRow = p2[0] - p1[0], dCol = p2[1] - p1[1];
     const bool colMajor = std::abs(dCol) > std::abs(dRow);
     const int32_t major = colMajor ? dCol : dRow, minor = colMajor ? dRow : dCol;
@@ -99,8 +95,7 @@ std::set<Pixel> slowWalk(int32_t r1, int32_t c1, int32_t r2, int32_t c2, const i
     return pixels;
 }
 
-// Three-byte elements (no fixed-size copy), the RGB line given with its
-// end-points reversed.
+// Three-byte elements (no fixed-size copy), the RGB line given with its end-points reversed.
 TEST(Bresenham, RandomLinesCopyElementBytesIntoEveryPlane)
 {
     using Bytes = std::array<uint8_t, 3>;
@@ -110,7 +105,7 @@ TEST(Bresenham, RandomLinesCopyElementBytesIntoEveryPlane)
         const int32_t r2 = trial % 9 == 0 ? r1 : uniform(rng, -far / 3, far), c2 = uniform(rng, -far / 3, far);
         const auto &rc = s.rc;
         ORNEX_Line_Bresenham(r1, c1, r2, c2, s.dst(), 23, s.colour.data(), 3, rc[0], rc[1], rc[2], rc[3], s.numPlanes,
-                             s.image.stride);
+                             s.stride);
         ORNEX_Line_Bresenham_RGB(r2, c2, r1, c1, s.red(), s.green(), s.blue(), 23, s.colour.data(), 3, rc[0], rc[1],
                                  rc[2], rc[3]);
         for (const auto &[r, c] : slowWalk(r1, c1, r2, c2, rc.data()))
@@ -118,9 +113,8 @@ TEST(Bresenham, RandomLinesCopyElementBytesIntoEveryPlane)
     });
 }
 
-// The brush written out: the end-points ordered by column and clipped, the
-// centre at distance index idx(D), its minor-axis neighbours at D -+ cos;
-// slope, cosine and threshold in Real (int32_t: Q10, the cubic cosine fit,
+// The brush written out: the end-points ordered by column and clipped, the centre at distance index idx(D), its
+// minor-axis neighbours at D -+ cos; slope, cosine and threshold in Real (int32_t: Q10, the cubic cosine fit,
 // truncating divisions and arithmetic shifts). Returns (row, column, index).
 template <class Real>
 std::vector<std::array<int32_t, 3>> slowBrush(int32_t r1, int32_t c1, int32_t r2, int32_t c2, const int32_t *rect)
@@ -139,8 +133,7 @@ std::vector<std::array<int32_t, 3>> slowBrush(int32_t r1, int32_t c1, int32_t r2
         else
             return int32_t(std::min(std::floor(std::fabs(x) * 16 + Real(0.5)), Real(24)));
     };
-    // Level lines and points walk with m = 0 (neighbours at index 16);
-    // vertical lines given bottom-up draw nothing.
+    // Level lines and points walk with m = 0 (neighbours at index 16); vertical lines given bottom-up draw nothing.
     if (dCol == 0 && dRow < 0)
         return ops;
     const bool colMajor = std::abs(dRow) <= dCol;
@@ -187,8 +180,8 @@ template <class M>
 class AALine : public ::testing::Test {};
 TYPED_TEST_SUITE(AALine, LineMembers);
 
-// Random tables (keep weights 0, 1 and between; terms over the whole range,
-// so that integer members wrap), lines reaching far outside the rectangle.
+// Random tables (keep weights 0, 1 and between; terms over the whole range, so that integer members wrap), lines
+// reaching far outside the rectangle.
 TYPED_TEST(AALine, RandomLinesAgainstTheWrittenOutBrush)
 {
     using M = TypeParam;
@@ -204,18 +197,16 @@ TYPED_TEST(AALine, RandomLinesAgainstTheWrittenOutBrush)
         const int32_t r1 = uniform(rng, -far / 4, far), c1 = uniform(rng, -far / 4, far);
         const int32_t r2 = trial % 7 == 0 ? r1 : uniform(rng, -far / 4, far), c2 = trial % 11 == 0 ? c1 : uniform(rng, -far / 4, far);
         const auto &rc = s.rc;
-        M::drawI(r1, c1, r2, c2, s.dst(), 21, rc[0], rc[1], rc[2], rc[3], table.data(), level, s.numPlanes, s.image.stride);
-        M::drawRgb(r1, c1, r2, c2, s.red(), s.green(), s.blue(), 21, rc[0], rc[1], rc[2], rc[3], table.data(), level);
+        s.draw(M::drawI, M::drawRgb, r1, c1, r2, c2, Dst{}, 21, Clip{}, table.data(), level);
         for (const auto &[r, c, d] : slowBrush<typename M::Real>(r1, c1, r2, c2, rc.data()))
             s.at(r, c, [&](auto old, int32_t p) { return keepAdd(old, table[d], table[(level + p) * 25 + d]); });
     });
 }
 
-// A probe table (keep nothing, add index + 1) shows the distance indices of
-// (0,0)-(1,4), m = 1/4. Floating: cos = 0.970143, thr = 0.242536, D = 0,
-// 0.2425, -0.4851, -0.2425, 0: indices 0, 4, 8, 4, 0 rounded; neighbours at
-// D -+ cos. Fixed: m = 256, cos = 4 - 35 - 1 + 1024 = 992, thr = 248, D = 0,
-// 248, -496, -248, 0: indices 0, 3, 7, 3, 0 truncated.
+// A probe table (keep nothing, add index + 1) shows the distance indices of (0,0)-(1,4), m = 1/4. Floating: cos =
+// 0.970143, thr = 0.242536, D = 0, 0.2425, -0.4851, -0.2425, 0: indices 0, 4, 8, 4, 0 rounded; neighbours at D -+
+// cos. Fixed: m = 256, cos = 4 - 35 - 1 + 1024 = 992, thr = 248, D = 0, 248, -496, -248, 0: indices 0, 3, 7, 3, 0
+// truncated.
 TYPED_TEST(AALine, HandDerivedDistanceIndices)
 {
     using M = TypeParam;
@@ -227,8 +218,8 @@ TYPED_TEST(AALine, HandDerivedDistanceIndices)
     const std::vector<int> fixed{1, 16, 0, 4, 12, 0, 8, 8, 24, 12, 4, 20, 16, 1, 16};
     const std::vector<int> floating{1, 17, 0, 5, 13, 0, 9, 9, 24, 13, 5, 20, 17, 1, 17};
     EXPECT_EQ(std::vector<int>(image.begin(), image.end()), std::is_integral_v<typename M::Real> ? fixed : floating);
-    // The blend by hand: no saturation, 200 + 100 is 44 in a byte; a signed
-    // pixel widens with its sign, (512 * -100) >> 10 = -50.
+    // The blend by hand: no saturation, 200 + 100 is 44 in a byte; a signed pixel widens with its sign, (512 * -100)
+    // >> 10 = -50.
     using T = typename M::T;
     if constexpr (std::is_integral_v<T>) {
         EXPECT_EQ(keepAdd(T(200), typename M::W(1024), typename M::W(100)), T(sizeof(T) == 1 ? 44 : 300));

@@ -9,9 +9,8 @@ using namespace drawtest;
 
 TEST(EdgeTable, RandomPolygonsAgainstTheWrittenOutTable)
 {
-    // A(2,1) B(10,5) C(4,9) by hand: AB (1,5,2, delta 8, length 4, step 2,
-    // weight 4096/sqrt(80) = 457.9), CA (1,9,2, 2, 8, 0, 8192/sqrt(68) =
-    // 993.4), BC (5,9,10, -6, 4, 1, 4096/sqrt(52) = 568.0).
+    // A(2,1) B(10,5) C(4,9) by hand: AB (1,5,2, delta 8, length 4, step 2, weight 4096/sqrt(80) = 457.9), CA (1,9,2,
+    // 2, 8, 0, 8192/sqrt(68) = 993.4), BC (5,9,10, -6, 4, 1, 4096/sqrt(52) = 568.0).
     EXPECT_EQ(slowEdgeTable({2, 1, 10, 5, 4, 9}, true),
               (std::vector<Edge>{{1, 5, 2, 8, 4, 2, 0, 457}, {1, 9, 2, 2, 8, 0, 0, 993}, {5, 9, 10, -6, 4, 1, 0, 568}}));
     std::mt19937 rng(9);
@@ -33,9 +32,8 @@ TEST(EdgeTable, RandomPolygonsAgainstTheWrittenOutTable)
     }
 }
 
-// Word 3 of record k names the row that comes k-th: a stable sort by the
-// first three fields in every type, the extremes and 3 only, so that many rows
-// tie and the fourth field (which must not count) differs.
+// Word 3 of record k names the row that comes k-th: a stable sort by the first three fields in every type, the
+// extremes and 3 only, so that many rows tie and the fourth field (which must not count) differs.
 template <class T>
 void expectStableOrder(int32_t typeCode)
 {
@@ -75,8 +73,8 @@ TEST(PolygonHelpers, CornerPixelsAndIntegerCoordinates)
     EXPECT_EQ(ORNEX_DetectIfCornerPixel_FillPoly(v, 3, 7, 1) + 2 * ORNEX_DetectIfCornerPixel_FillPoly(v, 3, -2, 9), 3);
     EXPECT_EQ(ORNEX_DetectIfCornerPixel_FillPoly(v, 3, 1, 7) + ORNEX_DetectIfCornerPixel_FillPoly(v, 2, -2, 9), 0);
     EXPECT_EQ(ORNEX_DetectIfCornerPixel_FillPoly(nullptr, 0, 0, 0), 0);
-    // Halves away from zero, NaN to INT32_MIN, integers widened; elements
-    // count*block on; an unknown type writes nothing.
+    // Halves away from zero, NaN to INT32_MIN, integers widened; elements count*block on; an unknown type writes
+    // nothing.
     const double f64[] = {9, 9, 9, 9, 2.5, -2.5, 0.49, std::nan("")};
     const float f32[] = {2.5f, -2.5f, 0.49f, -0.5f};
     const int8_t i8[] = {-5, 7};
@@ -122,9 +120,8 @@ template <class M>
 class PolygonFill : public ::testing::Test {};
 TYPED_TEST_SUITE(PolygonFill, FillMembers);
 
-// Consecutive active rows pair into spans, both ends filled; a span starts
-// after the previous span's unclipped end (-1 before the first); rows and
-// columns clipped to the rectangle.
+// Consecutive active rows pair into spans, both ends filled; a span starts after the previous span's unclipped end
+// (-1 before the first); rows and columns clipped to the rectangle.
 template <class T, class O>
 void slowColumn(Scene<T> &s, int32_t column, const std::vector<int32_t> &rows, O opacity)
 {
@@ -142,19 +139,17 @@ TYPED_TEST(PolygonFill, RunsAgainstTheWrittenOutBlend)
     forEachScene<typename M::T>(10, 200, 19, 20, [](int, std::mt19937 &rng, Scene<typename M::T> &s) {
         const typename M::O opacity = randomOpacity<typename M::O>(rng);
         const int32_t col = uniform(rng, 0, 19), first = uniform(rng, 0, 18), last = uniform(rng, first - 1, 18);
-        M::blendI(s.dst(), s.colour.data(), first + col * 19, opacity, first, last, s.numPlanes, s.image.stride);
+        M::blendI(s.dst(), s.colour.data(), first + col * 19, opacity, first, last, s.numPlanes, s.stride);
         M::blendRgb(s.red(), s.colour.data(), first + col * 19, opacity, s.green(), s.blue(), first, last);
         s.rc = {0, 18, 0, 19};
         slowColumn(s, col, {first, last}, opacity);
     });
 }
 
-// The sweep written out: zero-length edges never enter, every edge steps by
-// its error term, and the list is re-sorted by moving an edge down before the
-// first larger key. Hard fills key by row (new edges after equal rows), drop
-// an edge at its last column, and keep edges ending at element numValues - 1
-// of the sorted table one column longer; AA fills key by the crossing (the
-// steeper descent first on a tie) and drop an edge after its last column.
+// The sweep written out: zero-length edges never enter, every edge steps by its error term, and the list is re-sorted
+// by moving an edge down before the first larger key. Hard fills key by row (new edges after equal rows), drop an
+// edge at its last column, and keep edges ending at element numValues - 1 of the sorted table one column longer; AA
+// fills key by the crossing (the steeper descent first on a tie) and drop an edge after its last column.
 template <class Visit>
 void slowSweep(const std::vector<int32_t> &v, bool aa, Visit visit)
 {
@@ -193,9 +188,8 @@ void slowSweep(const std::vector<int32_t> &v, bool aa, Visit visit)
     }
 }
 
-// Random polygons cross themselves, share columns and reach far outside;
-// odd trials feed each column's rows to the scan-line function instead,
-// behind an offset and sometimes with an unpaired row.
+// Random polygons cross themselves, share columns and reach far outside; odd trials feed each column's rows to the
+// scan-line function instead, behind an offset and sometimes with an unpaired row.
 TYPED_TEST(PolygonFill, PolygonsAndColumnsAgainstTheWrittenOutSweep)
 {
     using M = TypeParam;
@@ -208,10 +202,8 @@ TYPED_TEST(PolygonFill, PolygonsAndColumnsAgainstTheWrittenOutSweep)
         const int32_t num = int32_t(v.size()), offset = uniform(rng, 0, 3);
         std::vector<int32_t> buffer(8 * num + 1), records(3 * num + 1);
         if (trial % 2 == 0) {
-            M::fillI(buffer.data(), num, v.data(), records.data(), s.dst(), rc[0], rc[1], rc[2], rc[3], 24,
-                     s.colour.data(), opacity, s.numPlanes, s.image.stride);
-            M::fillRgb(buffer.data(), num, v.data(), records.data(), s.red(), s.green(), s.blue(), rc[0],
-                       rc[1], rc[2], rc[3], 24, s.colour.data(), opacity);
+            s.draw(M::fillI, M::fillRgb, buffer.data(), num, v.data(), records.data(), Dst{}, Clip{}, 24,
+                   s.colour.data(), opacity);
         }
         slowSweep(v, false, [&](int32_t scan, const std::vector<Edge> &active) {
             std::vector<int32_t> rows, edges(offset, unwritten);
@@ -221,10 +213,8 @@ TYPED_TEST(PolygonFill, PolygonsAndColumnsAgainstTheWrittenOutSweep)
                 rows.push_back(rows.back() + uniform(rng, 0, 9));
             edges.insert(edges.end(), rows.begin(), rows.end());
             if (trial % 2 == 1) {
-                M::scanI(s.dst(), scan, rc[0], rc[1], rc[2], rc[3], 24, int32_t(rows.size()), edges.data(),
-                         s.colour.data(), opacity, offset, s.numPlanes, s.image.stride);
-                M::scanRgb(s.red(), s.green(), s.blue(), scan, rc[0], rc[1], rc[2], rc[3], 24, int32_t(rows.size()),
-                           edges.data(), s.colour.data(), opacity, offset);
+                s.draw(M::scanI, M::scanRgb, Dst{}, scan, Clip{}, 24, int32_t(rows.size()), edges.data(),
+                       s.colour.data(), opacity, offset);
             }
             slowColumn(s, scan, rows, opacity);
         });
@@ -243,10 +233,9 @@ TYPED_TEST(PolygonFill, HandDerivedShapes)
                  side, &one, M::full, 1, 0);
         return image;
     };
-    // Triangle A(0,0) B(50,100) C(100,0): both long edges end at column 100
-    // where the last sorted edge ends, so the tip is drawn. With a notch
-    // D(90,60) E(80,40) the last sorted edge is E-D, ending at column 60:
-    // A-B and C-B are dropped at column 100 before it is drawn.
+    // Triangle A(0,0) B(50,100) C(100,0): both long edges end at column 100 where the last sorted edge ends, so the
+    // tip is drawn. With a notch D(90,60) E(80,40) the last sorted edge is E-D, ending at column 60: A-B and C-B are
+    // dropped at column 100 before it is drawn.
     EXPECT_EQ(filled({0, 0, 50, 100, 100, 0}, 101)[50 + 101 * 100], T(1));
     // A negative count has no edge: no scratch exists to be read.
     std::vector<T> image(4, T(5));
@@ -261,14 +250,14 @@ TYPED_TEST(PolygonFill, HandDerivedShapes)
 
 TEST(PolygonBlend, HandDerivedValues)
 {
-    // The single member sums in double: 1*0.2f + 2*(1 - 0.2f) = 1.7999999970
-    // rounds to the single 1.79999995 (single arithmetic would give 1.80000007).
+    // The single member sums in double: 1*0.2f + 2*(1 - 0.2f) = 1.7999999970 rounds to the single 1.79999995 (single
+    // arithmetic would give 1.80000007).
     std::vector<float> red = {2, 2}, green = {2, 2}, blue = {2, 2};
     const float fills[3] = {1, 1, 1};
     ORNEX_FillPolygon_InterpFlt_RGB_R(red.data(), fills, 1, 0.2f, green.data(), blue.data(), 0, 0);
     EXPECT_EQ(red, (std::vector<float>{2.0f, 1.79999995f}));
-    // An opacity above 1024 overshoots and wraps: (200*2048 + 100*-1024) >> 10
-    // = 300, stored as 44; (200*768 + 100*256) >> 10 = 175.
+    // An opacity above 1024 overshoots and wraps: (200*2048 + 100*-1024) >> 10 = 300, stored as 44; (200*768 +
+    // 100*256) >> 10 = 175.
     std::vector<uint8_t> bytes = {100, 100};
     const uint8_t fill8[2] = {200, 200};
     ORNEX_FillPolygon_InterpFix_I_UI8(bytes.data(), fill8, 0, 2048, 0, 0, 1, 2);
@@ -276,8 +265,8 @@ TEST(PolygonBlend, HandDerivedValues)
     EXPECT_EQ(bytes, (std::vector<uint8_t>{44, 175}));
 }
 
-// The box profile: coverage 1/2 on the edge, none from 1/2 pixel outside,
-// full from 1/2 pixel inside, in steps of 1/16 pixel.
+// The box profile: coverage 1/2 on the edge, none from 1/2 pixel outside, full from 1/2 pixel inside, in steps of
+// 1/16 pixel.
 template <class O>
 std::vector<O> boxTable()
 {
@@ -289,9 +278,8 @@ std::vector<O> boxTable()
     return table;
 }
 
-// One pixel's coverage written out as slowly as it is defined: every pair of
-// each sample, every distance index, nothing skipped; entries 0 and 48 are
-// none and full whatever the table holds.
+// One pixel's coverage written out as slowly as it is defined: every pair of each sample, every distance index,
+// nothing skipped; entries 0 and 48 are none and full whatever the table holds.
 template <class W>
 W slowCoverage(const std::vector<int32_t> &fields, int32_t numActive, int32_t column, int32_t row,
                const std::vector<W> &table, W full)
@@ -330,11 +318,10 @@ W slowCoverage(const std::vector<int32_t> &fields, int32_t numActive, int32_t co
         return (left + right) >> 1;
 }
 
-// Random polygons (crossing themselves, touching, vertices far outside) with
-// the box, a ramp or arbitrary entries below none and above full (entries 0
-// and 48 garbage, never to be read), through the whole filler or column by
-// column through the scan-line function with some normal weights below 1 or
-// above 1024; the pixel blended once with opacity * coverage.
+// Random polygons (crossing themselves, touching, vertices far outside) with the box, a ramp or arbitrary entries
+// below none and above full (entries 0 and 48 garbage, never to be read), through the whole filler or column by
+// column through the scan-line function with some normal weights below 1 or above 1024; the pixel blended once with
+// opacity * coverage.
 TYPED_TEST(PolygonFill, AAPolygonsAndColumnsAgainstTheWrittenOutCoverage)
 {
     using M = TypeParam;
@@ -358,10 +345,8 @@ TYPED_TEST(PolygonFill, AAPolygonsAndColumnsAgainstTheWrittenOutCoverage)
         const int32_t num = int32_t(v.size());
         std::vector<int32_t> buffer(8 * num + 1), records(3 * num + 1);
         if (trial % 2 == 0) {
-            M::aaFillI(buffer.data(), num, v.data(), records.data(), s.dst(), rc[0], rc[1], rc[2], rc[3], 24,
-                     s.colour.data(), opacity, table.data(), s.numPlanes, s.image.stride);
-            M::aaFillRgb(buffer.data(), num, v.data(), records.data(), s.red(), s.green(), s.blue(),
-                       rc[0], rc[1], rc[2], rc[3], 24, s.colour.data(), opacity, table.data());
+            s.draw(M::aaFillI, M::aaFillRgb, buffer.data(), num, v.data(), records.data(), Dst{}, Clip{}, 24,
+                   s.colour.data(), opacity, table.data());
         }
         slowSweep(v, true, [&](int32_t column, const std::vector<Edge> &active) {
             const int32_t count = int32_t(active.size());
@@ -371,10 +356,8 @@ TYPED_TEST(PolygonFill, AAPolygonsAndColumnsAgainstTheWrittenOutCoverage)
             for (int32_t k = 0; trial % 2 == 1 && k < count; ++k)
                 fields[7 * count + k] = uniform(rng, 0, 5) == 0 ? std::max(0, uniform(rng, -200, 1100)) : fields[7 * count + k];
             if (trial % 2 == 1) {
-                M::aaScanI(s.dst(), column, rc[0], rc[1], rc[2], rc[3], 24, count, fields.data(),
-                         s.colour.data(), opacity, table.data(), count, s.numPlanes, s.image.stride);
-                M::aaScanRgb(s.red(), s.green(), s.blue(), column, rc[0], rc[1], rc[2], rc[3], 24,
-                           count, fields.data(), s.colour.data(), opacity, table.data(), count);
+                s.draw(M::aaScanI, M::aaScanRgb, Dst{}, column, Clip{}, 24, count, fields.data(), s.colour.data(),
+                       opacity, table.data(), count);
             }
             for (int32_t row = rc[0]; row <= rc[1] && column >= rc[2] && column <= rc[3]; ++row) {
                 const W cov = slowCoverage<W>(fields, count, column, row, wide, W(M::full));
@@ -386,8 +369,8 @@ TYPED_TEST(PolygonFill, AAPolygonsAndColumnsAgainstTheWrittenOutCoverage)
     });
 }
 
-// Hand-derived Q10 coverages of (0,0) (4,4) (4,0) with the box table, row by
-// row, drawn one pixel in from a border that must stay 0.
+// Hand-derived Q10 coverages of (0,0) (4,4) (4,0) with the box table, row by row, drawn one pixel in from a border
+// that must stay 0.
 TEST(AAPolygonFill, HandDerivedCoverage)
 {
     const std::vector<int> coverage{160, 0, 0, 0, 0, 512, 512, 0, 0, 0, 512, 1024, 512,
