@@ -58,8 +58,7 @@ using CircleMembers = ::testing::Types<CIRCLE_MEMBER(D, double, double, double),
                                        CIRCLE_MEMBER(UI8, uint8_t, uint32_t, int16_t), CIRCLE_MEMBER(I8, int8_t, uint32_t, int16_t),
                                        CIRCLE_MEMBER(UI16, uint16_t, uint32_t, int16_t),
                                        CIRCLE_MEMBER(I16, int16_t, uint32_t, int16_t)>;
-template <class M>
-class AACircle : public ::testing::Test {};
+template <class M> class AACircle : public ::testing::Test {};
 TYPED_TEST_SUITE(AACircle, CircleMembers);
 
 // Copying kernels replace points with the colour: the octant copier (two bytes an element) its eight mirror images,

@@ -176,8 +176,7 @@ struct LineMember {
 using LineMembers = ::testing::Types<LINE_MEMBER(D, double, double, double), LINE_MEMBER(R, float, float, float),
     LINE_MEMBER(UI8, uint8_t, int16_t, int32_t), LINE_MEMBER(I8, int8_t, int16_t, int32_t),
     LINE_MEMBER(UI16, uint16_t, uint16_t, int32_t), LINE_MEMBER(I16, int16_t, int16_t, int32_t)>;
-template <class M>
-class AALine : public ::testing::Test {};
+template <class M> class AALine : public ::testing::Test {};
 TYPED_TEST_SUITE(AALine, LineMembers);
 
 // Random tables (keep weights 0, 1 and between; terms over the whole range, so that integer members wrap), lines

@@ -75,26 +75,20 @@ TEST(PolygonHelpers, CornerPixelsAndIntegerCoordinates)
     EXPECT_EQ(ORNEX_DetectIfCornerPixel_FillPoly(nullptr, 0, 0, 0), 0);
     // Halves away from zero, NaN to INT32_MIN, integers widened; elements count*block on; an unknown type writes
     // nothing.
-    const double f64[] = {9, 9, 9, 9, 2.5, -2.5, 0.49, std::nan("")};
-    const float f32[] = {2.5f, -2.5f, 0.49f, -0.5f};
-    const int8_t i8[] = {-5, 7};
-    const uint8_t u8[] = {255, 0, 1, 2};
-    const int16_t i16[] = {-30000};
-    const uint16_t u16[] = {65535};
-    const int32_t i32[] = {INT32_MIN};
-    const uint32_t u32[] = {4294967295u};
-    const struct {
-        const void *source;
-        int32_t type, count, block;
-        std::vector<int32_t> want;
-    } cases[] = {{f64, 0, 4, 1, {3, -3, 0, INT32_MIN, 42}}, {f32, 1, 4, 0, {3, -3, 0, -1, 42}}, {i8, 2, 2, 0, {-5, 7, 42}},
-                 {u8, 3, 2, 1, {1, 2, 42}}, {i16, 4, 1, 0, {-30000, 42}}, {u16, 5, 1, 0, {65535, 42}},
-                 {i32, 6, 1, 0, {INT32_MIN, 42}}, {u32, 7, 1, 0, {-1, 42}}, {f64, 8, 1, 0, {42, 42}}};
-    for (const auto &c : cases) {
-        std::vector<int32_t> out(c.want.size(), 42);
-        ORNEX_GetIntCoordinates(c.source, c.type, out.data(), c.count, c.block);
-        EXPECT_EQ(out, c.want) << c.type;
-    }
+    auto expect = [](auto source, int32_t type, int32_t count, int32_t block, std::vector<int32_t> want) {
+        std::vector<int32_t> out(want.size(), 42);
+        ORNEX_GetIntCoordinates(source.data(), type, out.data(), count, block);
+        EXPECT_EQ(out, want) << type;
+    };
+    expect(std::vector<double>{9, 9, 9, 9, 2.5, -2.5, 0.49, std::nan("")}, 0, 4, 1, {3, -3, 0, INT32_MIN, 42});
+    expect(std::vector<float>{2.5f, -2.5f, 0.49f, -0.5f}, 1, 4, 0, {3, -3, 0, -1, 42});
+    expect(std::vector<int8_t>{-5, 7}, 2, 2, 0, {-5, 7, 42});
+    expect(std::vector<uint8_t>{255, 0, 1, 2}, 3, 2, 1, {1, 2, 42});
+    expect(std::vector<int16_t>{-30000}, 4, 1, 0, {-30000, 42});
+    expect(std::vector<uint16_t>{65535}, 5, 1, 0, {65535, 42});
+    expect(std::vector<int32_t>{INT32_MIN}, 6, 1, 0, {INT32_MIN, 42});
+    expect(std::vector<uint32_t>{4294967295u}, 7, 1, 0, {-1, 42});
+    expect(std::vector<double>{1}, 8, 1, 0, {42, 42});
 }
 
 template <class Tp, class Op, class Wp, auto fI, auto fRgb, auto sI, auto sRgb, auto bI, auto bRgb, auto aI,
@@ -116,8 +110,7 @@ using FillMembers = ::testing::Types<
     FILL_MEMBER(Bool, uint8_t, int16_t, int32_t, InterpFix), FILL_MEMBER(UI8, uint8_t, int16_t, int32_t, InterpFix),
     FILL_MEMBER(I8, int8_t, int16_t, int32_t, InterpFix), FILL_MEMBER(UI16, uint16_t, int16_t, int32_t, InterpFix),
     FILL_MEMBER(I16, int16_t, int16_t, int32_t, InterpFix)>;
-template <class M>
-class PolygonFill : public ::testing::Test {};
+template <class M> class PolygonFill : public ::testing::Test {};
 TYPED_TEST_SUITE(PolygonFill, FillMembers);
 
 // Consecutive active rows pair into spans, both ends filled; a span starts after the previous span's unclipped end
@@ -198,7 +191,6 @@ TYPED_TEST(PolygonFill, PolygonsAndColumnsAgainstTheWrittenOutSweep)
         for (int32_t &x : v)
             x = uniform(rng, trial % 4 == 0 ? -30 : -12, trial % 4 == 0 ? 60 : 25);
         const typename M::O opacity = randomOpacity<typename M::O>(rng);
-        const auto &rc = s.rc;
         const int32_t num = int32_t(v.size()), offset = uniform(rng, 0, 3);
         std::vector<int32_t> buffer(8 * num + 1), records(3 * num + 1);
         if (trial % 2 == 0) {
@@ -225,27 +217,24 @@ TYPED_TEST(PolygonFill, HandDerivedShapes)
 {
     using M = TypeParam;
     using T = typename M::T;
-    auto filled = [](std::vector<int32_t> v, int32_t side) {
-        std::vector<T> image(side * side, T(0));
+    // Triangle A(0,0) B(50,100) C(100,0) (row, column): both long edges end at column 100 where the last sorted edge
+    // ends, so the tip is drawn. With D(90,60) E(80,40) added the last sorted edge is E-D, ending at column 60: A-B
+    // and C-B are dropped at column 100 before it is drawn. Column 99 holds rows 49.5 to 50.5 in both.
+    for (std::vector<int32_t> v : {std::vector<int32_t>{0, 0, 50, 100, 100, 0}, {0, 0, 50, 100, 100, 0, 90, 60, 80, 40}}) {
+        std::vector<T> image(101 * 101, T(0));
         std::vector<int32_t> buffer(8 * v.size()), records(3 * v.size());
-        const T one = T(1);
-        M::fillI(buffer.data(), int32_t(v.size()), v.data(), records.data(), image.data(), 0, side - 1, 0, side - 1,
-                 side, &one, M::full, 1, 0);
-        return image;
-    };
-    // Triangle A(0,0) B(50,100) C(100,0): both long edges end at column 100 where the last sorted edge ends, so the
-    // tip is drawn. With a notch D(90,60) E(80,40) the last sorted edge is E-D, ending at column 60: A-B and C-B are
-    // dropped at column 100 before it is drawn.
-    EXPECT_EQ(filled({0, 0, 50, 100, 100, 0}, 101)[50 + 101 * 100], T(1));
+        const T one = T(1), pentagon = v.size() > 6;
+        M::fillI(buffer.data(), int32_t(v.size()), v.data(), records.data(), image.data(), 0, 100, 0, 100, 101, &one,
+                 M::full, 1, 0);
+        EXPECT_EQ(std::vector<T>({image[50 + 101 * 100], image[50 + 101 * 99], image[90 + 101 * 60], image[89 + 101 * 59]}),
+                  std::vector<T>({T(!pentagon), T(1), T(pentagon), T(0)}));
+    }
     // A negative count has no edge: no scratch exists to be read.
     std::vector<T> image(4, T(5));
     const int32_t vertex[2] = {1, 1};
     M::fillI(nullptr, -2, vertex, nullptr, image.data(), 0, 1, 0, 1, 2, image.data(), M::full, 1, 4);
     M::aaFillI(nullptr, -2, vertex, nullptr, image.data(), 0, 1, 0, 1, 2, image.data(), M::full, nullptr, 1, 4);
     EXPECT_EQ(image, std::vector<T>(4, T(5)));
-    const auto notched = filled({0, 0, 50, 100, 100, 0, 90, 60, 80, 40}, 101);
-    EXPECT_EQ(std::vector<T>({notched[50 + 101 * 100], notched[50 + 101 * 99], notched[90 + 101 * 60], notched[89 + 101 * 59]}),
-              std::vector<T>({T(0), T(1), T(1), T(0)}));
 }
 
 TEST(PolygonBlend, HandDerivedValues)
