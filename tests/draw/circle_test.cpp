@@ -17,12 +17,10 @@ const std::vector<int16_t> &sqrtTable()
     return table;
 }
 
-// The eight mirror images of (a, b); the four points of the quad kernel, the axis points at distance b when a = 0.
+// The eight mirror images of (a, b); the quad kernel's four points, the axis points at distance b (each listed twice)
+// when a = 0.
 Offsets mirrors(int32_t a, int32_t b) { return {{a, b}, {-a, b}, {-a, -b}, {a, -b}, {b, a}, {-b, a}, {-b, -a}, {b, -a}}; }
-Offsets quadPoints(int32_t a, int32_t b)
-{
-    return a != 0 ? Offsets{{a, b}, {-a, b}, {-a, -b}, {a, -b}} : Offsets{{0, b}, {0, -b}, {-b, 0}, {b, 0}};
-}
+Offsets quadPoints(int32_t a, int32_t b) { return a != 0 ? Offsets{{a, b}, {-a, b}, {-a, -b}, {a, -b}} : mirrors(0, b); }
 
 TEST(AACircleDelta, DistanceToTheNextWholePixelInQ10)
 {
@@ -55,9 +53,8 @@ struct CircleMember {
                  ORNEX_AACircle_4PtsLinesI_##S, ORNEX_AACircle_4PtsLinesRGB_##S, ORNEX_AACircle_8PtsLinesI_##S,       \
                  ORNEX_AACircle_8PtsLinesRGB_##S>
 using CircleMembers = ::testing::Types<CIRCLE_MEMBER(D, double, double, double), CIRCLE_MEMBER(R, float, float, float),
-                                       CIRCLE_MEMBER(UI8, uint8_t, uint32_t, int16_t), CIRCLE_MEMBER(I8, int8_t, uint32_t, int16_t),
-                                       CIRCLE_MEMBER(UI16, uint16_t, uint32_t, int16_t),
-                                       CIRCLE_MEMBER(I16, int16_t, uint32_t, int16_t)>;
+    CIRCLE_MEMBER(UI8, uint8_t, uint32_t, int16_t), CIRCLE_MEMBER(I8, int8_t, uint32_t, int16_t),
+    CIRCLE_MEMBER(UI16, uint16_t, uint32_t, int16_t), CIRCLE_MEMBER(I16, int16_t, uint32_t, int16_t)>;
 template <class M> class AACircle : public ::testing::Test {};
 TYPED_TEST_SUITE(AACircle, CircleMembers);
 

@@ -82,7 +82,8 @@ struct Scene {
     std::array<T, 3> colour;
     Scene(std::mt19937 &rng, int32_t r, int32_t cols, int32_t planes)
         : rows(r), stride(r * cols + 3), numPlanes(planes), image(3 * size_t(stride)), rgb(image.size()),
-          rc{uniform(rng, 0, r / 3), uniform(rng, r / 2, r - 1), uniform(rng, 0, cols / 3), uniform(rng, cols / 2, cols - 1)},
+          rc{uniform(rng, 0, r / 3), uniform(rng, r / 2, r - 1), uniform(rng, 0, cols / 3),
+             uniform(rng, cols / 2, cols - 1)},
           colour{randomValue<T>(rng), randomValue<T>(rng), randomValue<T>(rng)}
     {
         if (rng() % 4 == 0)

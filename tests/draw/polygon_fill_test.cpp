@@ -21,10 +21,9 @@ TEST(EdgeTable, RandomPolygonsAgainstTheWrittenOutTable)
         const int32_t n = int32_t(v.size()) / 2;
         const auto want = slowEdgeTable(v, trial % 2);
         for (auto build : {ORNEX_CreateEdgesTable, ORNEX_CreateEdgesTable_Int}) {
-            std::vector<int32_t> work(8 * n + 1, unwritten), sorted = work, records(6 * n + 1, unwritten), offsets(8);
-            for (int32_t f = 0; f < 8; ++f)
-                offsets[f] = f * n;
-            build(v.data(), int32_t(v.size()), work.data(), sorted.data(), records.data(), offsets.data(), trial % 2);
+            std::vector<int32_t> work(8 * n + 1, unwritten), sorted = work, records(6 * n + 1, unwritten);
+            const int32_t offsets[8] = {0, n, 2 * n, 3 * n, 4 * n, 5 * n, 6 * n, 7 * n};
+            build(v.data(), int32_t(v.size()), work.data(), sorted.data(), records.data(), offsets, trial % 2);
             for (int32_t k = 0; k < 8 * n; ++k)
                 ASSERT_EQ(sorted[k], want[k % n][k / n]) << trial << " edge " << k % n << " field " << k / n;
             ASSERT_TRUE(work.back() == unwritten && sorted.back() == unwritten && records.back() == unwritten);
@@ -150,10 +149,7 @@ void slowSweep(const std::vector<int32_t> &v, bool aa, Visit visit)
     const size_t n = sorted.size(), last = v.size() - 1;
     auto key = [aa](const Edge &e) { return aa ? e[2] * 1024 + (e[6] * 1024) / e[4] : e[2]; };
     std::vector<Edge> active;
-    auto drop = [&](int32_t scan) {
-        active.erase(std::remove_if(active.begin(), active.end(), [&](const Edge &e) { return e[1] == scan; }),
-                     active.end());
-    };
+    auto drop = [&](int32_t scan) { std::erase_if(active, [&](const Edge &e) { return e[1] == scan; }); };
     for (int32_t scan = n ? sorted[0][0] : 0, finalEnd = n ? sorted[last % n][last / n] : 0, next = 0; n; ++scan) {
         for (Edge &e : active)
             e[1] += !aa && scan == finalEnd && e[1] == finalEnd;
@@ -288,23 +284,16 @@ W slowCoverage(const std::vector<int32_t> &fields, int32_t numActive, int32_t co
         W sum = W(0);
         for (size_t j = 0; j + 1 < list.size(); j += 2) {
             const int32_t upper = index(list[j], quarter, false), lower = index(list[j + 1], quarter, true);
-            if (upper != 0 && lower != 0) {
-                const W t = ((upper == 48 ? full : table[upper]) + (lower == 48 ? full : table[lower])) - full;
-                sum = t > W(0) ? sum + t : sum;
-            }
+            auto entry = [&](int32_t i) { return i == 48 ? full : table[i]; };
+            const W t = upper && lower ? entry(upper) + entry(lower) - full : W(0);
+            sum = t > W(0) ? sum + t : sum;
         }
         return sum < full ? sum : full;
     };
-    bool vertexColumn = false;
-    for (int32_t k = 0; k < numActive; ++k)
-        vertexColumn = vertexColumn || field(0, k) == column || field(1, k) == column;
-    if (!vertexColumn)
+    // Columns holding a vertex (fields 0 and 1 come first) average two samples; the sums are never negative.
+    if (std::none_of(fields.begin(), fields.begin() + 2 * numActive, [&](int32_t f) { return f == column; }))
         return sample(0, -1);
-    const W left = sample(-1, 0), right = sample(1, 1);
-    if constexpr (std::is_floating_point_v<W>)
-        return (left + right) * W(0.5);
-    else
-        return (left + right) >> 1;
+    return (sample(-1, 0) + sample(1, 1)) / W(2);
 }
 
 // Random polygons (crossing themselves, touching, vertices far outside) with the box, a ramp or arbitrary entries
