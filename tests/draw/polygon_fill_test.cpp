@@ -177,38 +177,6 @@ void slowSweep(const std::vector<int32_t> &v, bool aa, Visit visit)
     }
 }
 
-// Random polygons cross themselves, share columns and reach far outside; odd trials feed each column's rows to the
-// scan-line function instead, behind an offset and sometimes with an unpaired row.
-TYPED_TEST(PolygonFill, PolygonsAndColumnsAgainstTheWrittenOutSweep)
-{
-    using M = TypeParam;
-    forEachScene<typename M::T>(11, 500, 24, 26, [](int trial, std::mt19937 &rng, Scene<typename M::T> &s) {
-        std::vector<int32_t> v(uniform(rng, 0, 16));
-        for (int32_t &x : v)
-            x = uniform(rng, trial % 4 == 0 ? -30 : -12, trial % 4 == 0 ? 60 : 25);
-        const typename M::O opacity = randomOpacity<typename M::O>(rng);
-        const int32_t num = int32_t(v.size()), offset = uniform(rng, 0, 3);
-        std::vector<int32_t> buffer(8 * num + 1), records(3 * num + 1);
-        if (trial % 2 == 0) {
-            s.draw(M::fillI, M::fillRgb, buffer.data(), num, v.data(), records.data(), Dst{}, Clip{}, 24,
-                   s.colour.data(), opacity);
-        }
-        slowSweep(v, false, [&](int32_t scan, const std::vector<Edge> &active) {
-            std::vector<int32_t> rows, edges(offset, unwritten);
-            for (const Edge &e : active)
-                rows.push_back(e[2]);
-            if (trial % 4 == 1)
-                rows.push_back(rows.back() + uniform(rng, 0, 9));
-            edges.insert(edges.end(), rows.begin(), rows.end());
-            if (trial % 2 == 1) {
-                s.draw(M::scanI, M::scanRgb, Dst{}, scan, Clip{}, 24, int32_t(rows.size()), edges.data(),
-                       s.colour.data(), opacity, offset);
-            }
-            slowColumn(s, scan, rows, opacity);
-        });
-    });
-}
-
 TYPED_TEST(PolygonFill, HandDerivedShapes)
 {
     using M = TypeParam;
@@ -296,21 +264,25 @@ W slowCoverage(const std::vector<int32_t> &fields, int32_t numActive, int32_t co
     return (sample(-1, 0) + sample(1, 1)) / W(2);
 }
 
-// Random polygons (crossing themselves, touching, vertices far outside) with the box, a ramp or arbitrary entries
-// below none and above full (entries 0 and 48 garbage, never to be read), through the whole filler or column by
-// column through the scan-line function with some normal weights below 1 or above 1024; the pixel blended once with
-// opacity * coverage.
-TYPED_TEST(PolygonFill, AAPolygonsAndColumnsAgainstTheWrittenOutCoverage)
+// Random polygons (crossing themselves, touching, vertices far outside), hard and anti-aliased, through the whole
+// filler or, on odd trials, column by column through the scan-line function. Hard columns get their rows behind an
+// offset, sometimes with an unpaired row. AA fills take the box, a ramp or arbitrary entries below none and above full
+// (entries 0 and 48 garbage, never to be read), AA columns some normal weights below 1 or above 1024; the pixel is
+// blended once with opacity * coverage.
+TYPED_TEST(PolygonFill, PolygonsAndColumnsAgainstTheWrittenOutSweep)
 {
     using M = TypeParam;
     using T = typename M::T;
     using O = typename M::O;
     using W = typename M::W;
-    forEachScene<T>(12, 240, 24, 26, [](int trial, std::mt19937 &rng, Scene<T> &s) {
-        std::vector<int32_t> v(uniform(rng, 0, 16));
-        for (size_t k = 0; k < v.size(); ++k) // some edges over 1024 rows per column: normal weight 0
-            v[k] = trial % 8 == 4 ? uniform(rng, k % 2 ? -3 : -2000, k % 2 ? 28 : 2000)
-                                  : trial % 4 == 0 ? uniform(rng, -130, 400) : uniform(rng, -10, 30);
+    forEachScene<T>(11, 800, 24, 26, [](int trial, std::mt19937 &rng, Scene<T> &s) {
+        const bool aa = trial % 4 >= 2, whole = trial % 2 == 0;
+        const int32_t spread = trial / 4 % 4, num = uniform(rng, 0, 16), offset = uniform(rng, 0, 3);
+        std::vector<int32_t> v(num), buffer(8 * num + 1), records(3 * num + 1);
+        const int32_t low[4] = {-130, -30, -12, -12}, high[4] = {400, 60, 28, 28};
+        const bool tall = spread == 1 && aa; // some edges over 1024 rows per column: normal weight 0
+        for (size_t k = 0; k < v.size(); ++k)
+            v[k] = tall ? uniform(rng, k % 2 ? -3 : -2000, k % 2 ? 28 : 2000) : uniform(rng, low[spread], high[spread]);
         std::vector<O> table = boxTable<O>();
         for (int i = 1; i < 48 && trial % 3 != 0; ++i) {
             const int32_t q10 = trial % 3 == 1 ? i * 1024 / 48 : i < 20 ? uniform(rng, -300, 0) : uniform(rng, -300, 1300);
@@ -320,23 +292,32 @@ TYPED_TEST(PolygonFill, AAPolygonsAndColumnsAgainstTheWrittenOutCoverage)
         const std::vector<W> wide(table.begin(), table.end());
         const O opacity = randomOpacity<O>(rng);
         const auto &rc = s.rc;
-        const int32_t num = int32_t(v.size());
-        std::vector<int32_t> buffer(8 * num + 1), records(3 * num + 1);
-        if (trial % 2 == 0) {
+        if (whole && aa)
             s.draw(M::aaFillI, M::aaFillRgb, buffer.data(), num, v.data(), records.data(), Dst{}, Clip{}, 24,
                    s.colour.data(), opacity, table.data());
-        }
-        slowSweep(v, true, [&](int32_t column, const std::vector<Edge> &active) {
+        else if (whole)
+            s.draw(M::fillI, M::fillRgb, buffer.data(), num, v.data(), records.data(), Dst{}, Clip{}, 24,
+                   s.colour.data(), opacity);
+        slowSweep(v, aa, [&](int32_t column, const std::vector<Edge> &active) {
             const int32_t count = int32_t(active.size());
-            std::vector<int32_t> fields(8 * count);
+            std::vector<int32_t> rows, edges(offset, unwritten), fields(8 * count);
+            for (const Edge &e : active)
+                rows.push_back(e[2]);
+            if (!aa && trial % 8 == 1)
+                rows.push_back(rows.back() + uniform(rng, 0, 9));
+            edges.insert(edges.end(), rows.begin(), rows.end());
+            if (!aa && !whole)
+                s.draw(M::scanI, M::scanRgb, Dst{}, column, Clip{}, 24, int32_t(rows.size()), edges.data(),
+                       s.colour.data(), opacity, offset);
+            if (!aa)
+                return slowColumn(s, column, rows, opacity);
             for (int32_t k = 0; k < count * 8; ++k)
                 fields[k] = active[k % count][k / count];
-            for (int32_t k = 0; trial % 2 == 1 && k < count; ++k)
+            for (int32_t k = 0; !whole && k < count; ++k)
                 fields[7 * count + k] = uniform(rng, 0, 5) == 0 ? std::max(0, uniform(rng, -200, 1100)) : fields[7 * count + k];
-            if (trial % 2 == 1) {
+            if (!whole)
                 s.draw(M::aaScanI, M::aaScanRgb, Dst{}, column, Clip{}, 24, count, fields.data(), s.colour.data(),
                        opacity, table.data(), count);
-            }
             for (int32_t row = rc[0]; row <= rc[1] && column >= rc[2] && column <= rc[3]; ++row) {
                 const W cov = slowCoverage<W>(fields, count, column, row, wide, W(M::full));
                 const O o = M::floating ? O(opacity * O(cov)) : O((int32_t(opacity) * int32_t(cov)) >> 10);
