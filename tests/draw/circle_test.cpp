@@ -124,12 +124,11 @@ TYPED_TEST(AACircle, OutlineAgainstTheWrittenOutWalk)
         const int32_t radius = trial % 50, cr = uniform(rng, -5, 40), cc = uniform(rng, -5, 40);
         const int32_t x0 = trial % 4 == 0 ? uniform(rng, 0, radius / 2) : 0, y0 = radius - x0 / 3;
         const T *value = s.colour.data();
-        if constexpr (M::floating) {
+        if constexpr (M::floating)
             s.draw(M::circleI, M::circleRgb, Dst{}, value, x0, y0, cr, cc, Clip{}, 36, radius);
-        } else {
-            const int16_t *table = radius ? sqrtTable().data() : nullptr;
-            s.draw(M::circleI, M::circleRgb, Dst{}, value, table, x0, y0, cr, cc, Clip{}, 36, radius);
-        }
+        else
+            s.draw(M::circleI, M::circleRgb, Dst{}, value, radius ? sqrtTable().data() : nullptr, x0, y0, cr, cc, Clip{},
+                   36, radius);
         bool outside = false;
         auto crossing = [&](int32_t x, int32_t y) {
             if constexpr (M::floating) {

@@ -158,14 +158,4 @@ inline std::vector<Edge> slowEdgeTable(const std::vector<int32_t> &v, bool wantW
     return edges;
 }
 
-// One column of an edge's walk: the exact row rounded, halves toward larger rows.
-inline void stepEdge(Edge &e)
-{
-    const int32_t d = e[3], length = e[4], step = e[5];
-    if (d > 0 && (e[6] += d - step * length, e[2] += step, 2 * e[6] >= length))
-        e[2] += 1, e[6] -= length;
-    else if (d <= 0 && (e[6] += step * length + d, e[2] -= step, 2 * e[6] < -length))
-        e[2] -= 1, e[6] += length;
-}
-
 } // namespace drawtest

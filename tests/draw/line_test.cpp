@@ -195,9 +195,8 @@ TYPED_TEST(AALine, RandomLinesAgainstTheWrittenOutBrush)
         }
         const int32_t r1 = uniform(rng, -far / 4, far), c1 = uniform(rng, -far / 4, far);
         const int32_t r2 = trial % 7 == 0 ? r1 : uniform(rng, -far / 4, far), c2 = trial % 11 == 0 ? c1 : uniform(rng, -far / 4, far);
-        const auto &rc = s.rc;
         s.draw(M::drawI, M::drawRgb, r1, c1, r2, c2, Dst{}, 21, Clip{}, table.data(), level);
-        for (const auto &[r, c, d] : slowBrush<typename M::Real>(r1, c1, r2, c2, rc.data()))
+        for (const auto &[r, c, d] : slowBrush<typename M::Real>(r1, c1, r2, c2, s.rc.data()))
             s.at(r, c, [&](auto old, int32_t p) { return keepAdd(old, table[d], table[(level + p) * 25 + d]); });
     });
 }

@@ -166,7 +166,11 @@ void slowSweep(const std::vector<int32_t> &v, bool aa, Visit visit)
         visit(scan, active);
         if (aa)
             drop(scan);
-        std::for_each(active.begin(), active.end(), stepEdge);
+        for (Edge &e : active) // one column of the walk: the exact row rounded, halves toward larger rows
+            if (e[3] > 0 && (e[6] += e[3] - e[5] * e[4], e[2] += e[5], 2 * e[6] >= e[4]))
+                e[2] += 1, e[6] -= e[4];
+            else if (e[3] <= 0 && (e[6] += e[5] * e[4] + e[3], e[2] -= e[5], 2 * e[6] < -e[4]))
+                e[2] -= 1, e[6] += e[4];
         for (int32_t p = int32_t(active.size()) - 1; p >= 1;) {
             const auto j = std::find_if(active.begin(), active.begin() + p, [&](const Edge &a) { return key(a) > key(active[p]); });
             if (j == active.begin() + p)
@@ -300,17 +304,16 @@ TYPED_TEST(PolygonFill, PolygonsAndColumnsAgainstTheWrittenOutSweep)
                    s.colour.data(), opacity);
         slowSweep(v, aa, [&](int32_t column, const std::vector<Edge> &active) {
             const int32_t count = int32_t(active.size());
-            std::vector<int32_t> rows, edges(offset, unwritten), fields(8 * count);
+            std::vector<int32_t> edges(offset, unwritten), fields(8 * count);
             for (const Edge &e : active)
-                rows.push_back(e[2]);
+                edges.push_back(e[2]);
             if (!aa && trial % 8 == 1)
-                rows.push_back(rows.back() + uniform(rng, 0, 9));
-            edges.insert(edges.end(), rows.begin(), rows.end());
+                edges.push_back(edges.back() + uniform(rng, 0, 9));
             if (!aa && !whole)
-                s.draw(M::scanI, M::scanRgb, Dst{}, column, Clip{}, 24, int32_t(rows.size()), edges.data(),
+                s.draw(M::scanI, M::scanRgb, Dst{}, column, Clip{}, 24, int32_t(edges.size()) - offset, edges.data(),
                        s.colour.data(), opacity, offset);
             if (!aa)
-                return slowColumn(s, column, rows, opacity);
+                return slowColumn(s, column, {edges.begin() + offset, edges.end()}, opacity);
             for (int32_t k = 0; k < count * 8; ++k)
                 fields[k] = active[k % count][k / count];
             for (int32_t k = 0; !whole && k < count; ++k)
