@@ -96,8 +96,8 @@ TYPED_TEST(AACircle, KernelsAgainstTheirWrittenOutPlacement)
     checkCopies<T, true>(6, std::pair(M::quadI, M::quadRgb));
     forEachScene<T>(66, 300, 16, 18, [](int trial, std::mt19937 &rng, Scene<T> &s) {
         const int32_t a = uniform(rng, 0, 8), b = trial % 4 == 0 ? a + uniform(rng, -1, 1) : uniform(rng, 0, 9);
-        const int32_t cr = uniform(rng, -3, 18), cc = uniform(rng, -3, 20), flag = trial % 2, pick = uniform(rng, 0, 2);
-        const typename M::W w = pick == 0 ? 0 : pick == 1 ? M::full : typename M::W(M::full * uniform(rng, 0, 64) / 64);
+        const int32_t cr = uniform(rng, -3, 18), cc = uniform(rng, -3, 20), flag = trial % 2;
+        const typename M::W w = randomOpacity<typename M::W>(rng);
         const auto &rc = s.rc;
         const T termsA[3] = {randomValue<T>(rng), randomValue<T>(rng), randomValue<T>(rng)}, *termsB = s.colour.data();
         M::octI(s.dst(), cr, cc, a, b, rc[0], rc[1], rc[2], rc[3], 16, termsA, termsB, w, flag, s.numPlanes,
