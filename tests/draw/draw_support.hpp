@@ -70,10 +70,9 @@ O randomOpacity(std::mt19937 &rng)
 struct Dst {};
 struct Clip {};
 
-// A random scene: three intensity planes (the drawer is given numPlanes of them) and three RGB planes, rows x cols
-// each, `stride` apart with an odd gap between, every element random so that comparing whole buffers also checks
-// every element that must stay; a colour and a clip rectangle (sometimes the whole image). The want buffers are what
-// the drawer must leave, changed by at() inside the rectangle only.
+// A random scene: three intensity planes (the drawer given numPlanes of them), three RGB planes, `stride` apart with
+// odd gaps, every element random so that whole-buffer comparisons check all that must stay; a colour and a clip
+// rectangle (sometimes the whole image). at() changes the wanted buffers inside the rectangle only.
 template <class T>
 struct Scene {
     int32_t rows, stride, numPlanes;

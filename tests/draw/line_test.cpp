@@ -195,9 +195,8 @@ TYPED_TEST(AALine, RandomLinesAgainstTheWrittenOutBrush)
 }
 
 // A probe table (keep nothing, add index + 1) shows the distance indices of (0,0)-(1,4), m = 1/4. Floating: cos =
-// 0.970143, thr = 0.242536, D = 0, 0.2425, -0.4851, -0.2425, 0: indices 0, 4, 8, 4, 0 rounded; neighbours at D -+
-// cos. Fixed: m = 256, cos = 4 - 35 - 1 + 1024 = 992, thr = 248, D = 0, 248, -496, -248, 0: indices 0, 3, 7, 3, 0
-// truncated.
+// 0.970143, thr = 0.242536, D = 0, 0.2425, -0.4851, -0.2425, 0: indices 0, 4, 8, 4, 0 rounded, neighbours at D -+ cos.
+// Fixed: m = 256, cos = 4 - 35 - 1 + 1024 = 992, thr = 248, D = 0, 248, -496, -248, 0: indices 0, 3, 7, 3, 0 truncated.
 TYPED_TEST(AALine, HandDerivedDistanceIndices)
 {
     using M = TypeParam;

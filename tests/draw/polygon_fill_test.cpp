@@ -268,11 +268,9 @@ W slowCoverage(const std::vector<int32_t> &fields, int32_t numActive, int32_t co
     return (sample(-1, 0) + sample(1, 1)) / W(2);
 }
 
-// Random polygons (crossing themselves, touching, vertices far outside), hard and anti-aliased, through the whole
-// filler or, on odd trials, column by column through the scan-line function. Hard columns get their rows behind an
-// offset, sometimes with an unpaired row. AA fills take the box, a ramp or arbitrary entries below none and above full
-// (entries 0 and 48 garbage, never to be read), AA columns some normal weights below 1 or above 1024; the pixel is
-// blended once with opacity * coverage.
+// Random polygons (crossing, touching, far outside), hard and AA, through the whole filler or, on odd trials, column
+// by column through the scan-line function: hard rows behind an offset, sometimes an unpaired one; AA tables the box,
+// a ramp or entries below none and above full (0 and 48 garbage, never read), some normal weights below 1 or over 1024.
 TYPED_TEST(PolygonFill, PolygonsAndColumnsAgainstTheWrittenOutSweep)
 {
     using M = TypeParam;
