@@ -5,17 +5,12 @@ namespace {
 using namespace drawtest;
 using Offsets = std::vector<std::array<int32_t, 2>>;
 
-// Entry t stands for 4096 sqrt(1 - (t/4096)^2), rounded.
-const std::vector<int16_t> &sqrtTable()
-{
-    static const std::vector<int16_t> table = [] {
-        std::vector<int16_t> t(4096);
-        for (int i = 0; i < 4096; ++i)
-            t[i] = int16_t(std::lround(4096.0 * std::sqrt(1.0 - (i / 4096.0) * (i / 4096.0))));
-        return t;
-    }();
-    return table;
-}
+const std::vector<int16_t> sqrtTable = [] {
+    std::vector<int16_t> t(4096);
+    for (int i = 0; i < 4096; ++i)
+        t[i] = int16_t(std::lround(4096.0 * std::sqrt(1.0 - (i / 4096.0) * (i / 4096.0))));
+    return t;
+}();
 
 // The eight mirror images of (a, b); the quad kernel's four points, the axis points at distance b (each listed twice)
 // when a = 0.
@@ -24,7 +19,7 @@ Offsets quadPoints(int32_t a, int32_t b) { return a != 0 ? Offsets{{a, b}, {-a, 
 
 TEST(AACircleDelta, DistanceToTheNextWholePixelInQ10)
 {
-    const int16_t *table = sqrtTable().data();
+    const int16_t *table = sqrtTable.data();
     uint8_t outside[4] = {7, 7, 7, 7};
     // On the axis the crossing is a whole pixel: full weight, 1024 not 0. x = 3, r = 5: t = 12288/5 = 2457, entry
     // 4096 sqrt(1 - 0.59985^2) = 3277.25 -> 3277, s = 16385, just past 4 pixels: (4096 - 1) >> 2. Past index 3223 the
@@ -127,7 +122,7 @@ TYPED_TEST(AACircle, OutlineAgainstTheWrittenOutWalk)
         if constexpr (M::floating)
             s.draw(M::circleI, M::circleRgb, Dst{}, value, x0, y0, cr, cc, Clip{}, 36, radius);
         else
-            s.draw(M::circleI, M::circleRgb, Dst{}, value, radius ? sqrtTable().data() : nullptr, x0, y0, cr, cc, Clip{},
+            s.draw(M::circleI, M::circleRgb, Dst{}, value, radius ? sqrtTable.data() : nullptr, x0, y0, cr, cc, Clip{},
                    36, radius);
         bool outside = false;
         auto crossing = [&](int32_t x, int32_t y) {
@@ -136,7 +131,7 @@ TYPED_TEST(AACircle, OutlineAgainstTheWrittenOutWalk)
                 outside = T(y) >= exact;
                 return W(std::ceil(exact) - exact);
             } else {
-                const int32_t t = sqrtTable()[std::min(x * 4096 / radius, 3223)] * radius;
+                const int32_t t = sqrtTable[std::min(x * 4096 / radius, 3223)] * radius;
                 outside = y * 4096 - t >= 0;
                 return W((4096 - t % 4096) / 4);
             }

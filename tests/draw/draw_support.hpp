@@ -20,7 +20,6 @@ inline int32_t uniform(std::mt19937 &rng, int32_t low, int32_t high)
     return std::uniform_int_distribution<int32_t>(low, high)(rng);
 }
 
-// Whole range for integers (negatives in signed members); eighths for floats.
 template <class T>
 T randomValue(std::mt19937 &rng)
 {
@@ -56,7 +55,6 @@ T keepAdd(T old, K keep, A term)
         return T(uint32_t(int32_t(uint32_t(int32_t(keep)) * uint32_t(int32_t(old))) >> 10) + uint32_t(term));
 }
 
-// Opacity 0, full, or a multiple of 1/64 between.
 template <class O>
 O randomOpacity(std::mt19937 &rng)
 {

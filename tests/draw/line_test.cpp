@@ -38,7 +38,6 @@ TEST(ClipLine, HandWorkedCuts)
 {
     // p1, p2, rect, result, p1 and p2 after clipping.
     const std::array<int32_t, 13> cases[] = {
-        {0, -1, 1, 1, 0, 10, 0, 10, 1, 1, 0, 1, 1},    // 0 + 1*1/2 = 0.5 rounds to 1
         // Pass 1 cuts row 0 at column -8 + round(80/12) = -1; pass 2 starts again from (-8,-8): row -8 + round(96/10)
         // = 2 (from (0,-1) it would be 1).
         {-8, -8, 4, 2, 0, 9, 0, 9, 1, 2, 0, 4, 2},
@@ -151,7 +150,6 @@ std::vector<std::array<int32_t, 3>> slowBrush(int32_t r1, int32_t c1, int32_t r2
             ops.push_back({r - colMajor, c - !colMajor, idx(sign > 0 ? d + cs : d - cs)});
         if ((colMajor ? r : c) < rect[colMajor ? 1 : 3])
             ops.push_back({r + colMajor, c + !colMajor, idx(sign > 0 ? d - cs : d + cs)});
-        // Row-major lines step within a tolerance that column-major ones lack.
         const bool step = colMajor ? d >= thr : fixed ? d - thr >= -1 : d - thr > Real(-0.0001);
         (colMajor ? r : c) += step ? sign : 0;
         (colMajor ? c : r) += 1;
