@@ -6,7 +6,6 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
-#include <cstring>
 #include <random>
 #include <tuple>
 #include <type_traits>
@@ -21,7 +20,6 @@ inline int32_t uniform(std::mt19937 &rng, int32_t low, int32_t high)
     return std::uniform_int_distribution<int32_t>(low, high)(rng);
 }
 
-// Whole range for integers (negatives in signed members); eighths for floats.
 template <class T>
 T randomValue(std::mt19937 &rng)
 {
@@ -35,25 +33,8 @@ T randomValue(std::mt19937 &rng)
     return v;
 }
 
-// `count` planes of rows x cols elements, `stride` elements apart in one
-// buffer, with an odd gap between them; every element starts random, so a
-// comparison of the whole buffer also checks every element that must stay.
-template <class T>
-struct Planes {
-    int32_t rows, cols, count, stride;
-    std::vector<T> buf;
-    Planes(int32_t r, int32_t c, int32_t n, std::mt19937 &rng)
-        : rows(r), cols(c), count(n), stride(r * c + 3), buf(size_t(n) * stride)
-    {
-        std::generate(buf.begin(), buf.end(), [&] { return randomValue<T>(rng); });
-    }
-    T *plane(int32_t p) { return buf.data() + size_t(p) * stride; }
-    T &at(int32_t p, int32_t r, int32_t c) { return plane(p)[r + size_t(c) * rows]; }
-};
-
-// Fill blend of the polygon fillers and discs: fill*a + old*(1 - a) summed in
-// double; Q10 (fill*a + old*(1024 - a)) >> 10 in 32 bits, the keep weight a
-// signed 16-bit, the store truncated.
+// Fill blend of the polygon fillers and discs: fill*a + old*(1 - a) summed in double; Q10 (fill*a + old*(1024 - a))
+// >> 10 in 32 bits, the keep weight a signed 16-bit, the store truncated.
 template <class T, class O>
 T blendFill(T old, T fill, O a)
 {
@@ -63,7 +44,17 @@ T blendFill(T old, T fill, O a)
         return T(int32_t(uint32_t(int32_t(fill) * a) + uint32_t(int32_t(old) * int16_t(1024 - a))) >> 10);
 }
 
-// Opacity 0, full, or a multiple of 1/64 between.
+// Keep-and-add blend of the brushes and kernels: keep*old + term; integers in 32 bits wrapping, (keep*old) >> 10
+// arithmetic, the low bits stored.
+template <class T, class K, class A>
+T keepAdd(T old, K keep, A term)
+{
+    if constexpr (std::is_floating_point_v<T>)
+        return T(keep * old + term);
+    else
+        return T(uint32_t(int32_t(uint32_t(int32_t(keep)) * uint32_t(int32_t(old))) >> 10) + uint32_t(term));
+}
+
 template <class O>
 O randomOpacity(std::mt19937 &rng)
 {
@@ -72,48 +63,65 @@ O randomOpacity(std::mt19937 &rng)
     return pick == 0 ? O(0) : pick == 1 ? full : O(full * O(uniform(rng, 1, 63)) / O(64));
 }
 
-// Random clip rectangle within a rows x cols image (sometimes the whole image).
-inline std::array<int32_t, 4> randomRect(std::mt19937 &rng, int32_t rows, int32_t cols)
-{
-    if (rng() % 4 == 0)
-        return {0, rows - 1, 0, cols - 1};
-    return {uniform(rng, 0, rows / 3), uniform(rng, rows / 2, rows - 1), uniform(rng, 0, cols / 3),
-            uniform(rng, cols / 2, cols - 1)};
-}
+// Stand-ins in draw(): Dst for the destination (one plane pointer for the intensity drawer, three for the RGB one),
+// Clip for the four rectangle bounds.
+struct Dst {};
+struct Clip {};
 
-// A random scene: three intensity planes (the drawer is given numPlanes of
-// them) and three RGB planes, a rectangle and a colour; the want planes are
-// what the drawer must leave, changed by at() inside the rectangle only.
+// A random scene: three intensity planes (the drawer given numPlanes of them), three RGB planes, `stride` apart with
+// odd gaps, every element random so that whole-buffer comparisons check all that must stay; a colour and a clip
+// rectangle (sometimes the whole image). at() changes the wanted buffers inside the rectangle only.
 template <class T>
 struct Scene {
-    Planes<T> image, rgb, wantImage, wantRgb;
-    int32_t numPlanes;
+    int32_t rows, stride, numPlanes;
+    std::vector<T> image, rgb, wantImage, wantRgb;
     std::array<int32_t, 4> rc;
     std::array<T, 3> colour;
-    Scene(std::mt19937 &rng, int32_t rows, int32_t cols, int32_t planes)
-        : image(rows, cols, 3, rng), rgb(rows, cols, 3, rng), wantImage(image), wantRgb(rgb), numPlanes(planes),
-          rc(randomRect(rng, rows, cols)), colour{randomValue<T>(rng), randomValue<T>(rng), randomValue<T>(rng)}
+    Scene(std::mt19937 &rng, int32_t r, int32_t cols, int32_t planes)
+        : rows(r), stride(r * cols + 3), numPlanes(planes), image(3 * size_t(stride)), rgb(image.size()),
+          rc{uniform(rng, 0, r / 3), uniform(rng, r / 2, r - 1), uniform(rng, 0, cols / 3),
+             uniform(rng, cols / 2, cols - 1)},
+          colour{randomValue<T>(rng), randomValue<T>(rng), randomValue<T>(rng)}
     {
+        if (rng() % 4 == 0)
+            rc = {0, r - 1, 0, cols - 1};
+        for (auto *buf : {&image, &rgb})
+            std::generate(buf->begin(), buf->end(), [&] { return randomValue<T>(rng); });
+        wantImage = image, wantRgb = rgb;
     }
     template <class F>
     void at(int32_t r, int32_t c, F f)
     {
         for (int32_t p = 0; r >= rc[0] && r <= rc[1] && c >= rc[2] && c <= rc[3] && p < 3; ++p) {
-            wantRgb.at(p, r, c) = f(wantRgb.at(p, r, c), p);
+            const size_t k = p * size_t(stride) + r + size_t(c) * rows;
+            wantRgb[k] = f(wantRgb[k], p);
             if (p < numPlanes)
-                wantImage.at(p, r, c) = f(wantImage.at(p, r, c), p);
+                wantImage[k] = f(wantImage[k], p);
         }
     }
-    bool matches() const { return image.buf == wantImage.buf && rgb.buf == wantRgb.buf; }
-    T *dst() { return image.plane(0); }
-    T *red() { return rgb.plane(0); }
-    T *green() { return rgb.plane(1); }
-    T *blue() { return rgb.plane(2); }
+    T *dst() { return image.data(); }
+    T *red() { return rgb.data(); }
+    T *green() { return rgb.data() + stride; }
+    T *blue() { return rgb.data() + 2 * size_t(stride); }
+    // Calls the intensity drawer (numPlanes and stride last) and the RGB one.
+    template <class FI, class FRgb, class... A>
+    void draw(FI drawI, FRgb drawRgb, A... args)
+    {
+        auto expand = [&](auto x, auto dsts) {
+            if constexpr (std::is_same_v<decltype(x), Dst>)
+                return dsts;
+            else if constexpr (std::is_same_v<decltype(x), Clip>)
+                return std::tuple(rc[0], rc[1], rc[2], rc[3]);
+            else
+                return std::tuple(x);
+        };
+        std::apply(drawI, std::tuple_cat(expand(args, std::tuple(dst()))..., std::tuple(numPlanes, stride)));
+        std::apply(drawRgb, std::tuple_cat(expand(args, std::tuple(red(), green(), blue()))...));
+    }
 };
 
-// Draws `trials` random scenes (the intensity drawer given 0 to 3 planes):
-// body(trial, rng, scene) draws and marks the wanted changes, after which
-// every element of both buffers must match.
+// Draws `trials` random scenes (the intensity drawer given 0 to 3 planes): body(trial, rng, scene) draws and marks
+// the wanted changes, after which every element of both buffers must match.
 template <class T, class Body>
 void forEachScene(uint32_t seed, int trials, int32_t rows, int32_t cols, Body body)
 {
@@ -121,18 +129,16 @@ void forEachScene(uint32_t seed, int trials, int32_t rows, int32_t cols, Body bo
     for (int trial = 0; trial < trials; ++trial) {
         Scene<T> s(rng, rows, cols, trial % 8 == 0 ? 0 : 1 + trial % 3);
         body(trial, rng, s);
-        ASSERT_TRUE(s.matches()) << trial;
+        ASSERT_TRUE(s.image == s.wantImage && s.rgb == s.wantRgb) << trial;
     }
 }
 
-// Polygon edges: scan start and end column, current row, row delta, scan
-// length, row step, error term, normal weight.
+// Polygon edges: scan start and end column, current row, row delta, scan length, row step, error term, normal weight.
 using Edge = std::array<int32_t, 8>;
 constexpr int32_t unwritten = -777;
 
-// The edge table written out: each edge oriented toward larger columns
-// (equal columns: the second vertex starts), fields 5 and 7 left as the
-// buffer held them when not written, sorted stably by start, end and row.
+// The edge table written out: each edge oriented toward larger columns (equal columns: the second vertex starts),
+// fields 5 and 7 left as the buffer held them when not written, sorted stably by start, end and row.
 inline std::vector<Edge> slowEdgeTable(const std::vector<int32_t> &v, bool wantWeight)
 {
     std::vector<Edge> edges;
@@ -147,16 +153,6 @@ inline std::vector<Edge> slowEdgeTable(const std::vector<int32_t> &v, bool wantW
         return std::tie(a[0], a[1], a[2]) < std::tie(b[0], b[1], b[2]);
     });
     return edges;
-}
-
-// One column of an edge's walk: the exact row rounded, halves toward larger rows.
-inline void stepEdge(Edge &e)
-{
-    const int32_t d = e[3], length = e[4], step = e[5];
-    if (d > 0 && (e[6] += d - step * length, e[2] += step, 2 * e[6] >= length))
-        e[2] += 1, e[6] -= length;
-    else if (d <= 0 && (e[6] += step * length + d, e[2] -= step, 2 * e[6] < -length))
-        e[2] -= 1, e[6] += length;
 }
 
 } // namespace drawtest

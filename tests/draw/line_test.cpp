@@ -9,9 +9,8 @@ using Pixel = std::pair<int32_t, int32_t>;
 
 int32_t wrap(int64_t v) { return int32_t(uint32_t(uint64_t(v))); }
 
-// Cohen-Sutherland written out: row borders first, every cut taken from the
-// end-point as the caller gave it, n/d rounded halves away from zero, 32-bit
-// products wrapping.
+// Cohen-Sutherland written out: row borders first, every cut taken from the end-point as the caller gave it, n/d
+// rounded halves away from zero, 32-bit products wrapping.
 int32_t slowClip(int32_t *p1, int32_t *p2, const int32_t *rect)
 {
     const int32_t entry[2][2] = {{p1[0], p1[1]}, {p2[0], p2[1]}};
@@ -39,13 +38,11 @@ TEST(ClipLine, HandWorkedCuts)
 {
     // p1, p2, rect, result, p1 and p2 after clipping.
     const std::array<int32_t, 13> cases[] = {
-        {0, -1, 1, 1, 0, 10, 0, 10, 1, 1, 0, 1, 1},    // 0 + 1*1/2 = 0.5 rounds to 1
-        // Pass 1 cuts row 0 at column -8 + round(80/12) = -1; pass 2 starts
-        // again from (-8,-8): row -8 + round(96/10) = 2 (from (0,-1) it would be 1).
+        // Pass 1 cuts row 0 at column -8 + round(80/12) = -1; pass 2 starts again from (-8,-8): row -8 + round(96/10)
+        // = 2 (from (0,-1) it would be 1).
         {-8, -8, 4, 2, 0, 9, 0, 9, 1, 2, 0, 4, 2},
-        // n = 3000000*1000 wraps to -1294967296, 2n to 1705032704, q = 567,
-        // signs differ: (567 - 1)/2 = 283; then p2 to row 1000 at column
-        // 1000 + round(-2000*717/3000) = 522.
+        // n = 3000000*1000 wraps to -1294967296, 2n to 1705032704, q = 567, signs differ: (567 - 1)/2 = 283; then p2
+        // to row 1000 at column 1000 + round(-2000*717/3000) = 522.
         {-3000000, 0, 3000, 1000, 0, 1000, 0, 1000, 1, 0, 283, 1000, 522},
     };
     for (auto c : cases) {
@@ -71,10 +68,8 @@ TEST(ClipLine, RandomSegmentsAgainstTheWrittenOutClipper)
     }
 }
 
-// The walk written out: ordered along the major axis (ties go to rows),
-// clipped, restarted at the clipped start with the error e += 2*minor,
-// stepping at e >= major (rising) or e <= -major, so that halves step away
-// from the start.
+// The walk written out: ordered along the major axis (ties go to rows), clipped, restarted at the clipped start with
+// the error e += 2*minor, stepping at e >= major (rising) or e <= -major, so that halves step away from the start.
 std::set<Pixel> slowWalk(int32_t r1, int32_t c1, int32_t r2, int32_t c2, const int32_t *rect)
 {
     int32_t p1[2] = {r1, c1}, p2[2] = {r2, c2};
@@ -83,8 +78,8 @@ std::set<Pixel> slowWalk(int32_t r1, int32_t c1, int32_t r2, int32_t c2, const i
     std::set<Pixel> pixels;
     if (!slowClip(p1, p2, rect))
         return pixels;
-    // Level, vertical and diagonal lines follow from the same rule; a
-    // clipped line left running backwards along its major axis draws nothing.
+    // Level, vertical and diagonal lines follow from the same rule; a clipped line left running backwards along its
+    // major axis draws nothing.
     const int32_t dRow = p2[0] - p1[0], dCol = p2[1] - p1[1];
     const bool colMajor = std::abs(dCol) > std::abs(dRow);
     const int32_t major = colMajor ? dCol : dRow, minor = colMajor ? dRow : dCol;
@@ -99,8 +94,7 @@ std::set<Pixel> slowWalk(int32_t r1, int32_t c1, int32_t r2, int32_t c2, const i
     return pixels;
 }
 
-// Three-byte elements (no fixed-size copy), the RGB line given with its
-// end-points reversed.
+// Three-byte elements (no fixed-size copy); lines run both ways.
 TEST(Bresenham, RandomLinesCopyElementBytesIntoEveryPlane)
 {
     using Bytes = std::array<uint8_t, 3>;
@@ -108,19 +102,14 @@ TEST(Bresenham, RandomLinesCopyElementBytesIntoEveryPlane)
         const int32_t far = trial % 5 == 0 ? 20000 : 45;
         const int32_t r1 = uniform(rng, -far / 3, far), c1 = uniform(rng, -far / 3, far);
         const int32_t r2 = trial % 9 == 0 ? r1 : uniform(rng, -far / 3, far), c2 = uniform(rng, -far / 3, far);
-        const auto &rc = s.rc;
-        ORNEX_Line_Bresenham(r1, c1, r2, c2, s.dst(), 23, s.colour.data(), 3, rc[0], rc[1], rc[2], rc[3], s.numPlanes,
-                             s.image.stride);
-        ORNEX_Line_Bresenham_RGB(r2, c2, r1, c1, s.red(), s.green(), s.blue(), 23, s.colour.data(), 3, rc[0], rc[1],
-                                 rc[2], rc[3]);
-        for (const auto &[r, c] : slowWalk(r1, c1, r2, c2, rc.data()))
+        s.draw(ORNEX_Line_Bresenham, ORNEX_Line_Bresenham_RGB, r1, c1, r2, c2, Dst{}, 23, s.colour.data(), 3, Clip{});
+        for (const auto &[r, c] : slowWalk(r1, c1, r2, c2, s.rc.data()))
             s.at(r, c, [&](Bytes, int32_t p) { return s.colour[p]; });
     });
 }
 
-// The brush written out: the end-points ordered by column and clipped, the
-// centre at distance index idx(D), its minor-axis neighbours at D -+ cos;
-// slope, cosine and threshold in Real (int32_t: Q10, the cubic cosine fit,
+// The brush written out: the end-points ordered by column and clipped, the centre at distance index idx(D), its
+// minor-axis neighbours at D -+ cos; slope, cosine and threshold in Real (int32_t: Q10, the cubic cosine fit,
 // truncating divisions and arithmetic shifts). Returns (row, column, index).
 template <class Real>
 std::vector<std::array<int32_t, 3>> slowBrush(int32_t r1, int32_t c1, int32_t r2, int32_t c2, const int32_t *rect)
@@ -139,8 +128,7 @@ std::vector<std::array<int32_t, 3>> slowBrush(int32_t r1, int32_t c1, int32_t r2
         else
             return int32_t(std::min(std::floor(std::fabs(x) * 16 + Real(0.5)), Real(24)));
     };
-    // Level lines and points walk with m = 0 (neighbours at index 16);
-    // vertical lines given bottom-up draw nothing.
+    // Level lines and points walk with m = 0 (neighbours at index 16); vertical lines given bottom-up draw nothing.
     if (dCol == 0 && dRow < 0)
         return ops;
     const bool colMajor = std::abs(dRow) <= dCol;
@@ -162,7 +150,6 @@ std::vector<std::array<int32_t, 3>> slowBrush(int32_t r1, int32_t c1, int32_t r2
             ops.push_back({r - colMajor, c - !colMajor, idx(sign > 0 ? d + cs : d - cs)});
         if ((colMajor ? r : c) < rect[colMajor ? 1 : 3])
             ops.push_back({r + colMajor, c + !colMajor, idx(sign > 0 ? d - cs : d + cs)});
-        // Row-major lines step within a tolerance that column-major ones lack.
         const bool step = colMajor ? d >= thr : fixed ? d - thr >= -1 : d - thr > Real(-0.0001);
         (colMajor ? r : c) += step ? sign : 0;
         (colMajor ? c : r) += 1;
@@ -178,50 +165,36 @@ template <class Tp, class Wp, class Rp, auto intensity, auto rgb>
 struct LineMember {
     using T = Tp; using W = Wp; using Real = Rp;
     static constexpr auto drawI = intensity, drawRgb = rgb;
-    static T blend(T old, W keep, W term) // integers: 32-bit, wrapping, the low bits stored
-    {
-        return std::is_floating_point_v<T> ? T(keep * old + term)
-                                           : T(uint32_t(int32_t(uint32_t(int32_t(keep)) * uint32_t(int32_t(old))) >> 10) + uint32_t(term));
-    }
 };
 #define LINE_MEMBER(S, T, W, R) LineMember<T, W, R, ORNEX_Draw_AA_Line_I_##S, ORNEX_Draw_AA_Line_RGB_##S>
 using LineMembers = ::testing::Types<LINE_MEMBER(D, double, double, double), LINE_MEMBER(R, float, float, float),
-                                     LINE_MEMBER(UI8, uint8_t, int16_t, int32_t), LINE_MEMBER(I8, int8_t, int16_t, int32_t),
-                                     LINE_MEMBER(UI16, uint16_t, uint16_t, int32_t),
-                                     LINE_MEMBER(I16, int16_t, int16_t, int32_t)>;
-template <class M>
-class AALine : public ::testing::Test {};
+    LINE_MEMBER(UI8, uint8_t, int16_t, int32_t), LINE_MEMBER(I8, int8_t, int16_t, int32_t),
+    LINE_MEMBER(UI16, uint16_t, uint16_t, int32_t), LINE_MEMBER(I16, int16_t, int16_t, int32_t)>;
+template <class M> class AALine : public ::testing::Test {};
 TYPED_TEST_SUITE(AALine, LineMembers);
 
-// Random tables (keep weights 0, 1 and between; terms over the whole range,
-// so that integer members wrap), lines reaching far outside the rectangle.
+// Random tables (keep weights 0, 1 and between; terms over the whole range, so that integer members wrap), lines
+// reaching far outside the rectangle.
 TYPED_TEST(AALine, RandomLinesAgainstTheWrittenOutBrush)
 {
     using M = TypeParam;
     using W = typename M::W;
     forEachScene<typename M::T>(3, 600, 21, 25, [](int trial, std::mt19937 &rng, Scene<typename M::T> &s) {
         const int32_t far = trial % 6 == 0 ? 20000 : 35, level = uniform(rng, 1, 2);
-        const W one = std::is_floating_point_v<W> ? W(1) : W(1024);
         std::vector<W> table(25 * (level + 3));
-        for (size_t d = 0; d < table.size(); ++d) {
-            const int32_t pick = d < 25 ? uniform(rng, 0, 3) : 3;
-            table[d] = pick == 0 ? W(0) : pick == 1 ? one : pick == 2 ? W(one * W(uniform(rng, 0, 64)) / W(64)) : randomValue<W>(rng);
-        }
+        for (size_t d = 0; d < table.size(); ++d)
+            table[d] = d < 25 && rng() % 4 != 0 ? randomOpacity<W>(rng) : randomValue<W>(rng);
         const int32_t r1 = uniform(rng, -far / 4, far), c1 = uniform(rng, -far / 4, far);
         const int32_t r2 = trial % 7 == 0 ? r1 : uniform(rng, -far / 4, far), c2 = trial % 11 == 0 ? c1 : uniform(rng, -far / 4, far);
-        const auto &rc = s.rc;
-        M::drawI(r1, c1, r2, c2, s.dst(), 21, rc[0], rc[1], rc[2], rc[3], table.data(), level, s.numPlanes, s.image.stride);
-        M::drawRgb(r1, c1, r2, c2, s.red(), s.green(), s.blue(), 21, rc[0], rc[1], rc[2], rc[3], table.data(), level);
-        for (const auto &[r, c, d] : slowBrush<typename M::Real>(r1, c1, r2, c2, rc.data()))
-            s.at(r, c, [&](auto old, int32_t p) { return M::blend(old, table[d], table[(level + p) * 25 + d]); });
+        s.draw(M::drawI, M::drawRgb, r1, c1, r2, c2, Dst{}, 21, Clip{}, table.data(), level);
+        for (const auto &[r, c, d] : slowBrush<typename M::Real>(r1, c1, r2, c2, s.rc.data()))
+            s.at(r, c, [&](auto old, int32_t p) { return keepAdd(old, table[d], table[(level + p) * 25 + d]); });
     });
 }
 
-// A probe table (keep nothing, add index + 1) shows the distance indices of
-// (0,0)-(1,4), m = 1/4. Floating: cos = 0.970143, thr = 0.242536, D = 0,
-// 0.2425, -0.4851, -0.2425, 0: indices 0, 4, 8, 4, 0 rounded; neighbours at
-// D -+ cos. Fixed: m = 256, cos = 4 - 35 - 1 + 1024 = 992, thr = 248, D = 0,
-// 248, -496, -248, 0: indices 0, 3, 7, 3, 0 truncated.
+// A probe table (keep nothing, add index + 1) shows the distance indices of (0,0)-(1,4), m = 1/4. Floating: cos =
+// 0.970143, thr = 0.242536, D = 0, 0.2425, -0.4851, -0.2425, 0: indices 0, 4, 8, 4, 0 rounded, neighbours at D -+ cos.
+// Fixed: m = 256, cos = 4 - 35 - 1 + 1024 = 992, thr = 248, D = 0, 248, -496, -248, 0: indices 0, 3, 7, 3, 0 truncated.
 TYPED_TEST(AALine, HandDerivedDistanceIndices)
 {
     using M = TypeParam;
@@ -233,11 +206,12 @@ TYPED_TEST(AALine, HandDerivedDistanceIndices)
     const std::vector<int> fixed{1, 16, 0, 4, 12, 0, 8, 8, 24, 12, 4, 20, 16, 1, 16};
     const std::vector<int> floating{1, 17, 0, 5, 13, 0, 9, 9, 24, 13, 5, 20, 17, 1, 17};
     EXPECT_EQ(std::vector<int>(image.begin(), image.end()), std::is_integral_v<typename M::Real> ? fixed : floating);
-    // The written-out blend by hand: no saturation, 200 + 100 is 44 in a
-    // byte; a signed pixel widens with its sign, (512 * -100) >> 10 = -50.
-    if constexpr (std::is_integral_v<typename M::T>) {
-        EXPECT_EQ(M::blend(200, 1024, 100), typename M::T(sizeof(typename M::T) == 1 ? 44 : 300));
-        EXPECT_EQ(M::blend(-100, 512, 0), std::is_signed_v<typename M::T> ? -50 : typename M::T(-100) / 2);
+    // The blend by hand: no saturation, 200 + 100 is 44 in a byte; a signed pixel widens with its sign, (512 * -100)
+    // >> 10 = -50.
+    using T = typename M::T;
+    if constexpr (std::is_integral_v<T>) {
+        EXPECT_EQ(keepAdd(T(200), typename M::W(1024), typename M::W(100)), T(sizeof(T) == 1 ? 44 : 300));
+        EXPECT_EQ(keepAdd(T(-100), typename M::W(512), typename M::W(0)), std::is_signed_v<T> ? -50 : T(-100) / 2);
     }
 }
 
