@@ -29,11 +29,9 @@ using Searches = ::testing::Types<ORNEX_MEMBERS(SearchMethod, Full, MAD, true, f
                                   ORNEX_MEMBERS(SearchMethod, 3Step, MSE, false, true)>;
 using Drivers = ::testing::Types<ORNEX_DRIVERS(Full, MAD, true, false), ORNEX_DRIVERS(Full, MSE, true, true),
                                  ORNEX_DRIVERS(3Step, MAD, false, false), ORNEX_DRIVERS(3Step, MSE, false, true)>;
-template <class M>
-class BlockSearch : public ::testing::Test {};
+template <class M> struct BlockSearch : ::testing::Test {};
 TYPED_TEST_SUITE(BlockSearch, Searches);
-template <class M>
-class BlockMatching : public ::testing::Test {};
+template <class M> struct BlockMatching : ::testing::Test {};
 TYPED_TEST_SUITE(BlockMatching, Drivers);
 
 using Offset = std::array<int32_t, 2>; // column, row
@@ -102,25 +100,15 @@ TYPED_TEST(BlockSearch, AgreesWithSlowSearch)
     }
 }
 
-TYPED_TEST(BlockSearch, RoundedSumsAndRecoveredShifts)
+TYPED_TEST(BlockSearch, SingleSumsRound)
 {
     using T = typename TypeParam::T;
     // Two candidates of a 3x1 zero block down one column: in single precision 2^24 + 1 + 1 and 4096^2 + 1 + 1 stay
     // 2^24, so candidate 0 ties candidate 1 and is kept; exact sums prefer candidate 1.
     const T zeros[3] = {}, column[2][4] = {{16777216, 1, 1, 16777215}, {4096, 1, 1, T(4095.999755859375)}};
     EXPECT_EQ(search<TypeParam>({zeros, 3, 3, 1}, {column[TypeParam::squared], 4, 4, 1}), (Offset{0, sizeof(T) == 8}));
-    // A 16x16 block found on the three-step search's first grid: rows and columns 3, 7, 11 of 15x15 candidates.
-    std::vector<T> image(50 * 51);
-    std::generate(image.begin(), image.end(), [random = std::mt19937(99)]() mutable { return T(random() % 1000); });
-    for (const auto &[row, col] : {std::pair{3, 3}, {7, 11}, {11, 7}, {3, 11}, {11, 3}, {7, 7}}) {
-        const Window<T> block{&image[17 + 21 * 50], 50, 16, 16};
-        const Window<T> region{&image[17 - row + (21 - col) * 50], 50, 30, 30};
-        EXPECT_EQ(search<TypeParam>(block, region), (Offset{col, row}));
-    }
 }
 
-// The driver written out: working images cleared and filled, the block grid walked columns outer, each block
-// searched over its own position widened by the displacement, results in grid order.
 TYPED_TEST(BlockMatching, AgreesWithSlowDriver)
 {
     using T = typename TypeParam::T;

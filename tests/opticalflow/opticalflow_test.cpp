@@ -21,34 +21,26 @@ struct HsMember {
 using HsMembers =
     ::testing::Types<HsMember<double, ORNEX_OpticalFlow_HS_D, ORNEX_OpticalFlow_HS_Z, ORNEX_SobelDerivative_HS_D>,
                      HsMember<float, ORNEX_OpticalFlow_HS_R, ORNEX_OpticalFlow_HS_C, ORNEX_SobelDerivative_HS_R>>;
-template <class M>
-class HornSchunck : public ::testing::Test {};
+template <class M> struct HornSchunck : ::testing::Test {};
 TYPED_TEST_SUITE(HornSchunck, HsMembers);
 
-enum Call { derivatives, realFlow, complexFlow };
-
-// One call, every buffer one element longer than its size and filled with -9: [0] the result (room for complex),
+// Every call, each buffer one element longer than its size and filled with -9: [0] the result (room for complex),
 // [1] velocityY (or Iy), [2..5] the line buffers, [6..11] the products, [12..15] the working columns.
 template <class M, class T = typename M::T>
-std::vector<Image<T>> run(Call call, const Image<T> &i1, const Image<T> &i2, int32_t m, int32_t n, T lambda,
-                          bool useMax, bool useThreshold, int32_t sweeps, T threshold)
+auto run(const Image<T> &i1, const Image<T> &i2, int32_t m, int32_t n, T lambda, bool useMax, bool useThreshold,
+         int32_t sweeps, T threshold)
 {
     const size_t rows = size_t(std::max(m, 0)), cols = size_t(std::max(n, 0)), px = rows * cols;
-    std::vector<Image<T>> b;
-    T *p[16], **next = p;
-    for (size_t size : {2 * px, px, rows, rows, cols, cols, px, px, px, px, px, px, rows, rows, rows, rows}) {
-        *next++ = b.emplace_back(size + 1, T(-9)).data();
-    }
+    const size_t sizes[16] = {2 * px, px, rows, rows, cols, cols, px, px, px, px, px, px, rows, rows, rows, rows};
+    std::array<std::vector<Image<T>>, 3> b; // the derivatives, the real flow, the complex flow
+    T *p[3][16], **d = p[0], **r = p[1], **c = p[2];
+    for (int k = 0; k < 48; ++k) { p[k / 16][k % 16] = b[k / 16].emplace_back(sizes[k % 16] + 1, T(-9)).data(); }
     const T *a = i1.data(), *z = i2.data();
-    if (call == derivatives) {
-        M::sobel(a, z, p[0], p[1], p[2], p[3], p[4], p[5], p[6], p[7], p[8], p[9], p[10], p[11], &lambda, m, n);
-    } else if (call == realFlow) {
-        M::realFlow(a, z, p[0], p[1], p[2], p[3], p[4], p[5], p[6], p[7], p[8], p[9], p[10], p[11], p[12], p[13], p[14],
-                    p[15], &lambda, useMax, useThreshold, &sweeps, &threshold, m, n);
-    } else {
-        M::complexFlow(a, z, p[0], p[2], p[3], p[4], p[5], p[6], p[7], p[8], p[9], p[10], p[11], p[12], p[13], p[14],
-                       p[15], &lambda, useMax, useThreshold, &sweeps, &threshold, m, n);
-    }
+    M::sobel(a, z, d[0], d[1], d[2], d[3], d[4], d[5], d[6], d[7], d[8], d[9], d[10], d[11], &lambda, m, n);
+    M::realFlow(a, z, r[0], r[1], r[2], r[3], r[4], r[5], r[6], r[7], r[8], r[9], r[10], r[11], r[12], r[13], r[14],
+                r[15], &lambda, useMax, useThreshold, &sweeps, &threshold, m, n);
+    M::complexFlow(a, z, c[0], c[2], c[3], c[4], c[5], c[6], c[7], c[8], c[9], c[10], c[11], c[12], c[13], c[14], c[15],
+                   &lambda, useMax, useThreshold, &sweeps, &threshold, m, n);
     return b;
 }
 
@@ -90,15 +82,14 @@ struct SlowFlow {
     }
 };
 
-// Every fifteenth image has no pixels (a side 0 or negative): then no buffer is touched. Every buffer keeps the
-// sentinel past its end.
 TYPED_TEST(HornSchunck, AgreesWithSlowFlow)
 {
     using T = typename TypeParam::T;
     std::mt19937 random(11);
     auto pick = [&](int lo, int hi) { return std::uniform_int_distribution<int>(lo, hi)(random); };
     for (int trial = 0; trial < 300; ++trial) {
-        const int32_t m = trial % 15 ? pick(1, 7) : pick(-2, 3), n = trial % 15 ? pick(1, 7) : pick(-3, m > 0 ? 0 : 3);
+        const int32_t m = trial % 15 ? pick(1, 7) : pick(-2, 3); // some sides 0 or negative: no pixels
+        const int32_t n = trial % 15 ? pick(1, 7) : pick(-3, m > 0 ? 0 : 3);
         const int32_t sweeps = pick(1, 4), mode = trial % 3;
         const T lambda = T(pick(1, 16)) / 4;
         Image<T> i1(size_t(std::max(m, 0) * std::max(n, 0))), i2(i1.size());
@@ -111,37 +102,24 @@ TYPED_TEST(HornSchunck, AgreesWithSlowFlow)
         const int32_t cap = mode == 0 ? 200 : sweeps;
         const SlowFlow<T> want(i1, i2, m, n, lambda, mode != 1, mode != 2, cap, threshold);
         SCOPED_TRACE(testing::Message() << "trial " << trial << ": " << m << "x" << n);
-        const auto d = run<TypeParam>(derivatives, i1, i2, m, n, lambda, false, false, 0, T(0));
+        const auto out = run<TypeParam>(i1, i2, m, n, lambda, mode != 1, mode != 2, cap, threshold);
+        const auto &[d, real, complex] = out;
         for (int k = 0; k < 8; ++k) {
-            ASSERT_EQ(Image<T>(d[k + 4 * (k > 1)].begin(), d[k + 4 * (k > 1)].begin() + ptrdiff_t(i1.size())), want.d[k]);
+            const Image<T> &got = d[k + 4 * (k > 1)];
+            ASSERT_EQ(Image<T>(got.begin(), got.begin() + ptrdiff_t(i1.size())), want.d[k]);
         }
-        const auto real = run<TypeParam>(realFlow, i1, i2, m, n, lambda, mode != 1, mode != 2, cap, threshold);
-        const auto complex = run<TypeParam>(complexFlow, i1, i2, m, n, lambda, mode != 1, mode != 2, cap, threshold);
         for (size_t i = 0; i < i1.size(); ++i) { // _C/_Z set u and v aside in the first and third product arrays
             const T u = want.u[i], v = want.v[i];
-            const T got[6] = {real[0][i], real[1][i], complex[0][2 * i], complex[0][2 * i + 1], complex[6][i], complex[8][i]};
-            ASSERT_EQ(Image<T>(got, got + 6), Image<T>({u * u + v * v, v, u, v, u, v})) << i;
+            const Image<T> got{real[0][i], real[1][i], complex[0][2 * i], complex[0][2 * i + 1], complex[6][i],
+                               complex[8][i]};
+            ASSERT_EQ(got, Image<T>({u * u + v * v, v, u, v, u, v})) << i;
         }
-        for (const auto *buffers : {&d, &real, &complex}) {
-            for (const Image<T> &b : *buffers) {
+        for (const auto &buffers : out) {
+            for (const Image<T> &b : buffers) {
                 ASSERT_EQ(b.back(), T(-9));
                 ASSERT_TRUE(!i1.empty() || b == Image<T>(b.size(), T(-9)));
             }
         }
-    }
-}
-
-TYPED_TEST(HornSchunck, RampMovingRightGivesTheDefinedSign)
-{
-    using T = typename TypeParam::T;
-    // I = c moving 0.4 columns right: It = -0.4, Iy = 0 and away from the edges Ix = -1 (previous minus next), so
-    // Ix u + It = 0 at u = -0.4: the flow has the opposite sign of the motion; v stays 0.
-    Image<T> image1(30 * 40), image2(30 * 40);
-    for (size_t p = 0; p < image1.size(); ++p) { image1[p] = T(p / 30), image2[p] = T(p / 30 - 0.4); }
-    const auto flow = run<TypeParam>(complexFlow, image1, image2, 30, 40, T(1), true, false, 300, T(0));
-    for (size_t p = 30 * 15; p < 30 * 25; ++p) {
-        EXPECT_NEAR(flow[0][2 * p], -0.4, 1e-3);
-        EXPECT_EQ(flow[0][2 * p + 1], T(0));
     }
 }
 
@@ -156,8 +134,7 @@ struct LkMember {
              ORNEX_OFLK_ConvX_##K, ORNEX_OFLK_ConvY_##K>
 using LkMembers = ::testing::Types<ORNEX_MEMBER(double, false, D, D), ORNEX_MEMBER(float, false, R, R),
                                    ORNEX_MEMBER(float, true, C, R), ORNEX_MEMBER(double, true, Z, D)>;
-template <class M>
-class LucasKanade : public ::testing::Test {};
+template <class M> struct LucasKanade : ::testing::Test {};
 TYPED_TEST_SUITE(LucasKanade, LkMembers);
 
 // Correlation centred at h = taps/2 across columns or down rows, summed in tap order. Where the taps reach outside
@@ -202,8 +179,7 @@ TYPED_TEST(LucasKanade, AgreesWithSlowFlow)
         const int32_t normalFlow = trial / 8 % 2 * (1 + trial % 200);
         Image<T> taps[5], got[5]; // temporal derivative and smoothing, spatial derivative and smoothing, window
         for (auto &filter : taps) {
-            filter.resize(size_t(pick(1, 5)));
-            std::generate(filter.begin(), filter.end(), [&] { return T(pick(-8, 8)) / 8; });
+            for (int k = pick(1, 5); k > 0; --k) { filter.push_back(T(pick(-8, 8)) / 8); }
         }
         const size_t ld = taps[0].size(), ls = taps[1].size();
         // Frames of noise; of stripes across the columns (Iy = 0: an eigenvalue 0); flat; of reals.
@@ -212,10 +188,8 @@ TYPED_TEST(LucasKanade, AgreesWithSlowFlow)
         for (auto &frame : frames) {
             const int32_t offset = pick(0, 3);
             for (int32_t p = 0; p < m * n; ++p) {
-                frame[p] = T(pattern == 0   ? pick(0, 9)
-                             : pattern == 1 ? p / m * (p / m) % 7 + offset
-                             : pattern == 2 ? offset
-                                            : std::sin(p + offset));
+                const T kinds[4] = {T(pick(0, 9)), T(p / m * (p / m) % 7 + offset), T(offset), T(std::sin(p + offset))};
+                frame[p] = kinds[pattern];
             }
             pointers.push_back(frame.data());
         }
@@ -237,12 +211,14 @@ TYPED_TEST(LucasKanade, AgreesWithSlowFlow)
             it[p] = gder ? it[p] : frames[1][p] - frames[0][p];
             sums[0][p] *= ix[p], sums[1][p] *= iy[p], sums[2][p] *= iy[p], sums[3][p] *= it[p], sums[4][p] *= it[p];
         }
-        for (auto &sum : sums) { sum = gder ? separable(sum, taps[4], taps[4], false) : separable(sum, binomial, binomial, true); }
+        for (auto &sum : sums) {
+            sum = gder ? separable(sum, taps[4], taps[4], false) : separable(sum, binomial, binomial, true);
+        }
         // Per pixel, the eigenvalues of [[a, b], [b, c]] and the full solution of it (u, v) = -(d, e).
         auto solve = [&](size_t i) {
-            const T a = sums[0][i], b = sums[1][i], c = sums[2][i], d = sums[3][i], e = sums[4][i], negDet = b * b - a * c;
+            const T a = sums[0][i], b = sums[1][i], c = sums[2][i], d = sums[3][i], e = sums[4][i];
+            const T negDet = b * b - a * c, u = -(e * b - c * d) / negDet, v = -(b * d - e * a) / negDet;
             const T mean = T(0.5) * (a + c), spread = T(0.5) * std::sqrt((a - c) * (a - c) + T(4) * b * b);
-            const T u = -(e * b - c * d) / negDet, v = -(b * d - e * a) / negDet;
             return std::array<T, 9>{mean - spread, mean + spread, u, v, a, b, c, negDet, d + e};
         };
         // Thresholds met exactly by an eigenvalue (equal passes), or small integers.
@@ -254,7 +230,7 @@ TYPED_TEST(LucasKanade, AgreesWithSlowFlow)
             const T x = a + b, y = b + c, norm = x * x + y * y, k = -dPlusE / norm;
             const T g = T(1) / std::sqrt((a - larger) * (a - larger) + b * b), n1 = b * g, n2 = (larger - a) * g;
             const T along = -(u * n1 + v * n2);
-            auto put = [&](T re, T im, T squared) { complex ? (want[2 * i] = re, want[2 * i + 1] = im) : want[i] = squared; };
+            auto put = [&](T re, T im, T sq) { complex ? (want[2 * i] = re, want[2 * i + 1] = im) : want[i] = sq; };
             if (gder && (int32_t(i) % m < margin || int32_t(i) / m < margin)) {
                 continue;
             } else if (gder ? !(smaller < threshold) && negDet < 0 : larger >= threshold && !(smaller < threshold)) {
@@ -267,20 +243,17 @@ TYPED_TEST(LucasKanade, AgreesWithSlowFlow)
             }
         }
         std::fill_n(got, 5, Image<T>(it.size(), T(-7)));
-        if (gder) {
-            TypeParam::lkGder(pointers.data(), result.data(), got[0].data(), got[2].data(), got[1].data(), got[3].data(),
-                              got[4].data(), &threshold, taps[0].data(), taps[2].data(), taps[1].data(), taps[3].data(),
-                              taps[4].data(), m, n, int32_t(ld), int32_t(taps[2].size()), int32_t(ls),
-                              int32_t(taps[3].size()), int32_t(taps[4].size()), uint8_t(normalFlow));
-        } else {
-            TypeParam::lk(frames[0].data(), frames[1].data(), result.data(), got[0].data(), got[1].data(), got[2].data(),
-                          got[3].data(), got[4].data(), &threshold, m, n);
-        }
+        gder ? TypeParam::lkGder(pointers.data(), result.data(), got[0].data(), got[2].data(), got[1].data(),
+                                 got[3].data(), got[4].data(), &threshold, taps[0].data(), taps[2].data(),
+                                 taps[1].data(), taps[3].data(), taps[4].data(), m, n, int32_t(ld),
+                                 int32_t(taps[2].size()), int32_t(ls), int32_t(taps[3].size()),
+                                 int32_t(taps[4].size()), uint8_t(normalFlow))
+             : TypeParam::lk(frames[0].data(), frames[1].data(), result.data(), got[0].data(), got[1].data(),
+                             got[2].data(), got[3].data(), got[4].data(), &threshold, m, n);
         SCOPED_TRACE(testing::Message() << "trial " << trial << ": " << m << "x" << n);
         for (int k = 0; k < 5; ++k) { ASSERT_EQ(got[k], sums[k]) << "sum " << k; }
         auto same = [](T a, T b) { return a == b || (a != a && b != b); };
         ASSERT_TRUE(std::equal(result.begin(), result.end(), want.begin(), want.end(), same));
-        // The exported convolutions on their own, on the model's GDER steps.
         TypeParam::temporal(pointers.data() + first, got[0].data(), taps[1].data(), m * n, int32_t(ls));
         TypeParam::acrossColumns(smoothed.data(), got[1].data(), taps[2].data(), m, n, int32_t(taps[2].size()));
         TypeParam::downRows(across.data(), got[2].data(), taps[3].data(), m, n, int32_t(taps[3].size()));
