@@ -10,8 +10,7 @@
 
 namespace {
 
-template <class T>
-using Image = std::vector<T>;
+template <class T> using Image = std::vector<T>;
 
 template <class Element, auto real, auto complex, auto derivative>
 struct HsMember {
