@@ -1,3 +1,5 @@
+#include <numeric>
+
 #include "support.hpp"
 
 namespace {
@@ -42,12 +44,9 @@ TEST(DetectionLayerTables, CannyKernelHalvesWorkedByHand)
 {
     // g[k] = exp(-k^2/2) / (1 + 2 (e^-0.5 + e^-2 + e^-4.5)), d[k] = -k g[k]; sigma 0.5: d[k] = -k g[k] / 0.25.
     const auto halves = ornex::detail::cannyKernelHalves(1.0), narrow = ornex::detail::cannyKernelHalves(0.5);
-    ASSERT_EQ(halves.smoothing.size(), 4u);
-    ASSERT_EQ(narrow.smoothing.size(), 3u);
+    ASSERT_TRUE(halves.smoothing.size() == 4 && narrow.smoothing.size() == 3);
     EXPECT_NEAR(halves.smoothing[0], 0.39905027965245, 1e-14);
-    EXPECT_NEAR(halves.smoothing[1], 0.24203622937611, 1e-14);
     EXPECT_NEAR(halves.smoothing[3], 0.00443304817524, 1e-14);
-    EXPECT_EQ(halves.derivative[0], 0.0);
     EXPECT_NEAR(halves.derivative[3], -0.01329914452573, 1e-14);
     EXPECT_NEAR(narrow.derivative[1], -4 * narrow.smoothing[1], 1e-15);
 }
@@ -61,19 +60,14 @@ TYPED_TEST(DetectionLayer, HoughPutsEachRunOnItsLine)
         {1, 1, 180, 15}, {0.5, 0.5, 360, 29}, {90, 0.25, 2, 58}};
     for (const auto &[thetaStep, rhoStep, thetas, reach] : cases) {
         const auto h = ornex::hough<T>(edges, {thetaStep, rhoStep});
-        ASSERT_EQ(h.accumulator.rows(), 2 * reach + 1);
-        ASSERT_EQ(h.accumulator.cols(), thetas);
-        EXPECT_EQ(h.rho.front(), T(-reach * rhoStep));
-        EXPECT_EQ(h.rho.back(), T(reach * rhoStep));
+        ASSERT_TRUE(h.accumulator.rows() == 2 * reach + 1 && h.accumulator.cols() == thetas);
+        EXPECT_TRUE(h.rho.front() == T(-reach * rhoStep) && h.rho.back() == T(reach * rhoStep));
         EXPECT_EQ(h.theta[0], -std::numbers::pi_v<T> / 2);
         EXPECT_NEAR(h.theta[1] - h.theta[0], thetaStep * std::numbers::pi / 180, 1e-6);
         EXPECT_NEAR(h.theta[thetas / 2], 0.0, 1e-15);
         EXPECT_EQ(h.accumulator(int32_t(-4 / rhoStep) + reach, 0), T(13));
         EXPECT_EQ(h.accumulator(int32_t(7 / rhoStep) + reach, thetas / 2), T(9));
-        double votes = 0;
-        for (const T v : h.accumulator.values())
-            votes += v;
-        EXPECT_EQ(votes, 21.0 * thetas) << "every pixel votes once per theta";
+        EXPECT_EQ(std::accumulate(h.accumulator.values().begin(), h.accumulator.values().end(), 0.0), 21.0 * thetas);
     }
     EXPECT_EQ(ornex::hough(edges).accumulator.cols(), 180);
 }
@@ -96,15 +90,14 @@ TYPED_TEST(DetectionLayer, ArgumentsAreCheckedWithTheirMessages)
     const ornex::Image<uint8_t> edges(9, 13);
     const auto canny = [&](ornex::CannyOptions o) { return [=, &image] { ornex::canny(image.view(), o); }; };
     const auto hough = [&](double theta, double rho) { return [=, &edges] { ornex::hough<T>(edges, {theta, rho}); }; };
-    const auto thresholds = [](double low, double high) {
-        return ornex::CannyOptions{1, ornex::CannyThresholds{low, high}};
-    };
+    const auto thresholds = [](double low, double high) { return ornex::CannyOptions{1, {{low, high}}}; };
     expectRejections({
         {canny({.sigma = std::nan("")}), "sigma: must be positive and finite"},
         {canny(thresholds(0.4, 0.2)), "thresholds: low must not exceed high"},
         {canny(thresholds(0.1, 1.5)), "thresholds: must lie in [0, 1]"},
         {canny({1, std::nullopt, 100.5}), "nonEdgePercent: must lie in [0, 100]"},
-        {canny({.sigma = 5.01}), "image: smaller than the kernel for this sigma needs (ceil(3 sigma) + 1 rows and columns)"},
+        {canny({.sigma = 5.01}),
+         "image: smaller than the kernel for this sigma needs (ceil(3 sigma) + 1 rows and columns)"},
         {[] { ornex::canny(ornex::Image<T>().view()); }, "image: must be a non-empty image"},
         {[] { ornex::canny(ornex::Image<T>(8, 8, 2).view()); }, "image: must have one plane"},
         {[] { ornex::hough<T>(ornex::Image<uint8_t>()); }, "edges: must be a non-empty image"},

@@ -2,7 +2,7 @@
 
 namespace {
 
-using ornex::BlockCost, ornex::BlockSearch, ornex::ImageView;
+using namespace ornex;
 
 template <class T>
 class MotionLayer : public ::testing::Test {};
@@ -13,29 +13,27 @@ TYPED_TEST(MotionLayer, BlockMatchingUsesTheChosenSearchAndCost)
     using T = TypeParam;
     // Middle block: +1 costs |d| 3, d^2 9; -2 costs 4, 8. Three-step tries only -1, 0, +1.
     const int second[6] = {2, 2, 9, 0, 3, 9};
-    const std::tuple<BlockSearch, BlockCost, T> cases[] = {{BlockSearch::full, BlockCost::absoluteDifference, 1},
-                                                           {BlockSearch::full, BlockCost::squaredDifference, -2},
-                                                           {BlockSearch::threeStep, BlockCost::absoluteDifference, 1},
-                                                           {BlockSearch::threeStep, BlockCost::squaredDifference, 1}};
-    for (const int across : {0, 1}) {
-        const auto frame1 = makeImage<T>(6 - 5 * across, 1 + 5 * across, 1, [](int, int, int) { return 0; });
-        const auto frame2 =
-            makeImage<T>(6 - 5 * across, 1 + 5 * across, 1, [&](int r, int c, int) { return second[r + c]; });
+    using enum BlockSearch;
+    using enum BlockCost;
+    const std::tuple<BlockSearch, BlockCost, T> cases[] = {
+        {full, absoluteDifference, 1}, {full, squaredDifference, -2},
+        {threeStep, absoluteDifference, 1}, {threeStep, squaredDifference, 1}};
+    for (const int a : {0, 1}) {
+        const auto frame1 = makeImage<T>(6 - 5 * a, 1 + 5 * a, 1, [](int, int, int) { return 0; });
+        const auto frame2 = makeImage<T>(6 - 5 * a, 1 + 5 * a, 1, [&](int r, int c, int) { return second[r + c]; });
         for (const auto &[search, cost, d] : cases) {
-            const auto motion = ornex::blockMatching(
-                frame1, frame2, {{2 - across, 1 + across}, {0, 0}, {2 - 2 * across, 2 * across}, search, cost});
-            ASSERT_EQ(motion.rows() * motion.cols(), 3);
-            EXPECT_EQ(motion.values()[1], (ornex::MotionVector<T>{across ? d : 0, across ? 0 : d})) << int(search);
+            const auto motion = blockMatching(frame1, frame2, {{2 - a, 1 + a}, {0, 0}, {2 - 2 * a, 2 * a}, search, cost});
+            EXPECT_EQ(motion.values()[1], (MotionVector<T>{a * d, (1 - a) * d})) << a;
         }
     }
     // Content one row down, two columns right; blocks of 8 stepping by 6 give a 4 x 5 grid.
     const auto texture = [](double r, double c) { return 40 * sin(0.61 * c + 0.2 * r) + 30 * cos(0.47 * r - c / 7); };
     const auto frame1 = makeImage<T>(24, 32, 1, [&](int r, int c, int) { return texture(r, c); });
     const auto frame2 = makeImage<T>(24, 32, 1, [&](int r, int c, int) { return texture(r - 1, c - 2); });
-    const auto motion = ornex::blockMatching(frame1, frame2, {{8, 8}, {2, 2}, {3, 5}});
+    const auto motion = blockMatching(frame1, frame2, {{8, 8}, {2, 2}, {3, 5}});
     ASSERT_TRUE(motion.rows() == 4 && motion.cols() == 5);
     for (int32_t k = 0; k < 6; ++k)
-        EXPECT_EQ(motion(1 + k % 2, 1 + k / 2), (ornex::MotionVector<T>{2, 1})) << k;
+        EXPECT_EQ(motion(1 + k % 2, 1 + k / 2), (MotionVector<T>{2, 1})) << k;
 }
 
 TYPED_TEST(MotionLayer, FlowOfARamp)
@@ -44,14 +42,15 @@ TYPED_TEST(MotionLayer, FlowOfARamp)
     // Ix = -1, Iy = -2, It = -0.5: one sweep gives (-0.5, -1) / (3 + 5); LK's normal flow is (-0.1, -0.2).
     const auto frame1 = makeImage<T>(12, 13, 1, [](int r, int c, int) { return c + 2 * r; });
     const auto frame2 = makeImage<T>(12, 13, 1, [](int r, int c, int) { return c - 0.5 + 2 * r; });
-    const std::tuple<ornex::VelocityField<T>, int32_t, double, double> cases[] = {
-        {ornex::hornSchunck(frame1, frame2, {.smoothness = 3, .maxIterations = 1}), 1, -0.0625, -0.125},
-        {ornex::hornSchunck(frame1, frame2, {3, std::nullopt, 1.0}), 1, -0.0625, -0.125},
-        {ornex::lucasKanade(frame1, frame2, {4.9}), 4, -0.1, -0.2},
-        {ornex::lucasKanade(frame1, frame2, {5.1}), 4, 0, 0}};
+    const std::tuple<VelocityField<T>, int32_t, double, double> cases[] = {
+        {hornSchunck(frame1, frame2, {.smoothness = 3, .maxIterations = 1}), 1, -0.0625, -0.125},
+        {hornSchunck(frame1, frame2, {3, std::nullopt, 1.0}), 1, -0.0625, -0.125},
+        {lucasKanade(frame1, frame2, {4.9}), 4, -0.1, -0.2},
+        {lucasKanade(frame1, frame2, {5.1}), 4, 0, 0}};
     for (const auto &[flow, margin, u, v] : cases) {
-        for (int32_t c = margin; c < 13 - margin; ++c) {
-            for (int32_t r = margin; r < 12 - margin; ++r)
+        for (int32_t k = 0; k < 12 * 13; ++k) {
+            const int32_t r = k % 12, c = k / 12;
+            if (std::min({r, c, 11 - r, 12 - c}) >= margin)
                 EXPECT_TRUE(std::abs(flow.u(r, c) - u) < 1e-5 && std::abs(flow.v(r, c) - v) < 1e-5) << r << "," << c;
         }
     }
@@ -62,80 +61,72 @@ TYPED_TEST(MotionLayer, LucasKanadeGderRecoversTheMotionOfAQuadratic)
     using T = TypeParam;
     // Derivative taps differentiate a quadratic exactly; threshold 10 lies between the two eigenvalues.
     const double su = 0.5, sv = -0.25;
-    std::vector<ornex::Image<T>> frames;
+    std::vector<Image<T>> frames;
     for (int k = 0; k < 5; ++k)
         frames.push_back(
             makeImage<T>(20, 22, 1, [&](int r, int c, int) { return pow(c - k * su, 2) + pow(r - k * sv, 2); }));
     const std::vector<ImageView<const T>> views(frames.begin(), frames.end());
-    ornex::LucasKanadeGderOptions own{.threshold = 1};
-    own.filters = ornex::LucasKanadeFilters{
-        {-1. / 12, 2. / 3, 0, -2. / 3, 1. / 12}, {0.25, 0.5, 0.25}, {0.5, 0, -0.5}, {0.2, 0.6, 0.2}, {0.25, 0.5, 0.25}};
-    const auto full1 = ornex::lucasKanadeGder(views, {.threshold = 1}), full2 = ornex::lucasKanadeGder(views, own);
-    const auto none = ornex::lucasKanadeGder(views, {.threshold = 10});
-    const auto part = ornex::lucasKanadeGder(views, {.threshold = 10, .normalFlow = true});
-    for (int32_t c = 6; c < 16; ++c) {
-        for (int32_t r = 6; r < 14; ++r) {
-            for (const auto *flow : {&full1, &full2})
-                EXPECT_TRUE(std::abs(flow->u(r, c) + su) < 2e-3 && std::abs(flow->v(r, c) + sv) < 2e-3) << r << c;
-            EXPECT_EQ(std::abs(none.u(r, c)) + std::abs(none.v(r, c)), T(0));
-            const double length = std::hypot(double(part.u(r, c)), double(part.v(r, c)));
-            EXPECT_TRUE(length > 1e-3 && length < std::hypot(su, sv) + 1e-3) << r << "," << c;
-        }
+    const auto whole = lucasKanadeGder(views, {.threshold = 1});
+    const auto none = lucasKanadeGder(views, {.threshold = 10});
+    const auto part = lucasKanadeGder(views, {.threshold = 10, .normalFlow = true});
+    for (int32_t k = 0; k < 80; ++k) {
+        const int32_t r = 6 + k % 8, c = 6 + k / 8;
+        EXPECT_TRUE(std::abs(whole.u(r, c) + su) < 2e-3 && std::abs(whole.v(r, c) + sv) < 2e-3) << r << "," << c;
+        EXPECT_EQ(std::abs(none.u(r, c)) + std::abs(none.v(r, c)), T(0));
+        const double length = std::hypot(double(part.u(r, c)), double(part.v(r, c)));
+        EXPECT_TRUE(length > 1e-3 && length < std::hypot(su, sv) + 1e-3) << r << "," << c;
     }
 }
 
 TEST(MotionLayerTables, GaussianTapsWorkedByHand)
 {
     // (e, 1, e) / (1 + 2e) with e = exp(-1 / 1.28); d[0] = 2 e^-2 / (2 (e^-1/2 + 4 e^-2)).
-    const auto smoothing = ornex::lucasKanadeSmoothingTaps(0.8, 3), d = ornex::lucasKanadeDerivativeTaps(1.0, 5);
+    const auto smoothing = lucasKanadeSmoothingTaps(0.8, 3), d = lucasKanadeDerivativeTaps(1.0, 5);
     ASSERT_TRUE(smoothing.size() == 3 && d.size() == 5);
     EXPECT_NEAR(smoothing[0], 0.23899426562299, 1e-13);
-    EXPECT_NEAR(smoothing[1], 0.52201146875402, 1e-13);
-    EXPECT_EQ(ornex::lucasKanadeDerivativeTaps(0.8, 3), (std::vector<double>{0.5, 0, -0.5}));
-    EXPECT_NEAR(d[0], 0.11790104443903, 1e-13);
-    EXPECT_NEAR(d[1], 0.26419791112193, 1e-13);
-    EXPECT_EQ(d[2], 0.0);
+    EXPECT_EQ(lucasKanadeDerivativeTaps(0.8, 3), (std::vector<double>{0.5, 0, -0.5}));
+    EXPECT_TRUE(std::abs(d[0] - 0.11790104443903) < 1e-13 && d[2] == 0.0);
 }
 
 TYPED_TEST(MotionLayer, ArgumentsAreCheckedWithTheirMessages)
 {
     using T = TypeParam;
     const auto flat = makeImage<T>(24, 32, 1, [](int, int, int) { return 1; });
-    const ornex::Image<T> narrower(24, 31), twoPlanes(24, 32, 2);
+    const Image<T> narrower(24, 31), twoPlanes(24, 32, 2);
     const std::vector<ImageView<const T>> three{flat, flat, flat};
-    const auto bm = [&](ornex::BlockMatchingOptions o) { return [=, &flat] { ornex::blockMatching(flat, flat, o); }; };
-    const auto hs = [&](ornex::HornSchunckOptions o) { return [=, &flat] { ornex::hornSchunck(flat, flat, o); }; };
-    const auto gder = [&](ornex::LucasKanadeGderOptions o) { return [=, &three] { ornex::lucasKanadeGder(three, o); }; };
-    ornex::LucasKanadeGderOptions noWindow, ownFilters;
-    noWindow.filters = ownFilters.filters =
-        ornex::LucasKanadeFilters{{0.5, 0, -0.5}, {0.25, 0.5, 0.25}, {0.5, 0, -0.5}, {1}, {1}};
+    const auto bm = [&](BlockMatchingOptions o) { return [=, &flat] { blockMatching(flat, flat, o); }; };
+    const auto hs = [&](HornSchunckOptions o) { return [=, &flat] { hornSchunck(flat, flat, o); }; };
+    const auto gder = [&](LucasKanadeGderOptions o) { return [=, &three] { lucasKanadeGder(three, o); }; };
+    LucasKanadeGderOptions noWindow, ownFilters;
+    const LucasKanadeFilters filters{{0.5, 0, -0.5}, {0.25, 0.5, 0.25}, {0.5, 0, -0.5}, {1}, {1}};
+    noWindow.filters = ownFilters.filters = filters;
     noWindow.filters->window.clear();
     ownFilters.spatialLength = 4; // not looked at with the caller's filters
     expectRejections({
-        {[&] { ornex::blockMatching(flat, narrower); }, "frames: must have the same size"},
-        {[&] { ornex::blockMatching(ImageView<const T>{}, flat); }, "frame1: must be a non-empty image"},
-        {[&] { ornex::blockMatching(twoPlanes, twoPlanes); }, "frame1: must have one plane"},
+        {[&] { blockMatching(flat, narrower); }, "frames: must have the same size"},
+        {[&] { blockMatching(ImageView<const T>{}, flat); }, "frame1: must be a non-empty image"},
+        {[&] { blockMatching(twoPlanes, twoPlanes); }, "frame1: must have one plane"},
         {bm({{8, 0}}), "blockSize: must be positive"},
         {bm({{8, 8}, {-1, 0}}), "overlap: must not be negative"},
         {bm({{8, 8}, {8, 0}}), "overlap: must be smaller than the block size"},
         {bm({{8, 8}, {0, 0}, {3, -1}}), "maxDisplacement: must not be negative"},
         {bm({{8, 8}, {0, 0}, {1 << 30, 0}}), "maxDisplacement: too large for the frame size"},
         {bm({{25, 8}}), "frames: must hold at least one block"},
-        {[&] { ornex::hornSchunck(flat, ImageView<const T>{}); }, "frame2: must be a non-empty image"},
+        {[&] { hornSchunck(flat, ImageView<const T>{}); }, "frame2: must be a non-empty image"},
         {hs({.maxIterations = std::nullopt}), "options: needs an iteration limit or a threshold"},
         {hs({.maxIterations = 0}), "maxIterations: must be positive"},
         {hs({1, 10, 0.0}), "threshold: must be positive"},
         {hs({.smoothness = 0}), "smoothness: must be positive"},
-        {[&] { ornex::lucasKanade(flat, flat, {std::nan("")}); }, "threshold: must be positive"},
-        {[&] { ornex::lucasKanadeGder({flat, flat}); }, "frames: too few for the temporal filters"},
-        {[&] { ornex::lucasKanadeGder({flat, ImageView<const T>{}, flat}); }, "frames: must be a non-empty image"},
+        {[&] { lucasKanade(flat, flat, {std::nan("")}); }, "threshold: must be positive"},
+        {[&] { lucasKanadeGder({flat, flat}); }, "frames: too few for the temporal filters"},
+        {[&] { lucasKanadeGder({flat, ImageView<const T>{}, flat}); }, "frames: must be a non-empty image"},
         {gder({.spatialLength = 4}), "spatialLength: must be odd and at least 3"},
         {gder({.windowLength = 1}), "windowLength: must be odd and at least 3"},
         {gder({.temporalSigma = 0}), "temporalSigma: must be positive"},
         {gder({.threshold = std::nan("")}), "threshold: must be a number"},
         {gder(noWindow), "filters.window: must not be empty"},
-        {[] { ornex::lucasKanadeSmoothingTaps(1.0, 4); }, "length: must be odd and at least 3"},
-        {[] { ornex::lucasKanadeDerivativeTaps(INFINITY, 5); }, "sigma: must be positive"},
+        {[] { lucasKanadeSmoothingTaps(1.0, 4); }, "length: must be odd and at least 3"},
+        {[] { lucasKanadeDerivativeTaps(INFINITY, 5); }, "sigma: must be positive"},
     });
     EXPECT_NO_THROW(gder(ownFilters)());
 }
