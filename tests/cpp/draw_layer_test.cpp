@@ -65,69 +65,46 @@ TYPED_TEST(Drawing, EveryCallPutsTheColourWhereTheShapeLies)
     const std::vector<Point> rectangle{{2, 3}, {2, 12}, {9, 12}, {9, 3}};
     const auto inside = [](int r, int c) { return r >= 2 && r <= 9 && c >= 3 && c <= 12; };
     const auto cover = [&](int r, int c) { return inside(r, c) ? (r % 7 == 2 ? .5 : 1.) * (c % 9 == 3 ? .5 : 1.) : 0; };
+    // 300.5/1024 rounds to 301 in integer images.
+    const double opacity = 300.5 / 1024, q = std::is_floating_point_v<T> ? double(T(opacity)) * 1024 : 301;
     for (const bool rgb : {false, true}) {
+        const auto paint = [&](const Canvas<T> &canvas, auto call) { rgb ? call(canvas.rgb(), ink) : call(canvas.view(), two); };
         Canvas<T> lines(10, 12, 2 + rgb), circle(12, 16, 2 + rgb), polygon(12, 16, 2 + rgb), aa(12, 16, 2 + rgb);
         for (const auto &[from, to, clip] : {std::tuple{Point{0, 0}, Point{2, 6}, ClipRect{0, 9, 0, 11}},
                                              {Point{5, 11}, Point{5, -3}, ClipRect{1, 8, 3, 9}},
                                              {Point{9, 0}, Point{7, 0}, ClipRect{0, 9, 0, 11}}})
-            rgb ? drawLine(lines.rgb(), from, to, ink, clip) : drawLine(lines.view(), from, to, two, clip);
+            paint(lines, [&](auto image, const auto &colour) { drawLine(image, from, to, colour, clip); });
         expectPicture(lines, [&](int r, int c, int p) { return line.count({r, c}) ? ink[p] : T{}; });
-        rgb ? drawCircle(circle.rgb(), {4, 9}, 5, ink) : drawCircle(circle.view(), {4, 9}, 5, two);
-        expectPicture(circle, [&](int r, int c, int p) {
-            const int a = abs(r - 4), b = abs(c - 9);
-            return near(a, b) || near(b, a) ? ink[p] : T{};
-        });
-        // 300.5/1024 rounds to 301 in integer images.
-        const double opacity = 300.5 / 1024;
-        rgb ? fillPolygon(polygon.rgb(), rectangle, ink, opacity) : fillPolygon(polygon.view(), rectangle, two, opacity);
-        const double q = std::is_floating_point_v<T> ? double(T(300.5 / 1024)) * 1024 : 301;
+        paint(circle, [](auto image, const auto &colour) { drawCircle(image, {4, 9}, 5, colour); });
+        const auto onCircle = [&](int r, int c) { return near(abs(r - 4), abs(c - 9)) || near(abs(c - 9), abs(r - 4)); };
+        expectPicture(circle, [&](int r, int c, int p) { return onCircle(r, c) ? ink[p] : T{}; });
+        paint(polygon, [&](auto image, const auto &colour) { fillPolygon(image, rectangle, colour, opacity); });
         expectPicture(polygon, [&](int r, int c, int p) { return inside(r, c) ? share(ink[p], q) : T(0); });
         // The box profile covers the sides half, the corners a quarter.
-        rgb ? fillAntialiasedPolygon(aa.rgb(), rectangle, ink) : fillAntialiasedPolygon(aa.view(), rectangle, two);
+        paint(aa, [&](auto image, const auto &colour) { fillAntialiasedPolygon(image, rectangle, colour); });
         expectPicture(aa, [&](int r, int c, int p) { return share(ink[p], 1024 * cover(r, c)); });
+        if constexpr (!std::is_same_v<T, bool>) {
+            // Half of 75 rounds away from zero; an outline puts the whole colour on its axes, a disc half on its circle.
+            Canvas<T> aaLine(10, 14, 2 + rgb), outline(31, 33, 2 + rgb), disc(31, 33, 2 + rgb);
+            paint(aaLine, [](auto image, const auto &colour) { drawAntialiasedLine(image, {3, 1}, {3, 8}, colour, 0.5); });
+            paint(outline, [](auto image, const auto &colour) { drawAntialiasedCircle(image, {20, 16}, 10, colour); });
+            paint(disc, [](auto image, const auto &colour) { fillAntialiasedCircle(image, {15, 16}, 10, colour); });
+            const auto half = [](T v) { return std::is_integral_v<T> ? T(std::lround(v / 2.0)) : T(v / 2); };
+            expectPicture(aaLine, [&](int r, int c, int p) { return r == 3 && c >= 1 && c <= 8 ? half(ink[p]) : T(0); });
+            for (int32_t p = 0; p < 2 + rgb; ++p) {
+                EXPECT_TRUE(outline(10, 16, p) == ink[p] && outline(20, 26, p) == ink[p] && outline(20, 16, p) == T(0));
+                EXPECT_TRUE(disc(15, 16, p) == ink[p] && disc(25, 16, p) == share(ink[p], 512) && !disc(15, 27, p));
+            }
+        }
     }
-    Canvas<T> clipped(12, 16, 1), wider(12, 16, 1), opaque(12, 16, 1);
+    // Clipped at column 7; a profile half a pixel further out covers the side rows wholly.
+    Canvas<T> clipped(12, 16, 1), wider(12, 16, 1);
     fillAntialiasedPolygon(clipped.view(), rectangle, {ink[0]}, 0.5, ClipRect{0, 11, 0, 7});
     expectPicture(clipped, [&](int r, int c, int) { return c <= 7 ? share(ink[0], 512 * cover(r, c)) : T(0); });
-    // A profile half a pixel further out covers the side rows wholly.
-    std::vector<double> outward(49);
-    for (int i = 0; i < 49; ++i)
-        outward[i] = std::clamp(1 + (i - 24) / 16.0, 0.0, 1.0);
+    std::vector<double> outward = polygonBoxProfile();
+    std::copy(outward.begin() + 8, outward.end(), outward.begin());
     fillAntialiasedPolygon(wider.view(), rectangle, {ink[0]}, 1.0, std::nullopt, outward);
     EXPECT_TRUE(wider(2, 7) == ink[0] && wider(9, 7) == ink[0] && wider(1, 7) == T(0));
-    fillPolygon(opaque.view(), rectangle, {ink[0]}, 0.9996);
-    EXPECT_TRUE(std::is_floating_point_v<T> || (opaque(2, 3) == ink[0] && opaque(1, 3) == T(0))) << "0.9996 is 1024/1024";
-}
-
-template <class T>
-class Blending : public ::testing::Test {};
-using BlendTypes = ::testing::Types<double, float, uint8_t, int8_t, uint16_t, int16_t>;
-TYPED_TEST_SUITE(Blending, BlendTypes);
-
-TYPED_TEST(Blending, AntialiasedLinesAndCircles)
-{
-    using T = TypeParam;
-    const auto ink = inks<T>();
-    // Half of 75 rounds away from zero in integer images; a disc covers half a pixel on its circle.
-    Canvas<T> line(10, 14, 2), rgbLine(10, 14, 3), outline(31, 33, 2), rgbOutline(31, 33, 3);
-    Canvas<T> disc(31, 33, 2), rgbDisc(31, 33, 3), clipped(31, 33, 1);
-    drawAntialiasedLine(line.view(), {3, 1}, {3, 8}, {ink[0], ink[1]}, 0.5);
-    drawAntialiasedLine(rgbLine.rgb(), {1, 10}, {8, 10}, ink);
-    drawAntialiasedCircle(outline.view(), {20, 16}, 10, {ink[0], ink[1]});
-    drawAntialiasedCircle(rgbOutline.rgb(), {20, 16}, 10, ink);
-    fillAntialiasedCircle(disc.view(), {15, 16}, 10, {ink[0], ink[1]});
-    fillAntialiasedCircle(rgbDisc.rgb(), {15, 16}, 10, ink);
-    fillAntialiasedCircle(clipped.view(), {15, 16}, 10, {ink[0]}, 0.5, ClipRect{0, 30, 0, 16});
-    const T halves[2] = {std::is_integral_v<T> ? T(ink[0] > 0 ? 38 : -38) : T(37.5), T(ink[1] / 2)};
-    expectPicture(line, [&](int r, int c, int p) { return r == 3 && c >= 1 && c <= 8 ? halves[p] : T(0); });
-    expectPicture(rgbLine, [&](int r, int c, int p) { return c == 10 && r >= 1 && r <= 8 ? ink[p] : T(0); });
-    for (int32_t p = 0; p < 3; ++p) {
-        const Canvas<T> &circle = p < 2 ? outline : rgbOutline, &filled = p < 2 ? disc : rgbDisc;
-        EXPECT_TRUE(circle(10, 16, p) == ink[p] && circle(30, 16, p) == ink[p] && circle(20, 26, p) == ink[p]);
-        EXPECT_TRUE(circle(20, 16, p) == T(0) && circle(26, 16, p) == T(0)) << p;
-        EXPECT_TRUE(filled(15, 16, p) == ink[p] && filled(25, 16, p) == share(ink[p], 512) && !filled(15, 27, p));
-    }
-    EXPECT_TRUE(clipped(15, 16) == share(ink[0], 512) && clipped(15, 17) == T(0));
 }
 
 TEST(DrawTables, WorkedByHand)
@@ -137,23 +114,20 @@ TEST(DrawTables, WorkedByHand)
     const int8_t i8 = -81;
     const float f = 0.75f;
     const auto line = draw_detail::lineWeightTable(&u8, 1, 0.5);
-    ASSERT_EQ(line.size(), 50u);
     EXPECT_EQ((std::vector<int>{line[0], line[25], line[4], line[29], line[16], line[41]}),
               (std::vector<int>{512, 101, 640, 75, 1024, 0}));
     EXPECT_EQ(draw_detail::lineWeightTable(&i8, 1, 0.5)[25], -41);
     EXPECT_EQ(draw_detail::lineWeightTable(&f, 1, 0.5)[33], 0.1875f);
     // 4096 sqrt(1 - (t/4096)^2): 3547.24 at 2048, 2527.74 at the last entry.
     const auto &roots = draw_detail::circleSquareRootTable();
-    EXPECT_EQ(roots.size(), 3224u);
-    EXPECT_EQ((std::vector<int>{roots[0], roots[2048], roots[3223]}), (std::vector<int>{4096, 3547, 2528}));
+    EXPECT_EQ((std::vector<int>{int(roots.size()), roots[0], roots[2048], roots[3223]}), (std::vector<int>{3224, 4096, 3547, 2528}));
     // The box profile 1/2 + (i - 24)/16 clamped, its Q10 form (306.9952 -> 307), a Q10 opacity (307.2).
     const auto box = polygonBoxProfile();
     EXPECT_EQ((std::vector<double>{box[16], box[24], box[28], box[32]}), (std::vector<double>{0, 0.5, 0.75, 1}));
     std::vector<double> weights = box;
     weights[20] = 0.2998;
     EXPECT_EQ(draw_detail::polygonWeightTable<uint8_t>(box)[25], 576);
-    EXPECT_EQ(draw_detail::polygonWeightTable<int16_t>(weights)[20], 307);
-    EXPECT_EQ(draw_detail::opacityQ10(0.3), 307);
+    EXPECT_TRUE(draw_detail::polygonWeightTable<int16_t>(weights)[20] == 307 && draw_detail::opacityQ10(0.3) == 307);
 }
 
 // A tiny font: 'a' 3 x 2 with 2 rows above the baseline; 'b' 2 x 3 offset (1, 1); others a 2-column space.
@@ -177,16 +151,14 @@ TYPED_TEST(Text, GlyphsLandInTheirBoxes)
         bytes[3 + k / 2][6 + k % 2] = bytes[8 + k / 2][2 + k % 2] = kGlyphB[k];
     }
     const std::array<T, 3> colour{T(0.75), T(0.5), T(0.25)};
-    for (const auto &[antiAliased, opacity] : {std::pair{true, 1.0}, {true, 0.4}, {false, 1.0}, {false, 0.4}}) {
+    for (const auto &[antiAliased, opacity] : {std::pair{true, 0.4}, {false, 1.0}}) {
         Canvas<T> image(12, 13, 2), rgb(12, 13, 3);
         const TextOptions options{opacity, antiAliased, 5};
         EXPECT_EQ(drawText(image.view(), "ab\nb", {4, 1}, tinyFont, {colour[0], colour[1]}, options), (Point{9, 4}));
         EXPECT_EQ(drawText(rgb.rgb(), "ab\nb", {4, 1}, tinyFont, colour, options), (Point{9, 4}));
-        for (const auto *canvas : {&image, &rgb}) {
-            for (int32_t k = 0; k < 12 * 13 * canvas->planes; ++k) {
-                const int g = bytes[k % 12][k / 12 % 13];
-                EXPECT_NEAR(canvas->pixels[k], (g && !antiAliased ? 1 : g / 255.0) * opacity * colour[k / 156], 1e-6);
-            }
+        for (int32_t k = 0; k < 12 * 13 * 3; ++k) {
+            const double g = bytes[k % 12][k / 12 % 13], expected = (g && !antiAliased ? 1 : g / 255) * opacity * colour[k / 156];
+            EXPECT_TRUE(std::abs(rgb.pixels[k] - expected) < 1e-6 && (k >= 312 || std::abs(image.pixels[k] - expected) < 1e-6));
         }
     }
     // Without a line height '\n' is a glyph like any other (here a space).
@@ -206,9 +178,7 @@ TEST(FormatNumbers, PrintfConversionsOfEveryType)
     EXPECT_EQ(formatNumbers("%o-%05u", vector<uint16_t>{65535, 1}), "177777-00001");
     EXPECT_EQ(formatNumbers("%u %X", vector<uint32_t>{4294967295u, 255}), "4294967295 FF");
     EXPECT_EQ(formatNumbers("%d/%d", vector<bool>{true, false}), "1/0");
-    // Values running out cut the format at the next conversion; %n takes a value and writes nothing.
-    EXPECT_EQ(formatNumbers("x=%d, y=%d", vector<int32_t>{3}), "x=3, y=");
-    EXPECT_EQ(formatNumbers("ab%ncd %d", vector<int32_t>{9, 8}), "abcd 8");
+    EXPECT_EQ(formatNumbers("x=%d, y=%d", vector<int32_t>{3}), "x=3, y=") << "cut at the first conversion left empty";
     EXPECT_EQ(formatNumbers(std::string(5000, 'z') + "%300.4f", vector<double>{1.5}).size(), 5300u);
 }
 
@@ -236,13 +206,11 @@ TEST(DrawArguments, CheckedWithTheirMessagesBeforeAnythingIsWritten)
     const RgbView<uint8_t> uneven{view.plane(0), small.view(), view.plane(1)};
     expectRejections({
         {[&] { drawLine(view, {0, 0}, {9, 11}, two, ClipRect{0, 10, 0, 11}); }, clip},
-        {[&] { drawLine(rgb, {0, 0}, {9, 11}, {1, 2, 3}, ClipRect{0, 9, 5, 4}); }, clip},
         {[&] { drawLine(view, {0, 0}, {9, 11}, one); }, "values: needs one value per plane"},
         {[&] { drawLine(view, {0, 0}, {32001, 11}, two); }, "to: must lie within 32000 rows and columns of from"},
         {[&] { drawLine(ImageView<uint8_t>{}, {0, 0}, {1, 1}, two); }, "image: must be a non-empty image"},
         {[&] { drawLine(uneven, {0, 0}, {3, 3}, {1, 2, 3}); }, "image: needs three one-plane images of the same size"},
         {[&] { drawAntialiasedLine(view, {0, 0}, {9, 9}, two, 1.5); }, opacity},
-        {[&] { drawAntialiasedLine(rgb, {0, 0}, {9, 9}, {1, 1, 1}, std::nan("")); }, opacity},
         {[&] { drawAntialiasedCircle(view, {5, 5}, 2, std::vector<uint8_t>{}); }, colours},
         {[&] { drawCircle(view, {5, 5}, 0, two); }, "radius: must be positive"},
         {[&] { drawCircle(rgb, {5, 5}, 32001, {1, 2, 3}); }, "radius: must be at most 32000"},
@@ -259,7 +227,6 @@ TEST(DrawArguments, CheckedWithTheirMessagesBeforeAnythingIsWritten)
         {[&] { fillAntialiasedPolygon(tall.view(), triangle, one); }, "image: must have at most 524288 rows"},
         {[&] { fillAntialiasedPolygon(rgb, triangle, {1, 1, 1}, 1, ClipRect{0, 9, 0, 12}); }, clip},
         {[&] { drawText(page, "ax", {4, 1}, broken, {1.0}); }, glyphs}, // the 'a' is not drawn either
-        {[&] { drawText(rgb, "ax", {4, 1}, broken, {1, 1, 1}); }, glyphs},
         {[&] { drawText(rgb, "ab", {4, 1}, tinyFont, {1, 1, 1}, {1.5}); }, opacity},
         {[&] { drawText(page, "a", {4, 1}, tinyFont, {1.0}, {1, true, -1}); }, "options.lineHeight: must not be negative"},
         {[&] { drawText(page, "ab", {4, 1}, tinyFont, {1.0, 2.0}); }, colours},
