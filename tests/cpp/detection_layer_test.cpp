@@ -2,11 +2,7 @@
 
 #include "support.hpp"
 
-namespace {
-
-template <class T>
-class DetectionLayer : public ::testing::Test {};
-TYPED_TEST_SUITE(DetectionLayer, RealTypes);
+TYPED_TEST_SUITE(Typed, RealTypes);
 
 // Steps 0 -> 1 at k = 6 and 1 -> 0.7 at k = 14 along the columns (or rows): gradients 1 and 0.3.
 template <class T>
@@ -18,7 +14,7 @@ ornex::Image<T> twoSteps(bool downRows)
     });
 }
 
-TYPED_TEST(DetectionLayer, CannyFindsTheStepsItsThresholdsAdmit)
+TYPED_TEST(Typed, CannyFindsTheStepsItsThresholdsAdmit)
 {
     using T = TypeParam;
     // With 0.2, 0.5 the weaker step is a weak edge with no strong neighbour.
@@ -29,11 +25,8 @@ TYPED_TEST(DetectionLayer, CannyFindsTheStepsItsThresholdsAdmit)
             const auto [edges, magnitude] = ornex::canny(twoSteps<T>(downRows).view(), {1.0, thresholds});
             for (int32_t along = 3; along < 13; ++along) {
                 const auto at = [&](const auto &image, int k) { return downRows ? image(k, along) : image(along, k); };
-                for (int32_t k = 0; k < 24; ++k) {
-                    if (thresholds || k == 6) {
-                        EXPECT_EQ(at(edges, k), k == 6 || (k == 14 && weakerKept)) << along << "," << k;
-                    }
-                }
+                for (int32_t k = 0; k < 24; ++k)
+                    EXPECT_TRUE((!thresholds && k != 6) || at(edges, k) == (k == 6 || (k == 14 && weakerKept))) << k;
                 EXPECT_NEAR(at(magnitude, 14) / at(magnitude, 6), 0.3, 1e-4);
             }
         }
@@ -51,20 +44,18 @@ TEST(DetectionLayerTables, CannyKernelHalvesWorkedByHand)
     EXPECT_NEAR(narrow.derivative[1], -4 * narrow.smoothing[1], 1e-15);
 }
 
-TYPED_TEST(DetectionLayer, HoughPutsEachRunOnItsLine)
+TYPED_TEST(Typed, HoughPutsEachRunOnItsLine)
 {
     using T = TypeParam;
     // Row 4 and column 7 of a 9 x 13 map: 21 pixels; rho reaches ceil(sqrt(8^2 + 12^2) / step) steps.
     const auto edges = makeImage<uint8_t>(9, 13, 1, [](int r, int c, int) { return r == 4 || c == 7; });
-    const std::tuple<double, double, int32_t, int32_t> cases[] = {
-        {1, 1, 180, 15}, {0.5, 0.5, 360, 29}, {90, 0.25, 2, 58}};
+    const std::tuple<double, double, int32_t, int32_t> cases[] = {{1, 1, 180, 15}, {0.5, 0.5, 360, 29}, {90, 0.25, 2, 58}};
     for (const auto &[thetaStep, rhoStep, thetas, reach] : cases) {
         const auto h = ornex::hough<T>(edges, {thetaStep, rhoStep});
         ASSERT_TRUE(h.accumulator.rows() == 2 * reach + 1 && h.accumulator.cols() == thetas);
         EXPECT_TRUE(h.rho.front() == T(-reach * rhoStep) && h.rho.back() == T(reach * rhoStep));
-        EXPECT_EQ(h.theta[0], -std::numbers::pi_v<T> / 2);
+        EXPECT_TRUE(h.theta[0] == -std::numbers::pi_v<T> / 2 && std::abs(h.theta[thetas / 2]) < 1e-15);
         EXPECT_NEAR(h.theta[1] - h.theta[0], thetaStep * std::numbers::pi / 180, 1e-6);
-        EXPECT_NEAR(h.theta[thetas / 2], 0.0, 1e-15);
         EXPECT_EQ(h.accumulator(int32_t(-4 / rhoStep) + reach, 0), T(13));
         EXPECT_EQ(h.accumulator(int32_t(7 / rhoStep) + reach, thetas / 2), T(9));
         EXPECT_EQ(std::accumulate(h.accumulator.values().begin(), h.accumulator.values().end(), 0.0), 21.0 * thetas);
@@ -72,7 +63,7 @@ TYPED_TEST(DetectionLayer, HoughPutsEachRunOnItsLine)
     EXPECT_EQ(ornex::hough(edges).accumulator.cols(), 180);
 }
 
-TYPED_TEST(DetectionLayer, HoughLinesCrossTheBorderWhereTheLineDoes)
+TYPED_TEST(Typed, HoughLinesCrossTheBorderWhereTheLineDoes)
 {
     using T = TypeParam;
     // column cos(theta) + row sin(theta) = rho: column 5, row 4, column + row = 10, a line far outside.
@@ -80,10 +71,9 @@ TYPED_TEST(DetectionLayer, HoughLinesCrossTheBorderWhereTheLineDoes)
     const auto ends = ornex::houghLines<T>({0, -pi / 2, pi / 4, 0}, {5, -4, T(10 / std::numbers::sqrt2), 1000}, 20, 30);
     EXPECT_EQ(ends, (std::vector<ornex::LineEnds>{
                         {{0, 5}, {19, 5}}, {{4, 0}, {4, 29}}, {{0, 10}, {10, 0}}, {{-1, -1}, {-1, -1}}}));
-    EXPECT_TRUE(ornex::houghLines<T>({}, {}, 20, 30).empty());
 }
 
-TYPED_TEST(DetectionLayer, ArgumentsAreCheckedWithTheirMessages)
+TYPED_TEST(Typed, ArgumentsAreCheckedWithTheirMessages)
 {
     using T = TypeParam;
     const auto image = twoSteps<T>(false);
@@ -110,7 +100,4 @@ TYPED_TEST(DetectionLayer, ArgumentsAreCheckedWithTheirMessages)
         {[] { ornex::houghLines<T>({0}, {0}, 10, -1); }, "imageCols: must be positive"},
     });
     EXPECT_NO_THROW(canny({.sigma = 5})());
-    EXPECT_NO_THROW(ornex::canny(ornex::Image<T>(4, 4).view()));
 }
-
-} // namespace

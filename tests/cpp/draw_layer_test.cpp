@@ -3,8 +3,6 @@
 
 #include "support.hpp"
 
-namespace {
-
 using namespace ornex;
 
 // Pixels of any element type, bool included, all starting at `fill`.
@@ -12,10 +10,7 @@ template <class T>
 struct Canvas {
     int32_t rows, cols, planes;
     std::unique_ptr<T[]> pixels{new T[size_t(rows) * cols * planes]};
-    Canvas(int32_t r, int32_t c, int32_t p, T fill = T{}) : rows(r), cols(c), planes(p)
-    {
-        std::fill_n(pixels.get(), size_t(r) * c * p, fill);
-    }
+    Canvas(int32_t r, int32_t c, int32_t p, T fill = T{}) : rows(r), cols(c), planes(p) { std::fill_n(&pixels[0], r * c * p, fill); }
     ImageView<T> view() const { return {pixels.get(), rows, cols, planes}; }
     RgbView<T> rgb() const { return {view().plane(0), view().plane(1), view().plane(2)}; }
     T &operator()(int32_t r, int32_t c, int32_t p = 0) const { return pixels[(size_t(p) * cols + c) * rows + r]; }
@@ -44,7 +39,6 @@ class Drawing : public ::testing::Test {};
 using DrawTypes = ::testing::Types<double, float, bool, uint8_t, int8_t, uint16_t, int16_t>;
 TYPED_TEST_SUITE(Drawing, DrawTypes);
 
-// Each element type through each call once, intensity and RGB.
 TYPED_TEST(Drawing, EveryCallPutsTheColourWhereTheShapeLies)
 {
     using T = TypeParam;
@@ -90,14 +84,12 @@ TYPED_TEST(Drawing, EveryCallPutsTheColourWhereTheShapeLies)
             }
         }
     }
-    // Clipped at column 7; a profile half a pixel further out covers the side rows wholly.
-    Canvas<T> clipped(12, 16, 1), wider(12, 16, 1);
-    fillAntialiasedPolygon(clipped.view(), rectangle, {ink[0]}, 0.5, ClipRect{0, 11, 0, 7});
-    expectPicture(clipped, [&](int r, int c, int) { return c <= 7 ? share(ink[0], 512 * cover(r, c)) : T(0); });
+    // Clipped at column 7, a profile half a pixel further out covers the side rows wholly.
+    Canvas<T> wider(12, 16, 1);
     std::vector<double> outward = polygonBoxProfile();
     std::copy(outward.begin() + 8, outward.end(), outward.begin());
-    fillAntialiasedPolygon(wider.view(), rectangle, {ink[0]}, 1.0, std::nullopt, outward);
-    EXPECT_TRUE(wider(2, 7) == ink[0] && wider(9, 7) == ink[0] && wider(1, 7) == T(0));
+    fillAntialiasedPolygon(wider.view(), rectangle, {ink[0]}, 1.0, ClipRect{0, 11, 0, 7}, outward);
+    EXPECT_TRUE(wider(2, 7) == ink[0] && wider(9, 7) == ink[0] && wider(1, 7) == T(0) && wider(2, 8) == T(0));
 }
 
 TEST(DrawTables, WorkedByHand)
@@ -113,11 +105,10 @@ TEST(DrawTables, WorkedByHand)
     const auto &roots = draw_detail::circleSquareRootTable();
     EXPECT_EQ((std::vector<int>{int(roots.size()), roots[0], roots[2048], roots[3223]}), (std::vector<int>{3224, 4096, 3547, 2528}));
     // The box profile 1/2 + (i - 24)/16 clamped, its Q10 form (306.9952 -> 307), a Q10 opacity (307.2).
-    const auto box = polygonBoxProfile();
-    EXPECT_EQ((std::vector<double>{box[16], box[24], box[28], box[32]}), (std::vector<double>{0, 0.5, 0.75, 1}));
-    std::vector<double> weights = box;
+    std::vector<double> weights = polygonBoxProfile();
     weights[20] = 0.2998;
-    EXPECT_EQ(draw_detail::polygonWeightTable<uint8_t>(box)[25], 576);
+    EXPECT_EQ((std::vector<double>{weights[16], weights[24], weights[28], weights[32]}), (std::vector<double>{0, 0.5, 0.75, 1}));
+    EXPECT_EQ(draw_detail::polygonWeightTable<uint8_t>(weights)[25], 576);
     EXPECT_TRUE(draw_detail::polygonWeightTable<int16_t>(weights)[20] == 307 && draw_detail::opacityQ10(0.3) == 307);
 }
 
@@ -128,11 +119,9 @@ Glyph tinyFont(char ch)
     return ch == 'a' ? Glyph{kGlyphA, 3, 2, 0, 2, 4} : ch == 'b' ? Glyph{kGlyphB, 2, 3, 1, 1, 3} : Glyph{{}, 0, 0, 0, 0, 2};
 }
 
-template <class T>
-class Text : public ::testing::Test {};
-TYPED_TEST_SUITE(Text, RealTypes);
+TYPED_TEST_SUITE(Typed, RealTypes);
 
-TYPED_TEST(Text, GlyphsLandInTheirBoxes)
+TYPED_TEST(Typed, TextGlyphsLandInTheirBoxes)
 {
     using T = TypeParam;
     // 'a' on rows 2-3, columns 1-3; 'b' (pen at 5) on 3-5, 6-7; 'b' (pen at 9, 1) on 8-10, 2-3.
@@ -152,14 +141,12 @@ TYPED_TEST(Text, GlyphsLandInTheirBoxes)
             EXPECT_TRUE(std::abs(rgb.pixels[k] - expected) < 1e-6 && (k >= 312 || std::abs(image.pixels[k] - expected) < 1e-6));
         }
     }
-    Canvas<T> image(12, 13, 1);
-    EXPECT_EQ(drawText(image.view(), "a\nb", {4, 1}, tinyFont, {T(1)}), (Point{4, 10})) << "without a line height";
 }
 
 TEST(FormatNumbers, PrintfConversionsOfEveryType)
 {
     using std::vector;
-    EXPECT_EQ(formatNumbers("pi %.3f e %g", vector<double>{3.14159, -2.5e-7}), "pi 3.142 e -2.5e-07");
+    EXPECT_EQ(formatNumbers(std::string(5000, 'z') + "%.3f e %g", vector<double>{3.14159, -2.5e-7}).substr(4999), "z3.142 e -2.5e-07");
     EXPECT_EQ(formatNumbers("%.9f", vector<float>{0.1f}), "0.100000001");
     EXPECT_EQ(formatNumbers("%d %x", vector<int8_t>{-128, 127}), "-128 7f");
     EXPECT_EQ(formatNumbers("100%% %u %c", vector<uint8_t>{255, 65}), "100% 255 A");
@@ -167,7 +154,6 @@ TEST(FormatNumbers, PrintfConversionsOfEveryType)
     EXPECT_EQ(formatNumbers("%o-%05u", vector<uint16_t>{65535, 1}), "177777-00001");
     EXPECT_EQ(formatNumbers("%u %X", vector<uint32_t>{4294967295u, 255}), "4294967295 FF");
     EXPECT_EQ(formatNumbers("%d/%d x=%d, y=%d", vector<bool>{true, false, true}), "1/0 x=1, y=");
-    EXPECT_EQ(formatNumbers(std::string(5000, 'z') + "%300.4f", vector<double>{1.5}).size(), 5300u);
 }
 
 TEST(DrawArguments, CheckedWithTheirMessagesBeforeAnythingIsWritten)
@@ -229,5 +215,3 @@ TEST(DrawArguments, CheckedWithTheirMessagesBeforeAnythingIsWritten)
     expectPicture(canvas, [](int, int, int) { return 7.0f; });
     expectPicture(text, [](int, int, int) { return 7.0; });
 }
-
-} // namespace

@@ -1,18 +1,14 @@
 #include "support.hpp"
 
-namespace {
-
 using namespace ornex;
 
-template <class T>
-class GeometryLayer : public ::testing::Test {};
-TYPED_TEST_SUITE(GeometryLayer, RealTypes);
+TYPED_TEST_SUITE(Typed, RealTypes);
 
 const Quad kTarget{{{1, 3}, {0, 17}, {14, 19}, {12, 1}}};
 const Quad kSource{{{2, 1}, {1, 12}, {10, 13}, {11, 2}}};
 
 // c^2 and r^2 stretched three times: column 4 reads 4/3, cubic weights (-4, 22, 11, -2)/27 give 16/9.
-TYPED_TEST(GeometryLayer, WarpSamplesAStretchedImage)
+TYPED_TEST(Typed, WarpSamplesAStretchedImage)
 {
     using T = TypeParam;
     const auto source = makeImage<T>(5, 5, 2, [](int r, int c, int p) { return p ? r * r : c * c; });
@@ -24,7 +20,6 @@ TYPED_TEST(GeometryLayer, WarpSamplesAStretchedImage)
     for (const auto &transform : {homography<T>(Rect{0, 0, 5, 5}, square, 5, 5), homography<T>(whole, square, 5, 5)}) {
         for (const auto &[interpolation, expected] : methods) {
             for (const bool exact : {true, false}) {
-                SCOPED_TRACE(testing::Message() << transform.fromQuad << int(interpolation) << exact);
                 const auto planes = warp(view, 14, 14, transform, {interpolation, exact, 2, {-1.0, -2.0}});
                 const auto colours = warp(rgb, 14, 14, transform, {interpolation, exact, 2, {-3.0}});
                 for (int32_t k = 0; k < 13; ++k) {
@@ -38,7 +33,7 @@ TYPED_TEST(GeometryLayer, WarpSamplesAStretchedImage)
     }
 }
 
-TYPED_TEST(GeometryLayer, ShearMovesEachLineByItsOffset)
+TYPED_TEST(Typed, ShearMovesEachLineByItsOffset)
 {
     using T = TypeParam;
     // Right by r on row r; down by -2 (c - 5) on column c (a negative amount counts from the last line).
@@ -63,7 +58,7 @@ TYPED_TEST(GeometryLayer, ShearMovesEachLineByItsOffset)
     }
 }
 
-TYPED_TEST(GeometryLayer, ArgumentsAreCheckedWithTheirMessages)
+TYPED_TEST(Typed, ArgumentsAreCheckedWithTheirMessages)
 {
     using T = TypeParam;
     const Image<T> source(15, 16, 3), eight(8, 8);
@@ -108,5 +103,3 @@ TYPED_TEST(GeometryLayer, ArgumentsAreCheckedWithTheirMessages)
     });
     EXPECT_NO_THROW(warped({Interpolation::bilinear, true, 1}, tiny)());
 }
-
-} // namespace

@@ -9,6 +9,8 @@
 #include "ornex/ornex.hpp"
 
 using RealTypes = ::testing::Types<float, double>;
+template <class T>
+class Typed : public ::testing::Test {};
 
 // An image whose pixel (r, c) of plane p is f(r, c, p).
 template <class T, class F>
