@@ -66,33 +66,27 @@ TYPED_TEST(Typed, ArgumentsAreCheckedWithTheirMessages)
     const auto moved = homography<T>(kSource, kTarget, 15, 16);
     const auto tiny = homography<T>(Quad{{{0, 0}, {0, 3}, {3, 3}, {3, 0}}}, kTarget, 15, 16);
     const Quad collinear{{{0, 0}, {0, 10}, {0, 20}, {10, 0}}};
-    const auto warped = [&](WarpOptions o, const ProjectiveTransform<T> &t) {
-        return [=, &view] { warp(view, 10, 10, t, o); };
-    };
-    const auto fromRect = [](Rect rect, int32_t rows, int32_t cols, const Quad &to = kTarget) {
-        return [=] { homography<T>(rect, to, rows, cols); };
-    };
     const auto h = ShearDirection::horizontal;
     const RgbView<const T> uneven{view.plane(0), view.plane(1), ImageView<const T>{view.data, 5, 5}};
     const char *const methods = "interpolation: must be nearest, bilinear or bicubic";
     const char *const background = "background: needs one value or one per plane";
     expectRejections({
-        {fromRect({0, 0, 10, 10}, 0, 10), "sourceRows: must be positive"},
-        {fromRect({0, 0, 10, 10}, 10, -1), "sourceCols: must be positive"},
-        {fromRect({3, 0, 10, 10}, 12, 12), "rect: must lie inside the image"},
-        {fromRect({0, 0, 1, 10}, 12, 12), "rect: must have at least two rows and two columns"},
-        {fromRect({0, 0, 10, 10}, 12, 12, collinear), "to: three corners must not be collinear"},
+        {[] { homography<T>(Rect{0, 0, 10, 10}, kTarget, 0, 10); }, "sourceRows: must be positive"},
+        {[] { homography<T>(Rect{0, 0, 10, 10}, kTarget, 10, -1); }, "sourceCols: must be positive"},
+        {[] { homography<T>(Rect{3, 0, 10, 10}, kTarget, 12, 12); }, "rect: must lie inside the image"},
+        {[] { homography<T>(Rect{0, 0, 1, 10}, kTarget, 12, 12); }, "rect: must have at least two rows and two columns"},
+        {[&] { homography<T>(Rect{0, 0, 10, 10}, collinear, 12, 12); }, "to: three corners must not be collinear"},
         {[&] { homography<T>(collinear, kTarget, 30, 30); }, "from: three corners must not be collinear"},
         {[] { homography<T>(kSource, kTarget, 11, 30); }, "from: must lie inside the image"},
         {[&] { warp(view, 0, 10, moved); }, "outputRows: must be positive"},
         {[&] { warp(view, 10, -3, moved); }, "outputCols: must be positive"},
         {[&] { warp(ImageView<const T>{}, 10, 10, moved); }, "source: must be a non-empty image"},
         {[&] { warp(uneven, 10, 10, moved); }, "source: needs three one-plane images of the same size"},
-        {warped({Interpolation::bilinear, true, -1}, moved), "subdivisions: must not be negative"},
-        {warped({Interpolation::bilinear, true, 4, {1, 2}}, moved), background},
-        {warped({Interpolation(0)}, moved), methods},
+        {[&] { warp(view, 10, 10, moved, {Interpolation::bilinear, true, -1}); }, "subdivisions: must not be negative"},
+        {[&] { warp(view, 10, 10, moved, {Interpolation::bilinear, true, 4, {1, 2}}); }, background},
+        {[&] { warp(view, 10, 10, moved, {Interpolation(0)}); }, methods},
         {[&] { warp(eight.view(), 10, 10, moved); }, "transform: its source region must lie inside the source image"},
-        {warped({Interpolation::bilinear, true, 9}, tiny),
+        {[&] { warp(view, 10, 10, tiny, {Interpolation::bilinear, true, 9}); },
          "subdivisions: too many for the source quadrilateral: a cell has collinear corners"},
         {[&] { shear(Image<T>(), h, 1.0); }, "image: must be a non-empty image"},
         {[&] { shear(source, h, std::nan("")); }, "amount: must be finite"},
@@ -101,5 +95,5 @@ TYPED_TEST(Typed, ArgumentsAreCheckedWithTheirMessages)
         {[&] { shear(source, ShearDirection(7), 1.0); }, "direction: must be horizontal or vertical"},
         {[&] { shear(source, h, 1.0, {Interpolation(4), {0.0}}); }, methods},
     });
-    EXPECT_NO_THROW(warped({Interpolation::bilinear, true, 1}, tiny)());
+    EXPECT_NO_THROW(warp(view, 10, 10, tiny, {Interpolation::bilinear, true, 1}));
 }

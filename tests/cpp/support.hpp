@@ -1,9 +1,5 @@
 #pragma once
 
-#include <functional>
-#include <initializer_list>
-#include <stdexcept>
-
 #include <gtest/gtest.h>
 
 #include "ornex/ornex.hpp"
