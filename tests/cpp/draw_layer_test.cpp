@@ -2,7 +2,6 @@
 
 using namespace ornex;
 
-// Pixels of any element type, bool included, all starting at `fill`.
 template <class T>
 struct Canvas {
     int32_t rows, cols, planes;
@@ -16,7 +15,6 @@ struct Canvas {
     T &operator()(int32_t r, int32_t c, int32_t p = 0) const { return pixels[(size_t(p) * cols + c) * rows + r]; }
 };
 
-// Every pixel (r, c) of plane p is expected(r, c, p).
 template <class T, class F>
 void expectPicture(const Canvas<T> &canvas, F expected)
 {
@@ -39,7 +37,9 @@ TYPED_TEST(Drawing, EveryCallPutsTheColourWhereTheShapeLies)
     const std::array<T, 3> ink{T(75 * sign), T(30 * sign), T(12 * sign)};
     const std::vector<T> two{ink[0], ink[1]};
     // What blending at opacity q/1024 leaves of a colour over zero: integer images keep (colour q) >> 10.
-    const auto share = [](T colour, double q) { return T(std::is_floating_point_v<T> ? colour * q / 1024 : std::floor(colour * q / 1024)); };
+    const auto share = [](T colour, double q) {
+        return T(std::is_floating_point_v<T> ? colour * q / 1024 : std::floor(colour * q / 1024));
+    };
     // Slope 1/3, a clipped row, a column bottom-up; the circle's octant takes round(sqrt(25 - x^2)).
     const std::set<std::pair<int, int>> line{{0, 0}, {0, 1}, {1, 2}, {1, 3}, {1, 4}, {2, 5}, {2, 6}, {5, 3}, {5, 4},
                                              {5, 5}, {5, 6}, {5, 7}, {5, 8}, {5, 9}, {9, 0}, {8, 0}, {7, 0}};
@@ -49,7 +49,7 @@ TYPED_TEST(Drawing, EveryCallPutsTheColourWhereTheShapeLies)
     // 300.5/1024 rounds to 301 in integer images.
     const double opacity = 300.5 / 1024, q = std::is_floating_point_v<T> ? double(T(opacity)) * 1024 : 301;
     for (const bool rgb : {false, true}) {
-        const auto paint = [&](const Canvas<T> &canvas, auto call) { rgb ? call(canvas.rgb(), ink) : call(canvas.view(), two); };
+        const auto paint = [&](const Canvas<T> &on, auto call) { rgb ? call(on.rgb(), ink) : call(on.view(), two); };
         Canvas<T> lines(10, 12, 2 + rgb), circle(12, 16, 2 + rgb), polygon(12, 16, 2 + rgb), aa(12, 16, 2 + rgb);
         for (const auto &[from, to, clip] : {std::tuple{Point{0, 0}, Point{2, 6}, ClipRect{0, 9, 0, 11}},
                                              {Point{5, 11}, Point{5, -3}, ClipRect{1, 8, 3, 9}},
@@ -57,8 +57,8 @@ TYPED_TEST(Drawing, EveryCallPutsTheColourWhereTheShapeLies)
             paint(lines, [&](auto image, const auto &colour) { drawLine(image, from, to, colour, clip); });
         expectPicture(lines, [&](int r, int c, int p) { return line.count({r, c}) ? ink[p] : T{}; });
         paint(circle, [](auto image, const auto &colour) { drawCircle(image, {4, 9}, 5, colour); });
-        const auto onCircle = [](int a, int b) { return std::max(a, b) == std::lround(std::sqrt(25 - std::min(a * a, b * b))); };
-        expectPicture(circle, [&](int r, int c, int p) { return onCircle(abs(r - 4), abs(c - 9)) ? ink[p] : T{}; });
+        const auto on = [](int a, int b) { return std::max(a, b) == std::lround(std::sqrt(25 - std::min(a * a, b * b))); };
+        expectPicture(circle, [&](int r, int c, int p) { return on(abs(r - 4), abs(c - 9)) ? ink[p] : T{}; });
         paint(polygon, [&](auto image, const auto &colour) { fillPolygon(image, rectangle, colour, opacity); });
         expectPicture(polygon, [&](int r, int c, int p) { return inside(r, c) ? share(ink[p], q) : T(0); });
         // The box profile covers the sides half, the corners a quarter.
@@ -125,14 +125,14 @@ TYPED_TEST(Typed, TextGlyphsLandInTheirBoxes)
         bytes[3 + k / 2][6 + k % 2] = bytes[8 + k / 2][2 + k % 2] = kGlyphB[k];
     }
     const std::array<T, 3> colour{T(0.75), T(0.5), T(0.25)};
-    for (const auto &[antiAliased, opacity] : {std::pair{true, 0.4}, {false, 1.0}}) {
+    for (const auto &[smooth, opacity] : {std::pair{true, 0.4}, {false, 1.0}}) {
         Canvas<T> image(12, 13, 2), rgb(12, 13, 3);
-        const TextOptions options{opacity, antiAliased, 5};
+        const TextOptions options{opacity, smooth, 5};
         EXPECT_EQ(drawText(image.view(), "ab\nb", {4, 1}, tinyFont, {colour[0], colour[1]}, options), (Point{9, 4}));
         EXPECT_EQ(drawText(rgb.rgb(), "ab\nb", {4, 1}, tinyFont, colour, options), (Point{9, 4}));
         for (int32_t k = 0; k < 12 * 13 * 3; ++k) {
-            const double g = bytes[k % 12][k / 12 % 13], want = (g && !antiAliased ? 1 : g / 255) * opacity * colour[k / 156];
-            EXPECT_TRUE(std::abs(rgb.pixels[k] - want) < 1e-6 && (k >= 312 || std::abs(image.pixels[k] - want) < 1e-6)) << k;
+            const double g = bytes[k % 12][k / 12 % 13], want = (g && !smooth ? 1 : g / 255) * opacity * colour[k / 156];
+            EXPECT_TRUE(std::abs(rgb.pixels[k] - want) < 1e-6 && (k >= 312 || std::abs(image.pixels[k] - want) < 1e-6));
         }
     }
 }
@@ -167,7 +167,6 @@ TEST(DrawArguments, CheckedWithTheirMessagesBeforeAnythingIsWritten)
     };
     const char *clip = "clip: must lie inside the image", *opacity = "opacity: must lie in [0, 1]";
     const char *colours = "colour: needs one value per plane", *glyphs = "glyphs: bitmap shorter than width x height";
-    const char *centre = "centre: coordinates must lie within -268435456 .. 268435456";
     const char *vertices = "vertices: coordinates must lie within -268435456 .. 268435456";
     const char *integers = "format: conversions must suit integer values (%d %i %o %u %x %X %c, no '*')";
     const RgbView<uint8_t> uneven{view.plane(0), small.view(), view.plane(1)};
@@ -181,7 +180,7 @@ TEST(DrawArguments, CheckedWithTheirMessagesBeforeAnythingIsWritten)
         {[&] { drawAntialiasedCircle(view, {5, 5}, 2, std::vector<uint8_t>{}); }, colours},
         {[&] { drawCircle(view, {5, 5}, 0, two); }, "radius: must be positive"},
         {[&] { drawCircle(rgb, {5, 5}, 32001, {1, 2, 3}); }, "radius: must be at most 32000"},
-        {[&] { drawCircle(view, {(1 << 28) + 1, 5}, 3, two); }, centre},
+        {[&] { drawCircle(view, {(1 << 28) + 1, 5}, 3, two); }, "centre: coordinates must lie within -268435456 .. 268435456"},
         {[&] { fillPolygon(view, {{0, 0}, {9, 9}}, two); }, "vertices: needs at least 3 points"},
         {[&] { fillPolygon(view, {{0, 0}, {0, 9}, {-(1 << 28) - 1, 4}}, two); }, vertices},
         {[&] { fillPolygon(rgb, triangle, {1, 1, 1}, -0.01); }, opacity},

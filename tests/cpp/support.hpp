@@ -8,7 +8,6 @@ using RealTypes = ::testing::Types<float, double>;
 template <class T>
 class Typed : public ::testing::Test {};
 
-// An image whose pixel (r, c) of plane p is f(r, c, p).
 template <class T, class F>
 ornex::Image<T> makeImage(int32_t rows, int32_t cols, int32_t planes, F f)
 {
