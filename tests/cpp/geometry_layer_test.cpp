@@ -1,69 +1,31 @@
 #include "support.hpp"
 
-namespace {
+using namespace ornex;
 
-using ornex::Interpolation;
+TYPED_TEST_SUITE(Typed, RealTypes);
 
-template <class T>
-class GeometryLayer : public ::testing::Test {};
-TYPED_TEST_SUITE(GeometryLayer, RealTypes);
+const Quad kTarget{{{1, 3}, {0, 17}, {14, 19}, {12, 1}}};
+const Quad kSource{{{2, 1}, {1, 12}, {10, 13}, {11, 2}}};
 
-const ornex::Quad kTarget{{{1, 3}, {0, 17}, {14, 19}, {12, 1}}};
-const ornex::Quad kSource{{{2, 1}, {1, 12}, {10, 13}, {11, 2}}};
-
-TYPED_TEST(GeometryLayer, HomographiesCarryCornersOntoCorners)
-{
-    using T = TypeParam;
-    // [column row 1] through the column-order matrix m lands on (row, column).
-    const auto expectMaps = [](const T *m, ornex::Point from, ornex::Point to) {
-        const double x = from.col, y = from.row, w = x * m[6] + y * m[7] + m[8],
-                     tolerance = sizeof(T) == 4 ? 2e-3 : 1e-9;
-        EXPECT_NEAR((x * m[3] + y * m[4] + m[5]) / w, to.row, tolerance) << from.row << "," << from.col;
-        EXPECT_NEAR((x * m[0] + y * m[1] + m[2]) / w, to.col, tolerance) << from.row << "," << from.col;
-    };
-    // From a rectangle: 0-8 forward, 9-17 back; from a quadrilateral the
-    // other way round. Both in image coordinates.
-    const auto fromRect = ornex::homography<T>(ornex::Rect{2, 3, 10, 12}, kTarget, 15, 16);
-    const auto fromQuad = ornex::homography<T>(kSource, kTarget, 15, 16);
-    EXPECT_TRUE(!fromRect.fromQuad && fromQuad.fromQuad);
-    const ornex::Quad corners{{{2, 3}, {2, 14}, {11, 14}, {11, 3}}};
-    for (int k = 0; k < 4; ++k) {
-        expectMaps(fromRect.block.data(), corners[k], kTarget[k]);
-        expectMaps(fromRect.block.data() + 9, kTarget[k], corners[k]);
-        expectMaps(fromQuad.block.data() + 9, kSource[k], kTarget[k]);
-        expectMaps(fromQuad.block.data(), kTarget[k], kSource[k]);
-    }
-}
-
-// A 5 x 5 source of c^2 (plane 0) and r^2 (plane 1), stretched three times
-// onto 13 x 13 of a 14 x 14 output: output column 4 samples source column
-// 4/3. Nearest gives 1; bilinear 1 + 3/3 = 2; cubic convolution (a = -1)
-// weighs columns 0..3 by (-4, 22, 11, -2)/27: (22 + 44 - 18)/27 = 16/9.
-// Row and column 13 keep the background.
-TYPED_TEST(GeometryLayer, WarpSamplesAStretchedImage)
+// c^2 and r^2 stretched three times: column 4 reads 4/3, cubic weights (-4, 22, 11, -2)/27 give 16/9.
+TYPED_TEST(Typed, WarpSamplesAStretchedImage)
 {
     using T = TypeParam;
     const auto source = makeImage<T>(5, 5, 2, [](int r, int c, int p) { return p ? r * r : c * c; });
     const auto view = source.view();
-    const ornex::RgbView<const T> rgb{view.plane(0), view.plane(1), view.plane(0)};
-    const ornex::Quad square{{{0, 0}, {0, 12}, {12, 12}, {12, 0}}}, whole{{{0, 0}, {0, 4}, {4, 4}, {4, 0}}};
-    const std::pair<Interpolation, double> methods[] = {
-        {Interpolation::nearest, 1}, {Interpolation::bilinear, 2}, {Interpolation::bicubic, 16.0 / 9}};
-    for (const auto &transform :
-         {ornex::homography<T>(ornex::Rect{0, 0, 5, 5}, square, 5, 5), ornex::homography<T>(whole, square, 5, 5)}) {
+    const RgbView<const T> rgb{view.plane(0), view.plane(1), view.plane(0)};
+    const Quad square{{{0, 0}, {0, 12}, {12, 12}, {12, 0}}}, whole{{{0, 0}, {0, 4}, {4, 4}, {4, 0}}};
+    using enum Interpolation;
+    const std::pair<Interpolation, double> methods[] = {{nearest, 1}, {bilinear, 2}, {bicubic, 16.0 / 9}};
+    for (const auto &transform : {homography<T>(Rect{0, 0, 5, 5}, square, 5, 5), homography<T>(whole, square, 5, 5)}) {
         for (const auto &[interpolation, expected] : methods) {
             for (const bool exact : {true, false}) {
-                SCOPED_TRACE(testing::Message() << transform.fromQuad << int(interpolation) << exact);
-                const auto planes = ornex::warp(view, 14, 14, transform, {interpolation, exact, 2, {-1.0, -2.0}});
-                const auto colours = ornex::warp(rgb, 14, 14, transform, {interpolation, exact, 2, {-3.0}});
-                ASSERT_EQ(colours.planes(), 3);
+                const auto planes = warp(view, 14, 14, transform, {interpolation, exact, 2, {-1.0, -2.0}});
+                const auto colours = warp(rgb, 14, 14, transform, {interpolation, exact, 2, {-3.0}});
                 for (int32_t k = 0; k < 13; ++k) {
-                    for (const auto *out : {&planes, &colours}) {
-                        EXPECT_NEAR((*out)(k, 4, 0), expected, 1e-3);
-                        EXPECT_NEAR((*out)(4, k, 1), expected, 1e-3);
-                        EXPECT_NEAR((*out)(k, 6, 0), 4.0, 1e-3);
-                    }
-                    EXPECT_NEAR(colours(k, 4, 2), expected, 1e-3);
+                    for (const auto *out : {&planes, &colours})
+                        EXPECT_TRUE(std::abs((*out)(k, 4, 0) - expected) + std::abs((*out)(4, k, 1) - expected) < 1e-3);
+                    EXPECT_NEAR(colours(k, 4, 2) + planes(k, 6, 0), expected + 4, 1e-3);
                     EXPECT_TRUE(planes(13, k, 0) == T(-1) && planes(k, 13, 1) == T(-2) && colours(13, k, 2) == T(-3));
                 }
             }
@@ -71,85 +33,65 @@ TYPED_TEST(GeometryLayer, WarpSamplesAStretchedImage)
     }
 }
 
-TYPED_TEST(GeometryLayer, ShearMovesEachLineByItsOffset)
+TYPED_TEST(Typed, ShearMovesEachLineByItsOffset)
 {
     using T = TypeParam;
-    // Right by r on row r; down by -2 (c - 5) on column c (a negative amount
-    // counts from the last line); nearest copies whole pixels.
+    // Right by r on row r; down by -2 (c - 5) on column c (a negative amount counts from the last line).
     const auto image = makeImage<T>(5, 6, 2, [](int r, int c, int p) { return 10 * r + c + 100 * p; });
-    const ornex::ShearOptions nearest{Interpolation::nearest, {-8.0, -9.0}};
-    const auto right = ornex::shear(image, ornex::ShearDirection::horizontal, 1.0, nearest);
-    const auto down = ornex::shear(image, ornex::ShearDirection::vertical, -2.0, nearest);
+    const auto right = shear(image, ShearDirection::horizontal, 1.0, {Interpolation::nearest, {-8.0, -9.0}});
+    const auto down = shear(image, ShearDirection::vertical, -2.0, {Interpolation::nearest, {-8.0, -9.0}});
     ASSERT_TRUE(right.rows() == 5 && right.cols() == 6 + 4 && down.rows() == 5 + 10 && down.cols() == 6);
-    for (int32_t p = 0; p < 2; ++p) {
-        for (int32_t r = 0; r < 5; ++r)
-            for (int32_t k = 0; k < 10; ++k)
-                EXPECT_EQ(right(r, k, p), k >= r && k < r + 6 ? image(r, k - r, p) : T(-8 - p)) << r << " " << k;
-        for (int32_t c = 0; c < 6; ++c)
-            for (int32_t k = 0, shift = 2 * (5 - c); k < 15; ++k)
-                EXPECT_EQ(down(k, c, p), k >= shift && k < shift + 5 ? image(k - shift, c, p) : T(-8 - p))
-                    << c << " " << k;
+    for (int32_t k = 0; k < 180; ++k) {
+        const int32_t r = k / 10 % 5, along = k % 10, c = k / 15 % 6, at = k % 15, shift = 2 * (5 - c), p = k / 90;
+        EXPECT_EQ(right(r, along, p), along >= r && along < r + 6 ? image(r, along - r, p) : T(-8 - p)) << k;
+        EXPECT_EQ(down(at, c, p), at >= shift && at < shift + 5 ? image(at - shift, c, p) : T(-8 - p)) << k;
     }
-    // Half a column on row 1 of c^2 reads position k - 1/2: nearest rounds
-    // the offset up (k - 1), bilinear averages, cubic convolution (a = -1)
-    // weighs (-1, 5, 5, -1)/8. At k = 2: 1, 2.5 and (5 + 20 - 9)/8 = 2.
+    // Row 1 of c^2 at column 1.5: nearest 1, bilinear 2.5, cubic (-1, 5, 5, -1)/8 gives (5 + 20 - 9)/8.
     const auto squares = makeImage<T>(2, 6, 1, [](int, int c, int) { return c * c; });
     for (const auto &[interpolation, expected] :
          {std::pair{Interpolation::nearest, 1.0}, {Interpolation::bilinear, 2.5}, {Interpolation::bicubic, 2.0}}) {
-        const auto half = ornex::shear(squares, ornex::ShearDirection::horizontal, 0.5, {interpolation, {0.0}});
-        EXPECT_EQ(half.cols(), 7);
+        const auto half = shear(squares, ShearDirection::horizontal, 0.5, {interpolation, {0.0}});
+        EXPECT_TRUE(half.cols() == 7 && half(0, 2) == T(4));
         EXPECT_NEAR(half(1, 2), expected, 1e-6) << int(interpolation);
-        EXPECT_EQ(half(0, 2), T(4));
     }
 }
 
-TYPED_TEST(GeometryLayer, ArgumentsAreCheckedWithTheirMessages)
+TYPED_TEST(Typed, ArgumentsAreCheckedWithTheirMessages)
 {
     using T = TypeParam;
-    const ornex::Image<T> source(15, 16, 3), eight(8, 8), narrow(15, 12);
+    const Image<T> source(15, 16, 3), eight(8, 8);
     const auto view = source.view();
-    const auto transform = ornex::homography<T>(kSource, kTarget, 15, 16);
-    const auto bigRect = ornex::homography<T>(ornex::Rect{0, 0, 15, 16}, kTarget, 15, 16);
-    const auto tiny = ornex::homography<T>(ornex::Quad{{{0, 0}, {0, 3}, {3, 3}, {3, 0}}}, kTarget, 15, 16);
-    const ornex::Quad collinear{{{0, 0}, {0, 10}, {0, 20}, {10, 0}}};
-    const auto warp = [&](ornex::WarpOptions o, const ornex::ProjectiveTransform<T> &t) {
-        return [=, &view] { ornex::warp(view, 10, 10, t, o); };
-    };
-    const auto h = ornex::ShearDirection::horizontal;
-    const ornex::RgbView<const T> uneven{view.plane(0), view.plane(1), ornex::ImageView<const T>{view.data, 5, 5}};
-    const char *const region = "transform: its source region must lie inside the source image";
-    const char *const methods = "interpolation: must be nearest, bilinear or bicubic",
-                      *const background = "background: needs one value or one per plane";
+    const auto moved = homography<T>(kSource, kTarget, 15, 16);
+    const auto tiny = homography<T>(Quad{{{0, 0}, {0, 3}, {3, 3}, {3, 0}}}, kTarget, 15, 16);
+    const Quad collinear{{{0, 0}, {0, 10}, {0, 20}, {10, 0}}};
+    const auto h = ShearDirection::horizontal;
+    const RgbView<const T> uneven{view.plane(0), view.plane(1), ImageView<const T>{view.data, 5, 5}};
+    const char *const methods = "interpolation: must be nearest, bilinear or bicubic";
+    const char *const background = "background: needs one value or one per plane";
     expectRejections({
-        {[] { ornex::homography<T>(ornex::Rect{0, 0, 10, 10}, kTarget, 0, 10); }, "sourceRows: must be positive"},
-        {[] { ornex::homography<T>(ornex::Rect{0, 0, 10, 10}, kTarget, 10, -1); }, "sourceCols: must be positive"},
-        {[] { ornex::homography<T>(ornex::Rect{3, 0, 10, 10}, kTarget, 12, 12); }, "rect: must lie inside the image"},
-        {[] { ornex::homography<T>(ornex::Rect{0, 0, 1, 10}, kTarget, 12, 12); },
-         "rect: must have at least two rows and two columns"},
-        {[&] { ornex::homography<T>(ornex::Rect{0, 0, 10, 10}, collinear, 12, 12); },
-         "to: three corners must not be collinear"},
-        {[&] { ornex::homography<T>(collinear, kTarget, 30, 30); }, "from: three corners must not be collinear"},
-        {[] { ornex::homography<T>(kSource, kTarget, 11, 30); }, "from: must lie inside the image"},
-        {[&] { ornex::warp(view, 0, 10, transform); }, "outputRows: must be positive"},
-        {[&] { ornex::warp(view, 10, -3, transform); }, "outputCols: must be positive"},
-        {[&] { ornex::warp(ornex::ImageView<const T>{}, 10, 10, transform); }, "source: must be a non-empty image"},
-        {[&] { ornex::warp(uneven, 10, 10, transform); }, "source: needs three one-plane images of the same size"},
-        {warp({Interpolation::bilinear, true, -1}, transform), "subdivisions: must not be negative"},
-        {warp({Interpolation::bilinear, true, 4, {1, 2}}, transform), background},
-        {warp({Interpolation(0)}, transform), methods},
-        {[&] { ornex::warp(eight.view(), 10, 10, transform); }, region},
-        {[&] { ornex::warp(narrow.view(), 10, 10, bigRect); }, region},
-        // Nine subdivisions of a 4 x 4 quadrilateral give cells with coincident corners.
-        {warp({Interpolation::bilinear, true, 9}, tiny),
+        {[] { homography<T>(Rect{0, 0, 10, 10}, kTarget, 0, 10); }, "sourceRows: must be positive"},
+        {[] { homography<T>(Rect{0, 0, 10, 10}, kTarget, 10, -1); }, "sourceCols: must be positive"},
+        {[] { homography<T>(Rect{3, 0, 10, 10}, kTarget, 12, 12); }, "rect: must lie inside the image"},
+        {[] { homography<T>(Rect{0, 0, 1, 10}, kTarget, 12, 12); }, "rect: must have at least two rows and two columns"},
+        {[&] { homography<T>(Rect{0, 0, 10, 10}, collinear, 12, 12); }, "to: three corners must not be collinear"},
+        {[&] { homography<T>(collinear, kTarget, 30, 30); }, "from: three corners must not be collinear"},
+        {[] { homography<T>(kSource, kTarget, 11, 30); }, "from: must lie inside the image"},
+        {[&] { warp(view, 0, 10, moved); }, "outputRows: must be positive"},
+        {[&] { warp(view, 10, -3, moved); }, "outputCols: must be positive"},
+        {[&] { warp(ImageView<const T>{}, 10, 10, moved); }, "source: must be a non-empty image"},
+        {[&] { warp(uneven, 10, 10, moved); }, "source: needs three one-plane images of the same size"},
+        {[&] { warp(view, 10, 10, moved, {Interpolation::bilinear, true, -1}); }, "subdivisions: must not be negative"},
+        {[&] { warp(view, 10, 10, moved, {Interpolation::bilinear, true, 4, {1, 2}}); }, background},
+        {[&] { warp(view, 10, 10, moved, {Interpolation(0)}); }, methods},
+        {[&] { warp(eight.view(), 10, 10, moved); }, "transform: its source region must lie inside the source image"},
+        {[&] { warp(view, 10, 10, tiny, {Interpolation::bilinear, true, 9}); },
          "subdivisions: too many for the source quadrilateral: a cell has collinear corners"},
-        {[&] { ornex::shear(ornex::Image<T>(), h, 1.0); }, "image: must be a non-empty image"},
-        {[&] { ornex::shear(source, h, std::nan("")); }, "amount: must be finite"},
-        {[&] { ornex::shear(source, h, 1e12); }, "amount: too large for the image"},
-        {[&] { ornex::shear(source, h, 1.0, {Interpolation::bilinear, {1, 2}}); }, background},
-        {[&] { ornex::shear(source, ornex::ShearDirection(7), 1.0); }, "direction: must be horizontal or vertical"},
-        {[&] { ornex::shear(source, h, 1.0, {Interpolation(4), {0.0}}); }, methods},
+        {[&] { shear(Image<T>(), h, 1.0); }, "image: must be a non-empty image"},
+        {[&] { shear(source, h, std::nan("")); }, "amount: must be finite"},
+        {[&] { shear(source, h, 1e12); }, "amount: too large for the image"},
+        {[&] { shear(source, h, 1.0, {Interpolation::bilinear, {1, 2}}); }, background},
+        {[&] { shear(source, ShearDirection(7), 1.0); }, "direction: must be horizontal or vertical"},
+        {[&] { shear(source, h, 1.0, {Interpolation(4), {0.0}}); }, methods},
     });
-    EXPECT_NO_THROW(warp({Interpolation::bilinear, true, 1}, tiny)());
+    EXPECT_NO_THROW(warp(view, 10, 10, tiny, {Interpolation::bilinear, true, 1}));
 }
-
-} // namespace
