@@ -7,6 +7,24 @@ TYPED_TEST_SUITE(Typed, RealTypes);
 const Quad kTarget{{{1, 3}, {0, 17}, {14, 19}, {12, 1}}};
 const Quad kSource{{{2, 1}, {1, 12}, {10, 13}, {11, 2}}};
 
+// Each source corner lands on its target corner: the matrices act on [column row 1], column by column, and the
+// forward one is block 0-8 for a rectangle source, 9-17 for a quadrilateral source.
+TYPED_TEST(Typed, HomographiesCarryCornersOntoCorners)
+{
+    using T = TypeParam;
+    const Quad rectCorners{{{1, 2}, {1, 7}, {4, 7}, {4, 2}}}; // Rect{1, 2, 4, 6}: last row 4, last column 7
+    const auto fromRect = homography<T>(Rect{1, 2, 4, 6}, kTarget, 8, 10);
+    for (const auto &[transform, from] : {std::pair{fromRect, rectCorners}, {homography<T>(kSource, kTarget, 14, 14), kSource}}) {
+        const T *m = transform.block.data() + (transform.fromQuad ? 9 : 0);
+        for (int k = 0; k < 4; ++k) {
+            const T c = T(from[k].col), r = T(from[k].row);
+            const T w = c * m[6] + r * m[7] + m[8];
+            EXPECT_NEAR((c * m[0] + r * m[1] + m[2]) / w, kTarget[k].col, 1e-3) << k;
+            EXPECT_NEAR((c * m[3] + r * m[4] + m[5]) / w, kTarget[k].row, 1e-3) << k;
+        }
+    }
+}
+
 // c^2 and r^2 stretched three times: column 4 reads 4/3, cubic weights (-4, 22, 11, -2)/27 give 16/9.
 TYPED_TEST(Typed, WarpSamplesAStretchedImage)
 {
