@@ -35,9 +35,11 @@ TYPED_TEST(Typed, FlowOfARamp)
         {lucasKanade(frame1, frame2, {4.9}), 4, -0.1, -0.2},
         {lucasKanade(frame1, frame2, {5.1}), 4, 0, 0}};
     for (const auto &[flow, margin, u, v] : cases) {
-        for (int32_t k = 0; k < 12 * 13; ++k)
-            if (std::min({k % 12, k / 12, 11 - k % 12, 12 - k / 12}) >= margin)
+        for (int32_t k = 0; k < 12 * 13; ++k) {
+            if (std::min({k % 12, k / 12, 11 - k % 12, 12 - k / 12}) >= margin) {
                 EXPECT_TRUE(std::abs(flow.u(k % 12, k / 12) - u) + std::abs(flow.v(k % 12, k / 12) - v) < 1e-5) << k;
+            }
+        }
     }
 }
 
