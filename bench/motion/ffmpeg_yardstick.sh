@@ -29,10 +29,14 @@ seconds() { # filter: best wall time of three passes over the frames
 }
 
 baseline=$(seconds null)
+ours=$("$build/bench/motion_block_matching_bench" --benchmark_filter='_MAD_R' --benchmark_min_time=1 2>/dev/null)
+echo "$ours" | awk '/matchFramePair/ {printf "ornex_rt %s: %s %s per frame pair\n", $1, $2, $3}'
 for method in esa tss; do
   total=$(seconds "mestimate=method=$method:mb_size=16:search_param=7")
-  echo "$method" "$total" "$baseline" | awk -v pairs=$((frames - 1)) \
-    '{printf "ffmpeg mestimate %s: %.2f ms per frame pair\n", $1, ($2 - $3) * 1000 / pairs}'
+  peer=$(awk -v t="$total" -v b="$baseline" -v pairs=$((frames - 1)) 'BEGIN { printf "%.3f", (t - b) * 1000 / pairs }')
+  echo "ffmpeg mestimate $method: $peer ms per frame pair"
+  case $method in esa) name=Full; label=exhaustive ;; *) name=3Step; label=three-step ;; esac
+  echo "$ours" | awk -v name="$name" -v label="$label" -v peer="$peer" -F'[[:space:]]+' \
+    '$1 == "matchFramePair/" name "_MAD_R" {
+       printf "ROW\tblock matching 640x480, 16x16 blocks, +-7, %s, MAD\t%s\tFFmpeg mestimate\t%s\n", label, $2, peer }'
 done
-"$build/bench/motion_block_matching_bench" --benchmark_filter='_MAD_R' --benchmark_min_time=1 2>/dev/null |
-  awk '/matchFramePair/ {printf "ornex_rt %s: %s %s per frame pair\n", $1, $2, $3}'
