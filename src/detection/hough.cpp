@@ -39,10 +39,11 @@ struct Counter {
 
     void increment(ptrdiff_t index) const
     {
+        unsigned char *cell = cells + static_cast<size_t>(index) * sizeof(Count);
         Count count;
-        std::memcpy(&count, cells + index * ptrdiff_t(sizeof(Count)), sizeof count);
+        std::memcpy(&count, cell, sizeof count);
         count = Count(count + Count(1));
-        std::memcpy(cells + index * ptrdiff_t(sizeof(Count)), &count, sizeof count);
+        std::memcpy(cell, &count, sizeof count);
     }
 
     // The counts of cells [first, end) turned into their values, in place.
@@ -52,9 +53,10 @@ struct Counter {
             constexpr Count saturation = std::is_same_v<T, float> ? Count(1) << 24 : ~Count(0);
             for (ptrdiff_t i = first; i < end; ++i) {
                 Count count;
-                std::memcpy(&count, cells + i * ptrdiff_t(sizeof(Count)), sizeof count);
+                unsigned char *cell = cells + static_cast<size_t>(i) * sizeof(Count);
+                std::memcpy(&count, cell, sizeof count);
                 const T value = T(std::min(count, saturation));
-                std::memcpy(cells + i * ptrdiff_t(sizeof(T)), &value, sizeof value);
+                std::memcpy(cell, &value, sizeof value);
             }
         }
     }
@@ -152,11 +154,10 @@ struct Pass {
 
 // Votes `count` pixels into every theta column.
 template <class T, class Count>
-void votePixels(const T *xs, const T *ys, int32_t count, T *accumulator, const T *sines, int32_t numRho,
-                int32_t numTheta, T rho0, T scale, Pass pass)
+void votePixels(const T *xs, const T *ys, int32_t count, T *accumulator, ptrdiff_t cellCount, const T *sines,
+                int32_t numRho, int32_t numTheta, T rho0, T scale, Pass pass)
 {
     const Counter<T, Count> counter{reinterpret_cast<unsigned char *>(accumulator)};
-    const ptrdiff_t cellCount = static_cast<ptrdiff_t>(2 * numTheta - 2) * numRho;
     const bool packed = simdLevel() != SimdLevel::scalar;
     int32_t bins[pixelBlock];
     for (int32_t t = 0; t < 2 * numTheta - 2; ++t) {
@@ -167,7 +168,7 @@ void votePixels(const T *xs, const T *ys, int32_t count, T *accumulator, const T
             if (pass.first) {
                 std::fill(accumulator + base, accumulator + base + numRho, T(0));
             }
-            const Counter<T, Count> cells{counter.cells + base * ptrdiff_t(sizeof(Count))};
+            const Counter<T, Count> cells{counter.cells + static_cast<size_t>(base) * sizeof(Count)};
             int32_t i = 0;
             for (; i + 4 <= count; i += 4) {
                 cells.increment(bins[i]);
@@ -199,7 +200,7 @@ void votePixels(const T *xs, const T *ys, int32_t count, T *accumulator, const T
 
 template <class T, class Count>
 void voteImage(const uint8_t *image, T *accumulator, const T *sines, int32_t numRows, int32_t numCols,
-               int32_t numRho, int32_t numTheta, T rho0, T scale, bool confined)
+               int32_t numRho, int32_t numTheta, T rho0, T scale, ptrdiff_t cellCount, bool confined)
 {
     T xs[pixelBlock], ys[pixelBlock];
     int32_t count = 0;
@@ -222,14 +223,15 @@ void voteImage(const uint8_t *image, T *accumulator, const T *sines, int32_t num
             xs[count] = T(c);
             ys[count] = T(r);
             if (++count == pixelBlock) {
-                votePixels<T, Count>(xs, ys, count, accumulator, sines, numRho, numTheta, rho0, scale,
+                votePixels<T, Count>(xs, ys, count, accumulator, cellCount, sines, numRho, numTheta, rho0, scale,
                                      {confined, first, false});
                 count = 0;
                 first = false;
             }
         }
     }
-    votePixels<T, Count>(xs, ys, count, accumulator, sines, numRho, numTheta, rho0, scale, {confined, first, true});
+    votePixels<T, Count>(xs, ys, count, accumulator, cellCount, sines, numRho, numTheta, rho0, scale,
+                         {confined, first, true});
 }
 
 // Votes every nonzero pixel into the rho bins of each theta column. Theta
@@ -256,11 +258,13 @@ void houghVote(const uint8_t *image, T *accumulator, const T *sines, const T *rh
     // hold that for images of fewer than 2^32 pixels with votes inside their
     // columns. Other single-precision votes add 1.0f directly.
     if constexpr (std::is_same_v<T, double>) {
-        voteImage<T, uint64_t>(image, accumulator, sines, numRows, numCols, numRho, numTheta, rho0, scale, confined);
+        voteImage<T, uint64_t>(image, accumulator, sines, numRows, numCols, numRho, numTheta, rho0, scale, cells,
+                               confined);
     } else if (confined && static_cast<int64_t>(numRows) * numCols <= int64_t(UINT32_MAX)) {
-        voteImage<T, uint32_t>(image, accumulator, sines, numRows, numCols, numRho, numTheta, rho0, scale, confined);
+        voteImage<T, uint32_t>(image, accumulator, sines, numRows, numCols, numRho, numTheta, rho0, scale, cells,
+                               confined);
     } else {
-        voteImage<T, T>(image, accumulator, sines, numRows, numCols, numRho, numTheta, rho0, scale, confined);
+        voteImage<T, T>(image, accumulator, sines, numRows, numCols, numRho, numTheta, rho0, scale, cells, confined);
     }
 }
 
