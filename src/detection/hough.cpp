@@ -24,7 +24,7 @@ namespace {
 // Edge pixels gathered per pass; each pass then votes them one theta column
 // at a time, so that the column being counted stays in the first-level
 // cache.
-constexpr int32_t pixelBlock = 4096;
+constexpr int32_t pixelBlock = 2048;
 
 // Counts kept in the accumulator's own memory while voting, read and written
 // bytewise. Counting is order-independent, so an integer count converted
