@@ -210,7 +210,7 @@ void voteImage(const uint8_t *image, T *accumulator, const T *sines, int32_t num
         for (int32_t r = 0; r < numRows; ++r) {
             // Eight zero pixels are passed over at once.
             uint64_t eight = 1;
-            if (r + 8 <= numRows) {
+            if (numRows - r >= 8) {
                 std::memcpy(&eight, column + r, sizeof eight);
             }
             if (eight == 0) {
