@@ -42,44 +42,7 @@ void cannyUserThresholds(benchmark::State &state)
     }
 }
 
-// The Hough vote of a 1024x1024 binary image (a few lines and 1% noise,
-// about 17,000 pixels) with 180 angles.
-template <class T>
-void houghVote(benchmark::State &state)
-{
-    constexpr int32_t side = 1024, numTheta = 91;
-    std::vector<uint8_t> image(size_t(side) * side, 0);
-    std::mt19937 random(3);
-    std::uniform_int_distribution<int32_t> coordinate(0, side - 1);
-    for (int i = 0; i < side * side / 100; ++i) {
-        image[coordinate(random) + size_t(coordinate(random)) * side] = 1;
-    }
-    for (int line = 0; line < 6; ++line) {
-        for (int32_t k = 0; k < side; ++k) {
-            const int32_t r = k, c = (k * (line + 1) / 7 + 100 * line) % side;
-            image[r + size_t(c) * side] = 1;
-        }
-    }
-    std::vector<T> sines(numTheta);
-    for (int32_t t = 0; t < numTheta; ++t) {
-        sines[t] = T(std::sin((-90.0 + 90.0 * t / (numTheta - 1)) * 3.14159265358979 / 180));
-    }
-    const T rho0 = T(-std::ceil(side * std::sqrt(2.0)));
-    const int32_t numRho = 2 * int32_t(-rho0) + 1;
-    std::vector<T> accumulator(size_t(numRho) * (2 * numTheta - 2));
-    for (auto _ : state) {
-        if constexpr (sizeof(T) == 8) {
-            ORNEX_Hough_D(image.data(), accumulator.data(), sines.data(), &rho0, side, side, numRho, numTheta);
-        } else {
-            ORNEX_Hough_R(image.data(), accumulator.data(), sines.data(), &rho0, side, side, numRho, numTheta);
-        }
-        benchmark::DoNotOptimize(accumulator.data());
-    }
-}
-
 BENCHMARK(cannyUserThresholds<float>)->Unit(benchmark::kMillisecond);
 BENCHMARK(cannyUserThresholds<double>)->Unit(benchmark::kMillisecond);
-BENCHMARK(houghVote<float>)->Unit(benchmark::kMillisecond);
-BENCHMARK(houghVote<double>)->Unit(benchmark::kMillisecond);
 
 } // namespace

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "ornex/geometry.hpp"
 #include "ornex_rt.h"
 
 namespace {
@@ -79,6 +80,62 @@ void shearImage(benchmark::State &state)
     }
 }
 
+// The same image sheared along its rows: row r moves 0.3 r columns right,
+// into a wider output. Per-row C calls walk each row at a stride of 1024
+// elements; the C++ layer shears the whole image.
+template <class T>
+void shearRowsPerCall(benchmark::State &state)
+{
+    constexpr int32_t side = 1024;
+    const int32_t outCols = side + int32_t(std::ceil(0.3 * (side - 1)));
+    const auto source = texture<T>(side, side);
+    std::vector<T> out(size_t(side) * outCols);
+    const T background = 0;
+    for (auto _ : state) {
+        for (int32_t r = 0; r < side; ++r) {
+            const T offset = T(0.3 * r);
+            if constexpr (sizeof(T) == 8) {
+                ORNEX_Skew_BLI_D(source.data() + r, side, outCols, offset, side, side, out.data() + r, 0, &background);
+            } else {
+                ORNEX_Skew_BLI_R(source.data() + r, side, outCols, offset, side, side, out.data() + r, 0, &background);
+            }
+        }
+        benchmark::DoNotOptimize(out.data());
+    }
+}
+
+template <class T>
+void shearRowsLayer(benchmark::State &state)
+{
+    constexpr int32_t side = 1024;
+    const auto values = texture<T>(side, side);
+    const ornex::ImageView<const T> image{values.data(), side, side, 1};
+    for (auto _ : state) {
+        auto out = ornex::shear(image, ornex::ShearDirection::horizontal, 0.3);
+        benchmark::DoNotOptimize(out.view().data);
+    }
+}
+
+// What per-row calls cannot avoid: reading every row of the image at a
+// stride of 1024 elements, one row after another, and writing a row of the
+// output the same way.
+template <class T>
+void copyRowsAtStride(benchmark::State &state)
+{
+    constexpr int32_t side = 1024;
+    const auto source = texture<T>(side, side);
+    std::vector<T> out(source.size());
+    for (auto _ : state) {
+        for (int32_t r = 0; r < side; ++r) {
+            for (int32_t c = 0; c < side; ++c) {
+                out[r + size_t(c) * side] = source[r + size_t(c) * side];
+            }
+            benchmark::ClobberMemory();
+        }
+        benchmark::DoNotOptimize(out.data());
+    }
+}
+
 BENCHMARK(sampleGrid<float, false>)->Name("bilinearGrid<float>")->Unit(benchmark::kMillisecond);
 BENCHMARK(sampleGrid<double, false>)->Name("bilinearGrid<double>")->Unit(benchmark::kMillisecond);
 BENCHMARK(sampleGrid<float, true>)->Name("bicubicGrid<float>")->Unit(benchmark::kMillisecond);
@@ -88,5 +145,10 @@ BENCHMARK(shearImage<float, 1>)->Name("shearLinear<float>")->Unit(benchmark::kMi
 BENCHMARK(shearImage<double, 1>)->Name("shearLinear<double>")->Unit(benchmark::kMillisecond);
 BENCHMARK(shearImage<float, 2>)->Name("shearCubic<float>")->Unit(benchmark::kMillisecond);
 BENCHMARK(shearImage<double, 2>)->Name("shearCubic<double>")->Unit(benchmark::kMillisecond);
+BENCHMARK(shearRowsPerCall<float>)->Name("shearRowsLinearPerCall<float>")->Unit(benchmark::kMillisecond);
+BENCHMARK(shearRowsPerCall<double>)->Name("shearRowsLinearPerCall<double>")->Unit(benchmark::kMillisecond);
+BENCHMARK(shearRowsLayer<float>)->Name("shearRowsLinearLayer<float>")->Unit(benchmark::kMillisecond);
+BENCHMARK(shearRowsLayer<double>)->Name("shearRowsLinearLayer<double>")->Unit(benchmark::kMillisecond);
+BENCHMARK(copyRowsAtStride<float>)->Name("copyRowsAtStride<float>")->Unit(benchmark::kMillisecond);
 
 } // namespace

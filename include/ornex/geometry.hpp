@@ -275,6 +275,9 @@ struct ShearOptions {
 
 namespace detail {
 
+// Rows sheared together by the horizontal shear.
+constexpr int32_t shearBandRows = 64;
+
 template <GeometryReal T>
 Image<T> shear(ImageView<const T> image, ShearDirection direction, double amount, const ShearOptions &options)
 {
@@ -297,22 +300,59 @@ Image<T> shear(ImageView<const T> image, ShearDirection direction, double amount
     Image<T> output(horizontal ? image.rows : outLength, horizontal ? outLength : image.cols, image.planes);
     const ImageView<T> out = output.view();
     const std::vector<T> background(options.background.begin(), options.background.end());
-    // Along a row the next value is a whole column further on.
-    const auto sourceStride = uint32_t(horizontal ? image.rows : 1);
-    const auto destinationStride = uint32_t(horizontal ? out.rows : 1);
     const auto skew = options.interpolation == Interpolation::nearest    ? Kernels<T>::shearNearest
                       : options.interpolation == Interpolation::bilinear ? Kernels<T>::shearBilinear
                                                                          : Kernels<T>::shearBicubic;
+    auto offsetOf = [&](int32_t i) {
+        const double shift = amount >= 0 ? amount * i : -amount * (lines - 1 - i);
+        return static_cast<T>(shift);
+    };
+    // A row of a column-major image lies a whole column apart value by
+    // value. Rows are sheared in bands: a band is copied out so that each of
+    // its rows is contiguous, each row is sheared on its own with the same
+    // kernel at stride 1, and the shifted rows are copied back into place.
+    // The band's rows lie an odd number of 64-byte lines apart, so that
+    // they do not all fall into the same cache sets.
+    auto pitchOf = [](int32_t length) {
+        constexpr size_t perLine = 64 / sizeof(T);
+        return ((size_t(length) + perLine - 1) / perLine | 1) * perLine;
+    };
+    const size_t pitchIn = pitchOf(lineLength), pitchOut = pitchOf(outLength);
+    std::vector<T> bandIn, bandOut;
+    if (horizontal) {
+        const auto bandRows = size_t(std::min(shearBandRows, lines));
+        bandIn.resize(bandRows * pitchIn);
+        bandOut.resize(bandRows * pitchOut);
+    }
     for (int32_t p = 0; p < image.planes; ++p) {
         const T *in = image.data + p * image.planeSize();
         T *target = out.data + p * out.planeSize();
         const T *fill = &background[background.size() == 1 ? 0 : size_t(p)];
-        for (int32_t i = 0; i < lines; ++i) {
-            const double shift = amount >= 0 ? amount * i : -amount * (lines - 1 - i);
-            const T *line = horizontal ? in + i : in + ptrdiff_t(i) * image.rows;
-            T *destination = horizontal ? target + i : target + ptrdiff_t(i) * out.rows;
-            const T offset = static_cast<T>(shift);
-            skew(line, lineLength, outLength, offset, sourceStride, destinationStride, destination, 0, fill);
+        if (!horizontal) {
+            for (int32_t i = 0; i < lines; ++i) {
+                skew(in + ptrdiff_t(i) * image.rows, lineLength, outLength, offsetOf(i), 1, 1,
+                     target + ptrdiff_t(i) * out.rows, 0, fill);
+            }
+            continue;
+        }
+        for (int32_t first = 0; first < lines; first += shearBandRows) {
+            const int32_t band = std::min(shearBandRows, lines - first);
+            for (int32_t c = 0; c < lineLength; ++c) {
+                const T *column = in + ptrdiff_t(c) * image.rows + first;
+                for (int32_t i = 0; i < band; ++i) {
+                    bandIn[size_t(i) * pitchIn + size_t(c)] = column[i];
+                }
+            }
+            for (int32_t i = 0; i < band; ++i) {
+                skew(bandIn.data() + size_t(i) * pitchIn, lineLength, outLength, offsetOf(first + i), 1,
+                     1, bandOut.data() + size_t(i) * pitchOut, 0, fill);
+            }
+            for (int32_t k = 0; k < outLength; ++k) {
+                T *column = target + ptrdiff_t(k) * out.rows + first;
+                for (int32_t i = 0; i < band; ++i) {
+                    column[i] = bandOut[size_t(i) * pitchOut + size_t(k)];
+                }
+            }
         }
     }
     return output;

@@ -74,6 +74,35 @@ TYPED_TEST(Typed, ShearMovesEachLineByItsOffset)
     }
 }
 
+// The whole-image shear equals one kernel call per line straight on the image (a row walked a whole column apart
+// value by value), on an image whose row count leaves a partial band of rows, both ways, both signs.
+TYPED_TEST(Typed, ShearEqualsOneKernelCallPerLine)
+{
+    using T = TypeParam;
+    using K = detail::Kernels<T>;
+    const auto image = makeImage<T>(150, 37, 2, [](int r, int c, int p) { return std::sin(0.3 * r + 0.7 * c) * 50 + p; });
+    const T fill[2] = {T(-2), T(5)};
+    for (const auto &[interpolation, kernel] : {std::pair{Interpolation::nearest, K::shearNearest},
+                                                {Interpolation::bilinear, K::shearBilinear}, {Interpolation::bicubic, K::shearBicubic}})
+        for (const auto direction : {ShearDirection::horizontal, ShearDirection::vertical})
+            for (const double amount : {0.37, -1.3}) {
+                const auto sheared = shear(image.view(), direction, amount, {interpolation, {-2.0, 5.0}});
+                const auto out = sheared.view();
+                const bool across = direction == ShearDirection::horizontal;
+                const int32_t lines = across ? 150 : 37, length = across ? 37 : 150;
+                const int32_t grown = length + int32_t(std::ceil(std::abs(amount) * (lines - 1)));
+                std::vector<T> expected(size_t(grown) * lines * 2);
+                for (int32_t p = 0; p < 2; ++p)
+                    for (int32_t i = 0; i < lines; ++i) {
+                        const T *in = image.view().data + p * 150 * 37 + (across ? i : i * 150);
+                        T *to = expected.data() + p * grown * lines + (across ? i : i * grown);
+                        const T offset = T(amount >= 0 ? amount * i : -amount * (lines - 1 - i));
+                        kernel(in, length, grown, offset, across ? 150 : 1, across ? 150 : 1, to, 0, &fill[p]);
+                    }
+                EXPECT_EQ(std::vector<T>(out.data, out.data + out.size()), expected) << int(interpolation) << across << amount;
+            }
+}
+
 TYPED_TEST(Typed, ArgumentsAreCheckedWithTheirMessages)
 {
     using T = TypeParam;

@@ -155,14 +155,17 @@ TYPED_TEST(Detection, HoughVotesMatchThePlainLoop)
 {
     using T = TypeParam;
     std::mt19937 random(5);
-    for (int trial = 0; trial < 100; ++trial) {
-        const int rows = random() % 12, cols = random() % 12, thetas = 2 + random() % 20;
+    for (int trial = 0; trial < 108; ++trial) {
+        // The last trials have thousands of edge pixels, their bins inside the range or a few past it.
+        const bool large = trial >= 100;
+        const int rows = large ? 60 + random() % 40 : random() % 12, cols = large ? 60 + random() % 40 : random() % 12;
+        const int thetas = 2 + random() % 20;
         // rho0 = -(k + 0.5), rhos = 2k + 2: the scale is 1 and the -90 and 0 degree columns land on
         // exact halves; a short range gives bins below 0 and past the end, as does rho0 > 0 (scale -1).
-        const int k = random() % 18, rhos = 2 * k + 2;
+        const int k = large ? 130 + random() % 20 : random() % 18, rhos = 2 * k + 2;
         const T rho0 = (trial % 4 ? -1 : 1) * (T(k) + T(0.5)), scale = T(rhos - 1) / (rho0 * T(-2.0));
         std::vector<uint8_t> image(size_t(rows) * cols);
-        for (auto &p : image) p = random() % 3 == 0 ? uint8_t(1 + random() % 255) : 0;
+        for (auto &p : image) p = (random() % 3 == 0) != large ? uint8_t(1 + random() % 255) : 0;
         std::vector<T> s(thetas), acc(size_t(rhos) * (2 * thetas - 2) + 2 * pad, T(-3));
         for (int t = 0; t < thetas; ++t) s[t] = T(std::sin(pi / 2 * (t - thetas + 1) / (thetas - 1)));
         pick<T>(ORNEX_Hough_D, ORNEX_Hough_R)(image.data(), &acc[pad], s.data(), &rho0, rows, cols, rhos, thetas);
@@ -176,6 +179,16 @@ TYPED_TEST(Detection, HoughVotesMatchThePlainLoop)
             }
         ASSERT_EQ(acc, expected) << trial;
     }
+    // More than 2^24 votes in one cell: a table of zeros sends every pixel to bin 1.5 -> 2 of both columns,
+    // which must hold what adding 1 that many times gives (a single stops growing at 2^24).
+    const int many = (1 << 24) + 5;
+    const std::vector<uint8_t> ones(many, 1);
+    const T zeros[2] = {0, 0}, rho0 = T(-1.5);
+    std::vector<T> cells(8, T(-3));
+    T sum = 0;
+    for (int i = 0; i < many; ++i) sum += 1;
+    pick<T>(ORNEX_Hough_D, ORNEX_Hough_R)(ones.data(), cells.data(), zeros, &rho0, many, 1, 4, 2);
+    EXPECT_EQ(cells, (std::vector<T>{0, 0, sum, 0, 0, 0, sum, 0}));
 }
 
 TYPED_TEST(Detection, HoughEndPointsAreTheFirstTwoBorderCrossings)
