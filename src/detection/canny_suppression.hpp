@@ -12,16 +12,33 @@ namespace ornex::detection {
 template <class T>
 void nonMaximumSuppression(const T *gradX, const T *gradY, T *out, int32_t numRows, int32_t numCols);
 
+// The drivers' first half in one walk: Gx and Gy into gradX and gradY, the
+// suppressed magnitude, not yet normalised, into `out`; returns its largest
+// value (from 0). For kernels of length 1 .. maxFusedLength.
+template <class T>
+T gradientsAndSuppression(const T *image, const T *smoothing, const T *derivative, T *gradX, T *gradY, T *out,
+                          int32_t numRows, int32_t numCols, int32_t length);
+constexpr int32_t maxFusedLength = 8;
+// Rows per strip of that walk: with its two rows of margin, 1 KiB a column.
+template <class T>
+constexpr int32_t fusedStripRows = static_cast<int32_t>(1024 / sizeof(T)) - 2;
+
 // One build of the suppression per instruction set, each in its own
 // namespace so that the builds never meet at link time. `packed` false
 // gives the plain one-pixel-at-a-time loops.
 namespace baseline {
 template <class T>
 void suppress(const T *gradX, const T *gradY, T *out, int32_t numRows, int32_t numCols, bool packed);
+template <class T>
+T gradientsAndSuppression(const T *image, const T *smoothing, const T *derivative, T *gradX, T *gradY, T *out,
+                          int32_t numRows, int32_t numCols, int32_t length, bool packed);
 }
 namespace avx2 {
 template <class T>
 void suppress(const T *gradX, const T *gradY, T *out, int32_t numRows, int32_t numCols, bool packed);
+template <class T>
+T gradientsAndSuppression(const T *image, const T *smoothing, const T *derivative, T *gradX, T *gradY, T *out,
+                          int32_t numRows, int32_t numCols, int32_t length, bool packed);
 }
 
 } // namespace ornex::detection

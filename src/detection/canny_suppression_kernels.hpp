@@ -81,7 +81,9 @@ void suppressRows(const T *__restrict gradX, const T *__restrict gradY, const T 
             const auto sameSign = gx * gy > zero;
             const P ax = absoluteValue(gx), ay = absoluteValue(gy);
             const auto vertical = ax < ay;
-            const P t = P::select(vertical, ax / ay, ay / ax);
+            // One division: the quotient of the selected operands is the
+            // selected quotient.
+            const P t = P::select(vertical, ax, ay) / P::select(vertical, ay, ax);
             const P near1 = P::select(vertical, up, right);
             const P far1 =
                 P::select(vertical, P::select(sameSign, upLeft, upRight), P::select(sameSign, downRight, upRight));

@@ -1,0 +1,236 @@
+// The drivers' gradient and suppression pass, built once per instruction
+// set like the suppression kernels: the including file defines
+// ORNEX_SIMD_NAMESPACE and ORNEX_PACK_BYTES and includes
+// canny_suppression_kernels.hpp first. No include guard, on purpose.
+//
+// One walk over the image, a strip of rows at a time and column by column
+// within a strip, does what the stage functions do in six passes: smoothing
+// across columns and its derivative through a ring of smoothed columns,
+// smoothing down rows and its derivative inside one column, the gradient
+// magnitude once per pixel, and the suppression of the column before. Every
+// value keeps the operations and the order of the stage functions; only the
+// memory walk changes, so that each value is used while it is in cache.
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <type_traits>
+
+#include "detection/canny_stages.hpp"
+
+namespace ornex::detection::ORNEX_SIMD_NAMESPACE {
+namespace {
+
+// out = centre weight * here + sum over k of weight k * (after k + before k),
+// taps in order of k, centre first; the smoothing of both directions.
+// Calls f with the kernel length as a constant, so that the tap loops below
+// unroll (1 .. maxFusedLength).
+template <class F>
+void withLength(int32_t length, const F &f)
+{
+    static_assert(maxFusedLength == 8);
+    switch (length) {
+    case 1: return f(std::integral_constant<int32_t, 1>{});
+    case 2: return f(std::integral_constant<int32_t, 2>{});
+    case 3: return f(std::integral_constant<int32_t, 3>{});
+    case 4: return f(std::integral_constant<int32_t, 4>{});
+    case 5: return f(std::integral_constant<int32_t, 5>{});
+    case 6: return f(std::integral_constant<int32_t, 6>{});
+    case 7: return f(std::integral_constant<int32_t, 7>{});
+    default: return f(std::integral_constant<int32_t, 8>{});
+    }
+}
+
+template <int32_t length, class T>
+void smoothTaps(const T *const *after, const T *const *before, const T *__restrict here, const T *weights,
+                int32_t count, T *__restrict out, bool packed)
+{
+    using P = Pack<T, ORNEX_PACK_BYTES>;
+    int32_t i = 0;
+    if (packed) {
+        P w[maxFusedLength];
+        for (int32_t k = 0; k < length; ++k) {
+            w[k] = P::broadcast(weights[k]);
+        }
+        for (; i + P::width <= count; i += P::width) {
+            P sum = w[0] * P::load(here + i);
+            for (int32_t k = 1; k < length; ++k) {
+                sum = sum + w[k] * (P::load(after[k] + i) + P::load(before[k] + i));
+            }
+            sum.store(out + i);
+        }
+    }
+    for (; i < count; ++i) {
+        T sum = weights[0] * here[i];
+        for (int32_t k = 1; k < length; ++k) {
+            sum = sum + weights[k] * (after[k][i] + before[k][i]);
+        }
+        out[i] = sum;
+    }
+}
+
+// out = 0 + sum over k >= 1 of weight k * (before k - after k), in order of
+// k; the derivative of both directions (the leading 0 turns -0 into +0).
+template <int32_t length, class T>
+void differenceTaps(const T *const *after, const T *const *before, const T *weights, int32_t count,
+                    T *__restrict out, bool packed)
+{
+    using P = Pack<T, ORNEX_PACK_BYTES>;
+    int32_t i = 0;
+    if (packed) {
+        P w[maxFusedLength];
+        for (int32_t k = 1; k < length; ++k) {
+            w[k] = P::broadcast(weights[k]);
+        }
+        const P zero = P::broadcast(T(0));
+        for (; i + P::width <= count; i += P::width) {
+            P sum = zero;
+            for (int32_t k = 1; k < length; ++k) {
+                sum = sum + w[k] * (P::load(before[k] + i) - P::load(after[k] + i));
+            }
+            sum.store(out + i);
+        }
+    }
+    for (; i < count; ++i) {
+        T sum = T(0);
+        for (int32_t k = 1; k < length; ++k) {
+            sum = sum + weights[k] * (before[k][i] - after[k][i]);
+        }
+        out[i] = sum;
+    }
+}
+
+// The running maximum after the values of `count` outputs (see largestValue).
+template <class T>
+T largerWith(T largest, const T *values, int32_t count, bool packed)
+{
+    const T candidate = largestValue(values, count, packed);
+    return candidate > largest ? candidate : largest;
+}
+
+inline int32_t ringSlot(int32_t index, int32_t size)
+{
+    return wrapIndex(index, size);
+}
+
+} // namespace
+
+template <class T>
+T gradientsAndSuppression(const T *image, const T *smoothing, const T *derivative, T *gradX, T *gradY, T *out,
+                          int32_t numRows, int32_t numCols, int32_t length, bool packed)
+{
+    constexpr int32_t strip = fusedStripRows<T>;
+    constexpr int32_t reachMax = maxFusedLength - 1;
+    constexpr int32_t ringMax = 2 * reachMax + 1;
+    const int32_t reach = length - 1, ringSize = 2 * reach + 1;
+    const ptrdiff_t stride = numRows;
+    // Per strip, rows [first, end) of the gradients: the strip with one row
+    // of margin on each side where the image has it.
+    T smoothedH[ringMax][strip + 2]; // smoothed across columns, a ring of columns
+    T gx[2][strip + 2], gy[2][strip + 2];
+    T magnitudes[3][strip + 2];
+    T column[strip + 2 + 4 * reachMax]; // image rows first - 2 reach .. end + 2 reach, periodic
+    T smoothedV[strip + 2 + 2 * reachMax];
+    const T *after[maxFusedLength], *before[maxFusedLength];
+    T largest = 0;
+
+    for (int32_t top = 0; top < numRows; top += strip) {
+        const int32_t bottom = top + strip < numRows ? top + strip : numRows;
+        const int32_t first = top > 0 ? top - 1 : 0, end = bottom < numRows ? bottom + 1 : numRows;
+        const int32_t height = end - first;
+        // Smoothed across columns, column j (unwrapped: -reach .. numCols + reach).
+        auto smoothColumn = [&](int32_t j) {
+            const int32_t c = wrapIndex(j, numCols);
+            for (int32_t k = 1; k < length; ++k) {
+                after[k] = image + wrapIndex(c + k, numCols) * stride + first;
+                before[k] = image + wrapIndex(c - k, numCols) * stride + first;
+            }
+            withLength(length, [&](auto taps) {
+                smoothTaps<taps>(after, before, image + c * stride + first, smoothing, height,
+                                 smoothedH[ringSlot(j, ringSize)], packed);
+            });
+        };
+        for (int32_t j = -reach; j < reach; ++j) {
+            smoothColumn(j);
+        }
+        for (int32_t c = 0; c < numCols; ++c) {
+            smoothColumn(c + reach);
+            // Gx: the derivative across the smoothed columns.
+            T *const x = gx[c & 1], *const y = gy[c & 1];
+            for (int32_t k = 1; k < length; ++k) {
+                after[k] = smoothedH[ringSlot(c + k, ringSize)];
+                before[k] = smoothedH[ringSlot(c - k, ringSize)];
+            }
+            withLength(length, [&](auto taps) {
+                differenceTaps<taps>(after, before, derivative, height, x, packed);
+            });
+            // Gy: smoothing and derivative down this one column, periodic.
+            const T *source = image + c * stride;
+            const int32_t from = first - 2 * reach, to = end + 2 * reach;
+            for (int32_t r = from; r < to;) {
+                if (r >= 0 && r < numRows) {
+                    const int32_t run = (to < numRows ? to : numRows) - r;
+                    std::memcpy(column + (r - from), source + r, static_cast<size_t>(run) * sizeof(T));
+                    r += run;
+                } else {
+                    column[r - from] = source[wrapIndex(r, numRows)];
+                    ++r;
+                }
+            }
+            const int32_t heightV = height + 2 * reach;
+            for (int32_t k = 1; k < length; ++k) {
+                after[k] = column + reach + k;
+                before[k] = column + reach - k;
+            }
+            withLength(length, [&](auto taps) {
+                smoothTaps<taps>(after, before, column + reach, smoothing, heightV, smoothedV, packed);
+            });
+            for (int32_t k = 1; k < length; ++k) {
+                after[k] = smoothedV + reach + k;
+                before[k] = smoothedV + reach - k;
+            }
+            withLength(length, [&](auto taps) {
+                differenceTaps<taps>(after, before, derivative, height, y, packed);
+            });
+            // This strip's rows of both gradients, and the magnitudes.
+            const int32_t own = top - first;
+            std::memcpy(gradX + c * stride + top, x + own, static_cast<size_t>(bottom - top) * sizeof(T));
+            std::memcpy(gradY + c * stride + top, y + own, static_cast<size_t>(bottom - top) * sizeof(T));
+            T *const m = magnitudes[c % 3];
+            columnMagnitudes(x, y, 0, height, m);
+            // The outermost rows and columns keep their plain magnitude.
+            T *const target = out + c * stride;
+            if (c == 0 || c == numCols - 1) {
+                std::memcpy(target + top, m + own, static_cast<size_t>(bottom - top) * sizeof(T));
+                largest = largerWith(largest, target + top, bottom - top, packed);
+            } else {
+                if (top == 0) {
+                    target[0] = m[0];
+                    largest = largerWith(largest, target, 1, packed);
+                }
+                if (bottom == numRows) {
+                    target[numRows - 1] = m[numRows - 1 - first];
+                    largest = largerWith(largest, target + numRows - 1, 1, packed);
+                }
+            }
+            // The suppression of the column before, now that its right-hand
+            // neighbour's magnitudes are known.
+            const int32_t centre = c - 1;
+            const int32_t rowFrom = top > 1 ? top : 1, rowTo = bottom < numRows - 1 ? bottom : numRows - 1;
+            if (centre >= 1 && centre < numCols - 1 && rowFrom < rowTo) {
+                const int32_t at = rowFrom - 1 - first;
+                T *const suppressed = out + centre * stride + rowFrom;
+                suppressRows(gx[centre & 1] + at + 1, gy[centre & 1] + at + 1, magnitudes[(centre - 1) % 3] + at,
+                             magnitudes[centre % 3] + at, m + at, rowTo - rowFrom, suppressed, packed);
+                largest = largerWith(largest, suppressed, rowTo - rowFrom, packed);
+            }
+        }
+    }
+    return largest;
+}
+
+template float gradientsAndSuppression(const float *, const float *, const float *, float *, float *, float *,
+                                       int32_t, int32_t, int32_t, bool);
+template double gradientsAndSuppression(const double *, const double *, const double *, double *, double *,
+                                        double *, int32_t, int32_t, int32_t, bool);
+
+} // namespace ornex::detection::ORNEX_SIMD_NAMESPACE
