@@ -126,7 +126,6 @@ T gradientsAndSuppression(const T *image, const T *smoothing, const T *derivativ
     // Per strip, rows [first, end) of the gradients: the strip with one row
     // of margin on each side where the image has it.
     T smoothedH[ringMax][strip + 2]; // smoothed across columns, a ring of columns
-    T gx[2][strip + 2], gy[2][strip + 2];
     T magnitudes[3][strip + 2];
     T column[strip + 2 + 4 * reachMax]; // image rows first - 2 reach .. end + 2 reach, periodic
     T smoothedV[strip + 2 + 2 * reachMax];
@@ -140,6 +139,12 @@ T gradientsAndSuppression(const T *image, const T *smoothing, const T *derivativ
         // Smoothed across columns, column j (unwrapped: -reach .. numCols + reach).
         auto smoothColumn = [&](int32_t j) {
             const int32_t c = wrapIndex(j, numCols);
+            // The image column that the next call reads first: fetched now,
+            // since a walk across columns is not one the processor foresees.
+            const char *ahead = reinterpret_cast<const char *>(image + wrapIndex(c + length, numCols) * stride + first);
+            for (size_t byte = 0; byte < static_cast<size_t>(height) * sizeof(T); byte += 64) {
+                __builtin_prefetch(ahead + byte);
+            }
             for (int32_t k = 1; k < length; ++k) {
                 after[k] = image + wrapIndex(c + k, numCols) * stride + first;
                 before[k] = image + wrapIndex(c - k, numCols) * stride + first;
@@ -154,8 +159,10 @@ T gradientsAndSuppression(const T *image, const T *smoothing, const T *derivativ
         }
         for (int32_t c = 0; c < numCols; ++c) {
             smoothColumn(c + reach);
-            // Gx: the derivative across the smoothed columns.
-            T *const x = gx[c & 1], *const y = gy[c & 1];
+            // Gx: the derivative across the smoothed columns, into A. Each
+            // strip writes its rows of margin too, with the same values as
+            // the strip they belong to.
+            T *const x = gradX + c * stride + first, *const y = gradY + c * stride + first;
             for (int32_t k = 1; k < length; ++k) {
                 after[k] = smoothedH[ringSlot(c + k, ringSize)];
                 before[k] = smoothedH[ringSlot(c - k, ringSize)];
@@ -163,7 +170,8 @@ T gradientsAndSuppression(const T *image, const T *smoothing, const T *derivativ
             withLength(length, [&](auto taps) {
                 differenceTaps<taps>(after, before, derivative, height, x, packed);
             });
-            // Gy: smoothing and derivative down this one column, periodic.
+            // Gy: smoothing and derivative down this one column, periodic,
+            // into B.
             const T *source = image + c * stride;
             const int32_t from = first - 2 * reach, to = end + 2 * reach;
             for (int32_t r = from; r < to;) {
@@ -191,10 +199,7 @@ T gradientsAndSuppression(const T *image, const T *smoothing, const T *derivativ
             withLength(length, [&](auto taps) {
                 differenceTaps<taps>(after, before, derivative, height, y, packed);
             });
-            // This strip's rows of both gradients, and the magnitudes.
             const int32_t own = top - first;
-            std::memcpy(gradX + c * stride + top, x + own, static_cast<size_t>(bottom - top) * sizeof(T));
-            std::memcpy(gradY + c * stride + top, y + own, static_cast<size_t>(bottom - top) * sizeof(T));
             T *const m = magnitudes[c % 3];
             columnMagnitudes(x, y, 0, height, m);
             // The outermost rows and columns keep their plain magnitude.
@@ -219,7 +224,7 @@ T gradientsAndSuppression(const T *image, const T *smoothing, const T *derivativ
             if (centre >= 1 && centre < numCols - 1 && rowFrom < rowTo) {
                 const int32_t at = rowFrom - 1 - first;
                 T *const suppressed = out + centre * stride + rowFrom;
-                suppressRows(gx[centre & 1] + at + 1, gy[centre & 1] + at + 1, magnitudes[(centre - 1) % 3] + at,
+                suppressRows(gradX + centre * stride + rowFrom, gradY + centre * stride + rowFrom, magnitudes[(centre - 1) % 3] + at,
                              magnitudes[centre % 3] + at, m + at, rowTo - rowFrom, suppressed, packed);
                 largest = largerWith(largest, suppressed, rowTo - rowFrom, packed);
             }
