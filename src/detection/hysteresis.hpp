@@ -141,6 +141,9 @@ public:
     Hysteresis(uint8_t *edges, TraceStack stack, int32_t numRows, int32_t numCols)
         : edges_(edges), stack_(stack), numRows_(numRows), numCols_(numCols)
     {
+        for (int32_t position = 0; position < 9; ++position) {
+            neighbourOffsets_[position] = (position / 3 - 1) + static_cast<ptrdiff_t>(position % 3 - 1) * numRows;
+        }
     }
 
     // Seeds are visited in row order. Reading a column-major map row by row
@@ -199,6 +202,18 @@ private:
     // low threshold, edge-flagged or not; false when there is none.
     bool findNeighbour(int32_t r, int32_t c, int32_t after, int32_t &rowStep, int32_t &colStep) const
     {
+        if (r > 0 && r < numRows_ - 1 && c > 0 && c < numCols_ - 1) {
+            // Inside the image every position exists.
+            const uint8_t *centre = edges_ + index(r, c);
+            for (int32_t position = after + 1; position < 9; ++position) {
+                if (position != 4 && (centre[neighbourOffsets_[position]] & reachesLow)) {
+                    rowStep = position / 3 - 1;
+                    colStep = position % 3 - 1;
+                    return true;
+                }
+            }
+            return false;
+        }
         for (int32_t position = after + 1; position < 9; ++position) {
             if (position == 4) {
                 continue;
@@ -280,6 +295,7 @@ private:
     uint8_t *edges_;
     TraceStack stack_;
     int32_t numRows_, numCols_;
+    ptrdiff_t neighbourOffsets_[9]; // of each position from the centre
 };
 
 } // namespace ornex::detection
