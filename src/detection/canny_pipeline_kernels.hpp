@@ -15,6 +15,13 @@
 #include <cstring>
 #include <type_traits>
 
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+#if ORNEX_PACK_BYTES == 32 && defined(__AVX2__)
+#include <immintrin.h>
+#endif
+
 #include "detection/canny_stages.hpp"
 
 namespace ornex::detection::ORNEX_SIMD_NAMESPACE {
@@ -107,6 +114,45 @@ T largerWith(T largest, const T *values, int32_t count, bool packed)
     return candidate > largest ? candidate : largest;
 }
 
+// dst = src for `count` values. Packed, the aligned middle goes round the
+// caches: the gradients are not read again by the walk, and a plain store
+// would first fetch every line it fills.
+template <class T>
+void copyOut(T *__restrict dst, const T *__restrict src, int32_t count, bool packed)
+{
+    int32_t i = 0;
+#if ORNEX_PACK_BYTES == 32 && defined(__AVX2__)
+    constexpr int32_t width = 32 / sizeof(T);
+    if (packed) {
+        for (; i < count && (reinterpret_cast<uintptr_t>(dst + i) & 31) != 0; ++i) {
+            dst[i] = src[i];
+        }
+        for (; i + width <= count; i += width) {
+            if constexpr (sizeof(T) == 4) {
+                _mm256_stream_ps(reinterpret_cast<float *>(dst + i), _mm256_loadu_ps(reinterpret_cast<const float *>(src + i)));
+            } else {
+                _mm256_stream_pd(reinterpret_cast<double *>(dst + i), _mm256_loadu_pd(reinterpret_cast<const double *>(src + i)));
+            }
+        }
+    }
+#elif defined(__SSE2__)
+    constexpr int32_t width = 16 / sizeof(T);
+    if (packed) {
+        for (; i < count && (reinterpret_cast<uintptr_t>(dst + i) & 15) != 0; ++i) {
+            dst[i] = src[i];
+        }
+        for (; i + width <= count; i += width) {
+            if constexpr (sizeof(T) == 4) {
+                _mm_stream_ps(reinterpret_cast<float *>(dst + i), _mm_loadu_ps(reinterpret_cast<const float *>(src + i)));
+            } else {
+                _mm_stream_pd(reinterpret_cast<double *>(dst + i), _mm_loadu_pd(reinterpret_cast<const double *>(src + i)));
+            }
+        }
+    }
+#endif
+    std::memcpy(dst + i, src + i, static_cast<size_t>(count - i) * sizeof(T));
+}
+
 inline int32_t ringSlot(int32_t index, int32_t size)
 {
     return wrapIndex(index, size);
@@ -126,6 +172,7 @@ T gradientsAndSuppression(const T *image, const T *smoothing, const T *derivativ
     // Per strip, rows [first, end) of the gradients: the strip with one row
     // of margin on each side where the image has it.
     T smoothedH[ringMax][strip + 2]; // smoothed across columns, a ring of columns
+    T gx[2][strip + 2], gy[2][strip + 2]; // this column's and the one before
     T magnitudes[3][strip + 2];
     T column[strip + 2 + 4 * reachMax]; // image rows first - 2 reach .. end + 2 reach, periodic
     T smoothedV[strip + 2 + 2 * reachMax];
@@ -159,10 +206,8 @@ T gradientsAndSuppression(const T *image, const T *smoothing, const T *derivativ
         }
         for (int32_t c = 0; c < numCols; ++c) {
             smoothColumn(c + reach);
-            // Gx: the derivative across the smoothed columns, into A. Each
-            // strip writes its rows of margin too, with the same values as
-            // the strip they belong to.
-            T *const x = gradX + c * stride + first, *const y = gradY + c * stride + first;
+            // Gx: the derivative across the smoothed columns.
+            T *const x = gx[c & 1], *const y = gy[c & 1];
             for (int32_t k = 1; k < length; ++k) {
                 after[k] = smoothedH[ringSlot(c + k, ringSize)];
                 before[k] = smoothedH[ringSlot(c - k, ringSize)];
@@ -170,8 +215,7 @@ T gradientsAndSuppression(const T *image, const T *smoothing, const T *derivativ
             withLength(length, [&](auto taps) {
                 differenceTaps<taps>(after, before, derivative, height, x, packed);
             });
-            // Gy: smoothing and derivative down this one column, periodic,
-            // into B.
+            // Gy: smoothing and derivative down this one column, periodic.
             const T *source = image + c * stride;
             const int32_t from = first - 2 * reach, to = end + 2 * reach;
             for (int32_t r = from; r < to;) {
@@ -199,7 +243,10 @@ T gradientsAndSuppression(const T *image, const T *smoothing, const T *derivativ
             withLength(length, [&](auto taps) {
                 differenceTaps<taps>(after, before, derivative, height, y, packed);
             });
+            // This strip's rows of both gradients into A and B.
             const int32_t own = top - first;
+            copyOut(gradX + c * stride + top, x + own, bottom - top, packed);
+            copyOut(gradY + c * stride + top, y + own, bottom - top, packed);
             T *const m = magnitudes[c % 3];
             columnMagnitudes(x, y, 0, height, m);
             // The outermost rows and columns keep their plain magnitude.
@@ -224,12 +271,17 @@ T gradientsAndSuppression(const T *image, const T *smoothing, const T *derivativ
             if (centre >= 1 && centre < numCols - 1 && rowFrom < rowTo) {
                 const int32_t at = rowFrom - 1 - first;
                 T *const suppressed = out + centre * stride + rowFrom;
-                suppressRows(gradX + centre * stride + rowFrom, gradY + centre * stride + rowFrom, magnitudes[(centre - 1) % 3] + at,
+                suppressRows(gx[centre & 1] + at + 1, gy[centre & 1] + at + 1, magnitudes[(centre - 1) % 3] + at,
                              magnitudes[centre % 3] + at, m + at, rowTo - rowFrom, suppressed, packed);
                 largest = largerWith(largest, suppressed, rowTo - rowFrom, packed);
             }
         }
     }
+#ifdef __SSE2__
+    if (packed) {
+        _mm_sfence(); // the streamed stores ordered before any later store
+    }
+#endif
     return largest;
 }
 
