@@ -33,7 +33,7 @@ void canny(const T *image, const T *smoothing, const T *derivative, T *a, T *b, 
                 c[i] = c[i] / divisor;
             }
         } else {
-            classify<true>(c, divisor, edges, pixels, Thresholds<T>{thresholds[0], thresholds[1]});
+            normaliseAndClassify(c, divisor, edges, pixels, thresholds[0], thresholds[1]);
         }
     } else {
         const size_t bytes = static_cast<size_t>(pixels) * sizeof(T);
@@ -47,11 +47,11 @@ void canny(const T *image, const T *smoothing, const T *derivative, T *a, T *b, 
         std::memcpy(b, c, bytes);
         nonMaximumSuppression(a, b, c, numRows, numCols);
         if constexpr (!automatic) {
-            classify<false>(c, T(1), edges, pixels, Thresholds<T>{thresholds[0], thresholds[1]});
+            classify(c, edges, pixels, Thresholds<T>{thresholds[0], thresholds[1]});
         }
     }
     if constexpr (automatic) {
-        classify<false>(c, T(1), edges, pixels, automaticThresholds(c, *thresholds, numRows, numCols, border));
+        classify(c, edges, pixels, automaticThresholds(c, *thresholds, numRows, numCols, border));
     }
     int16_t *stackA = reinterpret_cast<int16_t *>(a), *stackB = reinterpret_cast<int16_t *>(b);
     Hysteresis(edges, {stackA, stackB, stackA + pixels, stackB + pixels}, numRows, numCols).run();

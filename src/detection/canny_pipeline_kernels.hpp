@@ -23,6 +23,7 @@
 #endif
 
 #include "detection/canny_stages.hpp"
+#include "detection/hysteresis.hpp"
 
 namespace ornex::detection::ORNEX_SIMD_NAMESPACE {
 namespace {
@@ -284,6 +285,19 @@ T gradientsAndSuppression(const T *image, const T *smoothing, const T *derivativ
 #endif
     return largest;
 }
+
+template <class T>
+void normaliseAndClassify(T *magnitude, T divisor, uint8_t *map, ptrdiff_t count, T low, T high)
+{
+    for (ptrdiff_t i = 0; i < count; ++i) {
+        const T value = magnitude[i] / divisor;
+        magnitude[i] = value;
+        map[i] = static_cast<uint8_t>((value >= low ? reachesLow : 0) | (value >= high ? reachesHigh : 0));
+    }
+}
+
+template void normaliseAndClassify(float *, float, uint8_t *, ptrdiff_t, float, float);
+template void normaliseAndClassify(double *, double, uint8_t *, ptrdiff_t, double, double);
 
 template float gradientsAndSuppression(const float *, const float *, const float *, float *, float *, float *,
                                        int32_t, int32_t, int32_t, bool);

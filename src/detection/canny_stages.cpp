@@ -48,6 +48,21 @@ T gradientsAndSuppression(const T *image, const T *smoothing, const T *derivativ
                                              false);
 }
 
+template <class T>
+void normaliseAndClassify(T *magnitude, T divisor, uint8_t *map, ptrdiff_t count, T low, T high)
+{
+#ifdef ORNEX_HAVE_AVX2_PATHS
+    if (simdLevel() == SimdLevel::avx2) {
+        avx2::normaliseAndClassify(magnitude, divisor, map, count, low, high);
+        return;
+    }
+#endif
+    baseline::normaliseAndClassify(magnitude, divisor, map, count, low, high);
+}
+
+template void normaliseAndClassify(float *, float, uint8_t *, ptrdiff_t, float, float);
+template void normaliseAndClassify(double *, double, uint8_t *, ptrdiff_t, double, double);
+
 template double gradientsAndSuppression(const double *, const double *, const double *, double *, double *, double *,
                                         int32_t, int32_t, int32_t);
 template float gradientsAndSuppression(const float *, const float *, const float *, float *, float *, float *,

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 namespace ornex::detection {
@@ -19,6 +20,11 @@ template <class T>
 T gradientsAndSuppression(const T *image, const T *smoothing, const T *derivative, T *gradX, T *gradY, T *out,
                           int32_t numRows, int32_t numCols, int32_t length);
 constexpr int32_t maxFusedLength = 8;
+
+// magnitude /= divisor, and the threshold bits of each result into `map`
+// (see classify in hysteresis.hpp), for `count` values.
+template <class T>
+void normaliseAndClassify(T *magnitude, T divisor, uint8_t *map, ptrdiff_t count, T low, T high);
 // Rows per strip of that walk: with its two rows of margin, 1 KiB a column.
 template <class T>
 constexpr int32_t fusedStripRows = static_cast<int32_t>(1024 / sizeof(T)) - 2;
@@ -28,12 +34,16 @@ constexpr int32_t fusedStripRows = static_cast<int32_t>(1024 / sizeof(T)) - 2;
 // gives the plain one-pixel-at-a-time loops.
 namespace baseline {
 template <class T>
+void normaliseAndClassify(T *magnitude, T divisor, uint8_t *map, ptrdiff_t count, T low, T high);
+template <class T>
 void suppress(const T *gradX, const T *gradY, T *out, int32_t numRows, int32_t numCols, bool packed);
 template <class T>
 T gradientsAndSuppression(const T *image, const T *smoothing, const T *derivative, T *gradX, T *gradY, T *out,
                           int32_t numRows, int32_t numCols, int32_t length, bool packed);
 }
 namespace avx2 {
+template <class T>
+void normaliseAndClassify(T *magnitude, T divisor, uint8_t *map, ptrdiff_t count, T low, T high);
 template <class T>
 void suppress(const T *gradX, const T *gradY, T *out, int32_t numRows, int32_t numCols, bool packed);
 template <class T>

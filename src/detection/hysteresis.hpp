@@ -48,19 +48,14 @@ Thresholds<T> automaticThresholds(const T *magnitude, T percentage, int32_t numR
 // adds the edge flag in the lowest bit.
 constexpr uint8_t edgeFlag = 1, reachesLow = 2, reachesHigh = 4;
 
-// The threshold bits of `count` magnitudes; with `divide`, each magnitude is
-// first divided by `divisor` and stored back (the normalisation). The
-// comparisons are false for values that are not a number.
-template <bool divide, class T>
-void classify(T *magnitude, T divisor, uint8_t *map, ptrdiff_t count, Thresholds<T> thresholds)
+// The threshold bits of `count` magnitudes. The comparisons are false for
+// values that are not a number.
+template <class T>
+void classify(const T *magnitude, uint8_t *map, ptrdiff_t count, Thresholds<T> thresholds)
 {
     const T low = thresholds.low, high = thresholds.high;
     for (ptrdiff_t i = 0; i < count; ++i) {
-        T value = magnitude[i];
-        if constexpr (divide) {
-            value = value / divisor;
-            magnitude[i] = value;
-        }
+        const T value = magnitude[i];
         map[i] = static_cast<uint8_t>((value >= low ? reachesLow : 0) | (value >= high ? reachesHigh : 0));
     }
 }
