@@ -165,18 +165,29 @@ template <class T>
 T gradientsAndSuppression(const T *image, const T *smoothing, const T *derivative, T *gradX, T *gradY, T *out,
                           int32_t numRows, int32_t numCols, int32_t length, bool packed)
 {
-    constexpr int32_t strip = fusedStripRows<T>;
-    constexpr int32_t reachMax = maxFusedLength - 1;
-    constexpr int32_t ringMax = 2 * reachMax + 1;
     const int32_t reach = length - 1, ringSize = 2 * reach + 1;
     const ptrdiff_t stride = numRows;
-    // Per strip, rows [first, end) of the gradients: the strip with one row
-    // of margin on each side where the image has it.
-    T smoothedH[ringMax][strip + 2]; // smoothed across columns, a ring of columns
-    T gx[2][strip + 2], gy[2][strip + 2]; // this column's and the one before
-    T magnitudes[3][strip + 2];
-    T column[strip + 2 + 4 * reachMax]; // image rows first - 2 reach .. end + 2 reach, periodic
-    T smoothedV[strip + 2 + 2 * reachMax];
+    // All the columns of one strip live in one block on the stack: the ring
+    // of columns smoothed across columns, Gx and Gy of this column and the
+    // one before, the magnitudes of three columns (one `pitch` each), and
+    // one image column with the rows that smoothing and derivative down the
+    // column reach beyond it, and the smoothed column. Strips are as tall as
+    // the block allows for this kernel length: whole columns of a 1080-row
+    // image at the common lengths, so the walk reads and writes memory in
+    // order.
+    constexpr int32_t reachMax = maxFusedLength - 1;
+    alignas(32) T block[fusedBlockBytes / sizeof(T)];
+    const int32_t pitch = static_cast<int32_t>((fusedBlockBytes / sizeof(T) - 6 * reachMax) / (ringSize + 9));
+    const int32_t strip = pitch - 2;
+    T *const ring = block;
+    T *const gxColumns = ring + ringSize * pitch, *const gyColumns = gxColumns + 2 * pitch;
+    T *const magnitudeColumns = gyColumns + 2 * pitch;
+    T *const column = magnitudeColumns + 3 * pitch; // pitch + 4 reach values
+    T *const smoothedV = column + pitch + 4 * reachMax; // pitch + 2 reach values
+    auto smoothedH = [&](int32_t slot) { return ring + slot * pitch; };
+    auto gx = [&](int32_t c) { return gxColumns + (c & 1) * pitch; };
+    auto gy = [&](int32_t c) { return gyColumns + (c & 1) * pitch; };
+    auto magnitudes = [&](int32_t c) { return magnitudeColumns + (c % 3) * pitch; };
     const T *after[maxFusedLength], *before[maxFusedLength];
     T largest = 0;
 
@@ -199,7 +210,7 @@ T gradientsAndSuppression(const T *image, const T *smoothing, const T *derivativ
             }
             withLength(length, [&](auto taps) {
                 smoothTaps<taps>(after, before, image + c * stride + first, smoothing, height,
-                                 smoothedH[ringSlot(j, ringSize)], packed);
+                                 smoothedH(ringSlot(j, ringSize)), packed);
             });
         };
         for (int32_t j = -reach; j < reach; ++j) {
@@ -208,10 +219,10 @@ T gradientsAndSuppression(const T *image, const T *smoothing, const T *derivativ
         for (int32_t c = 0; c < numCols; ++c) {
             smoothColumn(c + reach);
             // Gx: the derivative across the smoothed columns.
-            T *const x = gx[c & 1], *const y = gy[c & 1];
+            T *const x = gx(c), *const y = gy(c);
             for (int32_t k = 1; k < length; ++k) {
-                after[k] = smoothedH[ringSlot(c + k, ringSize)];
-                before[k] = smoothedH[ringSlot(c - k, ringSize)];
+                after[k] = smoothedH(ringSlot(c + k, ringSize));
+                before[k] = smoothedH(ringSlot(c - k, ringSize));
             }
             withLength(length, [&](auto taps) {
                 differenceTaps<taps>(after, before, derivative, height, x, packed);
@@ -248,7 +259,7 @@ T gradientsAndSuppression(const T *image, const T *smoothing, const T *derivativ
             const int32_t own = top - first;
             copyOut(gradX + c * stride + top, x + own, bottom - top, packed);
             copyOut(gradY + c * stride + top, y + own, bottom - top, packed);
-            T *const m = magnitudes[c % 3];
+            T *const m = magnitudes(c);
             columnMagnitudes(x, y, 0, height, m);
             // The outermost rows and columns keep their plain magnitude.
             T *const target = out + c * stride;
@@ -272,8 +283,8 @@ T gradientsAndSuppression(const T *image, const T *smoothing, const T *derivativ
             if (centre >= 1 && centre < numCols - 1 && rowFrom < rowTo) {
                 const int32_t at = rowFrom - 1 - first;
                 T *const suppressed = out + centre * stride + rowFrom;
-                suppressRows(gx[centre & 1] + at + 1, gy[centre & 1] + at + 1, magnitudes[(centre - 1) % 3] + at,
-                             magnitudes[centre % 3] + at, m + at, rowTo - rowFrom, suppressed, packed);
+                suppressRows(gx(centre) + at + 1, gy(centre) + at + 1, magnitudes(centre - 1) + at,
+                             magnitudes(centre) + at, m + at, rowTo - rowFrom, suppressed, packed);
                 largest = largerWith(largest, suppressed, rowTo - rowFrom, packed);
             }
         }

@@ -25,9 +25,9 @@ constexpr int32_t maxFusedLength = 8;
 // (see classify in hysteresis.hpp), for `count` values.
 template <class T>
 void normaliseAndClassify(T *magnitude, T divisor, uint8_t *map, ptrdiff_t count, T low, T high);
-// Rows per strip of that walk: with its two rows of margin, 1 KiB a column.
-template <class T>
-constexpr int32_t fusedStripRows = static_cast<int32_t>(1024 / sizeof(T)) - 2;
+// The stack block that holds that walk's columns; its strips of rows are as
+// tall as the block allows.
+constexpr size_t fusedBlockBytes = 160 * 1024;
 
 // One build of the suppression per instruction set, each in its own
 // namespace so that the builds never meet at link time. `packed` false
