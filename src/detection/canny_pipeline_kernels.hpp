@@ -28,8 +28,6 @@
 namespace ornex::detection::ORNEX_SIMD_NAMESPACE {
 namespace {
 
-// out = centre weight * here + sum over k of weight k * (after k + before k),
-// taps in order of k, centre first; the smoothing of both directions.
 // Calls f with the kernel length as a constant, so that the tap loops below
 // unroll (1 .. maxFusedLength).
 template <class F>
@@ -48,6 +46,8 @@ void withLength(int32_t length, const F &f)
     }
 }
 
+// out = centre weight * here + sum over k of weight k * (after k + before k),
+// taps in order of k, centre first; the smoothing of both directions.
 template <int32_t length, class T>
 void smoothTaps(const T *const *after, const T *const *before, const T *__restrict here, const T *weights,
                 int32_t count, T *__restrict out, bool packed)
@@ -115,39 +115,47 @@ T largerWith(T largest, const T *values, int32_t count, bool packed)
     return candidate > largest ? candidate : largest;
 }
 
+
+#ifdef __SSE2__
+#if ORNEX_PACK_BYTES == 32 && defined(__AVX2__)
+constexpr int32_t streamBytes = 32;
+#else
+constexpr int32_t streamBytes = 16;
+#endif
+// streamBytes of src stored at dst (aligned to them) round the caches.
+[[gnu::always_inline]] inline void streamPack(float *dst, const float *src)
+{
+#if ORNEX_PACK_BYTES == 32 && defined(__AVX2__)
+    _mm256_stream_ps(dst, _mm256_loadu_ps(src));
+#else
+    _mm_stream_ps(dst, _mm_loadu_ps(src));
+#endif
+}
+[[gnu::always_inline]] inline void streamPack(double *dst, const double *src)
+{
+#if ORNEX_PACK_BYTES == 32 && defined(__AVX2__)
+    _mm256_stream_pd(dst, _mm256_loadu_pd(src));
+#else
+    _mm_stream_pd(dst, _mm_loadu_pd(src));
+#endif
+}
+#endif
+
 // dst = src for `count` values. Packed, the aligned middle goes round the
-// caches: the gradients are not read again by the walk, and a plain store
+// caches: the walk does not read the gradients again, and a plain store
 // would first fetch every line it fills.
 template <class T>
 void copyOut(T *__restrict dst, const T *__restrict src, int32_t count, bool packed)
 {
     int32_t i = 0;
-#if ORNEX_PACK_BYTES == 32 && defined(__AVX2__)
-    constexpr int32_t width = 32 / sizeof(T);
+#ifdef __SSE2__
+    constexpr int32_t width = streamBytes / sizeof(T);
     if (packed) {
-        for (; i < count && (reinterpret_cast<uintptr_t>(dst + i) & 31) != 0; ++i) {
+        for (; i < count && reinterpret_cast<uintptr_t>(dst + i) % streamBytes != 0; ++i) {
             dst[i] = src[i];
         }
         for (; i + width <= count; i += width) {
-            if constexpr (sizeof(T) == 4) {
-                _mm256_stream_ps(reinterpret_cast<float *>(dst + i), _mm256_loadu_ps(reinterpret_cast<const float *>(src + i)));
-            } else {
-                _mm256_stream_pd(reinterpret_cast<double *>(dst + i), _mm256_loadu_pd(reinterpret_cast<const double *>(src + i)));
-            }
-        }
-    }
-#elif defined(__SSE2__)
-    constexpr int32_t width = 16 / sizeof(T);
-    if (packed) {
-        for (; i < count && (reinterpret_cast<uintptr_t>(dst + i) & 15) != 0; ++i) {
-            dst[i] = src[i];
-        }
-        for (; i + width <= count; i += width) {
-            if constexpr (sizeof(T) == 4) {
-                _mm_stream_ps(reinterpret_cast<float *>(dst + i), _mm_loadu_ps(reinterpret_cast<const float *>(src + i)));
-            } else {
-                _mm_stream_pd(reinterpret_cast<double *>(dst + i), _mm_loadu_pd(reinterpret_cast<const double *>(src + i)));
-            }
+            streamPack(dst + i, src + i);
         }
     }
 #endif
