@@ -76,11 +76,39 @@ void smoothTaps(const T *const *after, const T *const *before, const T *__restri
     }
 }
 
+// The square root of every lane.
+template <class P>
+[[gnu::always_inline]] inline P squareRootOf(P a)
+{
+    constexpr bool single = sizeof(typename P::Bit) == 4;
+#if ORNEX_PACK_BYTES == 32 && defined(__AVX2__)
+    if constexpr (single) {
+        return {(typename P::Native)_mm256_sqrt_ps((__m256)a.lanes)};
+    } else {
+        return {(typename P::Native)_mm256_sqrt_pd((__m256d)a.lanes)};
+    }
+#elif ORNEX_PACK_BYTES == 16 && defined(__SSE2__)
+    if constexpr (single) {
+        return {(typename P::Native)_mm_sqrt_ps((__m128)a.lanes)};
+    } else {
+        return {(typename P::Native)_mm_sqrt_pd((__m128d)a.lanes)};
+    }
+#else
+    for (int32_t lane = 0; lane < P::width; ++lane) {
+        a.lanes[lane] = squareRoot(a.lanes[lane]);
+    }
+    return a;
+#endif
+}
+
 // out = 0 + sum over k >= 1 of weight k * (before k - after k), in order of
 // k; the derivative of both directions (the leading 0 turns -0 into +0).
+// With `other` (the gradient of the other direction), also the gradient
+// magnitude sqrt(other * other + out * out) into `magnitude`.
 template <int32_t length, class T>
 void differenceTaps(const T *const *after, const T *const *before, const T *weights, int32_t count,
-                    T *__restrict out, bool packed)
+                    T *__restrict out, bool packed, const T *__restrict other = nullptr,
+                    T *__restrict magnitude = nullptr)
 {
     using P = Pack<T, ORNEX_PACK_BYTES>;
     int32_t i = 0;
@@ -96,6 +124,10 @@ void differenceTaps(const T *const *after, const T *const *before, const T *weig
                 sum = sum + w[k] * (P::load(before[k] + i) - P::load(after[k] + i));
             }
             sum.store(out + i);
+            if (other) {
+                const P x = P::load(other + i);
+                squareRootOf(x * x + sum * sum).store(magnitude + i);
+            }
         }
     }
     for (; i < count; ++i) {
@@ -104,6 +136,9 @@ void differenceTaps(const T *const *after, const T *const *before, const T *weig
             sum = sum + weights[k] * (before[k][i] - after[k][i]);
         }
         out[i] = sum;
+        if (other) {
+            magnitude[i] = squareRoot(other[i] * other[i] + sum * sum);
+        }
     }
 }
 
@@ -260,15 +295,14 @@ T gradientsAndSuppression(const T *image, const T *smoothing, const T *derivativ
                 after[k] = smoothedV + reach + k;
                 before[k] = smoothedV + reach - k;
             }
+            T *const m = magnitudes(c);
             withLength(length, [&](auto taps) {
-                differenceTaps<taps>(after, before, derivative, height, y, packed);
+                differenceTaps<taps>(after, before, derivative, height, y, packed, x, m);
             });
             // This strip's rows of both gradients into A and B.
             const int32_t own = top - first;
             copyOut(gradX + c * stride + top, x + own, bottom - top, packed);
             copyOut(gradY + c * stride + top, y + own, bottom - top, packed);
-            T *const m = magnitudes(c);
-            columnMagnitudes(x, y, 0, height, m);
             // The outermost rows and columns keep their plain magnitude.
             T *const target = out + c * stride;
             if (c == 0 || c == numCols - 1) {
