@@ -219,7 +219,7 @@ T gradientsAndSuppression(const T *image, const T *smoothing, const T *derivativ
     // image at the common lengths, so the walk reads and writes memory in
     // order.
     constexpr int32_t reachMax = maxFusedLength - 1;
-    alignas(32) T block[fusedBlockBytes / sizeof(T)];
+    T block[fusedBlockBytes / sizeof(T)];
     const int32_t pitch = static_cast<int32_t>((fusedBlockBytes / sizeof(T) - 6 * reachMax) / (ringSize + 9));
     const int32_t strip = pitch - 2;
     T *const ring = block;
