@@ -241,8 +241,9 @@ T gradientsAndSuppression(const T *image, const T *smoothing, const T *derivativ
         // Smoothed across columns, column j (unwrapped: -reach .. numCols + reach).
         auto smoothColumn = [&](int32_t j) {
             const int32_t c = wrapIndex(j, numCols);
-            // The image column that the next call reads first: fetched now,
-            // since a walk across columns is not one the processor foresees.
+            // The image column that the next call reads first, fetched one
+            // call ahead (measured faster than leaving it to the processor,
+            // which sees nine column streams at once here).
             const char *ahead = reinterpret_cast<const char *>(image + wrapIndex(c + length, numCols) * stride + first);
             for (size_t byte = 0; byte < static_cast<size_t>(height) * sizeof(T); byte += 64) {
                 __builtin_prefetch(ahead + byte);
