@@ -1,5 +1,6 @@
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
@@ -121,8 +122,11 @@ void houghVote(benchmark::State &state)
 
 BENCHMARK(cannyUserThresholds<float>)->Unit(benchmark::kMillisecond);
 BENCHMARK(cannyUserThresholds<double>)->Unit(benchmark::kMillisecond);
-BENCHMARK(cannyUserThresholdsOnImageFile<float>)->Unit(benchmark::kMillisecond);
-BENCHMARK(cannyUserThresholdsOnImageFile<double>)->Unit(benchmark::kMillisecond);
+// With repetitions, the fastest one is reported too: on a busy machine it is
+// the figure closest to a quiet one.
+double fastest(const std::vector<double> &times) { return *std::min_element(times.begin(), times.end()); }
+BENCHMARK(cannyUserThresholdsOnImageFile<float>)->Unit(benchmark::kMillisecond)->ComputeStatistics("min", fastest);
+BENCHMARK(cannyUserThresholdsOnImageFile<double>)->Unit(benchmark::kMillisecond)->ComputeStatistics("min", fastest);
 BENCHMARK(houghVote<float>)->Unit(benchmark::kMillisecond);
 BENCHMARK(houghVote<double>)->Unit(benchmark::kMillisecond);
 
