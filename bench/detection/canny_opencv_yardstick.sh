@@ -86,8 +86,8 @@ echo "ornex_rt EdgeCanny_userTh_R: $single ms, EdgeCanny_userTh_D: $double ms," 
 awk -v s="$single" -v d="$double" -v p="$peer" \
   'BEGIN {printf "ratios of medians: single %.2f (goal at most 1), double %.2f (goal at most 2)\n", s / p, d / p}'
 awk -v s="$single_fastest" -v d="$double_fastest" -v p="$peer_fastest" \
-  'BEGIN {printf "fastest: OpenCV %.2f ms (one call), ours (mean of one repetition) single %.2f ms (ratio %.2f),"
-         printf " double %.2f ms (ratio %.2f)\n", p, s, s / p, d, d / p}'
+  'BEGIN {printf "fastest: OpenCV %.2f ms (one call), ours (mean of one repetition) single %.2f ms (ratio %.2f),", p, s, s / p
+         printf " double %.2f ms (ratio %.2f)\n", d, d / p}'
 peer_name="OpenCV GaussianBlur 5x5 + Canny, 8-bit"
 printf 'ROW\t%s\t%s\t%s\t%s\n' "Canny 1920x1080 single, L=5" "$single" "$peer_name" "$peer"
 printf 'ROW\t%s\t%s\t%s\t%s\n' "Canny 1920x1080 double, L=5" "$double" "$peer_name" "$peer"
