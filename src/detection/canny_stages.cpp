@@ -6,6 +6,7 @@
 #define ORNEX_SIMD_NAMESPACE baseline
 #define ORNEX_PACK_BYTES 16
 #include "detection/canny_suppression_kernels.hpp"
+#include "detection/canny_pipeline_kernels.hpp"
 
 namespace ornex::detection {
 
@@ -26,6 +27,46 @@ void nonMaximumSuppression(const T *gradX, const T *gradY, T *out, int32_t numRo
         return;
     }
 }
+
+template <class T>
+T gradientsAndSuppression(const T *image, const T *smoothing, const T *derivative, T *gradX, T *gradY, T *out,
+                          int32_t numRows, int32_t numCols, int32_t length)
+{
+    switch (simdLevel()) {
+    case SimdLevel::avx2:
+#ifdef ORNEX_HAVE_AVX2_PATHS
+        return avx2::gradientsAndSuppression(image, smoothing, derivative, gradX, gradY, out, numRows, numCols,
+                                             length, true);
+#endif
+    case SimdLevel::packed:
+        return baseline::gradientsAndSuppression(image, smoothing, derivative, gradX, gradY, out, numRows, numCols,
+                                                 length, true);
+    case SimdLevel::scalar:
+        break;
+    }
+    return baseline::gradientsAndSuppression(image, smoothing, derivative, gradX, gradY, out, numRows, numCols, length,
+                                             false);
+}
+
+template <class T>
+void normaliseAndClassify(T *magnitude, T divisor, uint8_t *map, ptrdiff_t count, T low, T high)
+{
+#ifdef ORNEX_HAVE_AVX2_PATHS
+    if (simdLevel() == SimdLevel::avx2) {
+        avx2::normaliseAndClassify(magnitude, divisor, map, count, low, high);
+        return;
+    }
+#endif
+    baseline::normaliseAndClassify(magnitude, divisor, map, count, low, high);
+}
+
+template void normaliseAndClassify(float *, float, uint8_t *, ptrdiff_t, float, float);
+template void normaliseAndClassify(double *, double, uint8_t *, ptrdiff_t, double, double);
+
+template double gradientsAndSuppression(const double *, const double *, const double *, double *, double *, double *,
+                                        int32_t, int32_t, int32_t);
+template float gradientsAndSuppression(const float *, const float *, const float *, float *, float *, float *,
+                                       int32_t, int32_t, int32_t);
 
 template void nonMaximumSuppression(const double *, const double *, double *, int32_t, int32_t);
 template void nonMaximumSuppression(const float *, const float *, float *, int32_t, int32_t);

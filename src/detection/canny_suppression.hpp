@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 namespace ornex::detection {
@@ -12,16 +13,42 @@ namespace ornex::detection {
 template <class T>
 void nonMaximumSuppression(const T *gradX, const T *gradY, T *out, int32_t numRows, int32_t numCols);
 
+// The drivers' first half in one walk: Gx and Gy into gradX and gradY, the
+// suppressed magnitude, not yet normalised, into `out`; returns its largest
+// value (from 0). For kernels of length 1 .. maxFusedLength.
+template <class T>
+T gradientsAndSuppression(const T *image, const T *smoothing, const T *derivative, T *gradX, T *gradY, T *out,
+                          int32_t numRows, int32_t numCols, int32_t length);
+constexpr int32_t maxFusedLength = 8;
+
+// magnitude /= divisor, and the threshold bits of each result into `map`
+// (see classify in hysteresis.hpp), for `count` values.
+template <class T>
+void normaliseAndClassify(T *magnitude, T divisor, uint8_t *map, ptrdiff_t count, T low, T high);
+// The stack block that holds that walk's columns; its strips of rows are as
+// tall as the block allows.
+constexpr size_t fusedBlockBytes = 160 * 1024;
+
 // One build of the suppression per instruction set, each in its own
 // namespace so that the builds never meet at link time. `packed` false
 // gives the plain one-pixel-at-a-time loops.
 namespace baseline {
 template <class T>
+void normaliseAndClassify(T *magnitude, T divisor, uint8_t *map, ptrdiff_t count, T low, T high);
+template <class T>
 void suppress(const T *gradX, const T *gradY, T *out, int32_t numRows, int32_t numCols, bool packed);
+template <class T>
+T gradientsAndSuppression(const T *image, const T *smoothing, const T *derivative, T *gradX, T *gradY, T *out,
+                          int32_t numRows, int32_t numCols, int32_t length, bool packed);
 }
 namespace avx2 {
 template <class T>
+void normaliseAndClassify(T *magnitude, T divisor, uint8_t *map, ptrdiff_t count, T low, T high);
+template <class T>
 void suppress(const T *gradX, const T *gradY, T *out, int32_t numRows, int32_t numCols, bool packed);
+template <class T>
+T gradientsAndSuppression(const T *image, const T *smoothing, const T *derivative, T *gradX, T *gradY, T *out,
+                          int32_t numRows, int32_t numCols, int32_t length, bool packed);
 }
 
 } // namespace ornex::detection

@@ -10,8 +10,28 @@
 #include "frame/element_traits.hpp"
 #include "frame/packed.hpp"
 
+#if ORNEX_PACK_BYTES == 32 && defined(__AVX2__)
+#include <immintrin.h>
+#endif
+
 namespace ornex::detection::ORNEX_SIMD_NAMESPACE {
 namespace {
+
+// mask ? ifTrue : ifFalse in every lane, masks being all ones or all zeros:
+// one blend instruction in the AVX2 build, three bit operations otherwise.
+template <class P>
+[[gnu::always_inline]] inline P choose(typename P::Bits mask, P ifTrue, P ifFalse)
+{
+#if ORNEX_PACK_BYTES == 32 && defined(__AVX2__)
+    if constexpr (sizeof(typename P::Bit) == 4) {
+        return {(typename P::Native)_mm256_blendv_ps((__m256)ifFalse.lanes, (__m256)ifTrue.lanes, (__m256)mask)};
+    } else {
+        return {(typename P::Native)_mm256_blendv_pd((__m256d)ifFalse.lanes, (__m256d)ifTrue.lanes, (__m256d)mask)};
+    }
+#else
+    return P::select(mask, ifTrue, ifFalse);
+#endif
+}
 
 inline float squareRoot(float x) { return __builtin_sqrtf(x); }
 inline double squareRoot(double x) { return __builtin_sqrt(x); }
@@ -30,7 +50,8 @@ T largestValue(const T *values, ptrdiff_t count, bool packed)
     if (packed) {
         P lanes = P::broadcast(T(0));
         for (; i + P::width <= count; i += P::width) {
-            lanes = largerOf(lanes, P::load(values + i));
+            const P candidate = P::load(values + i);
+            lanes = choose(candidate > lanes, candidate, lanes);
         }
         T laneValues[P::width];
         lanes.store(laneValues);
@@ -81,16 +102,18 @@ void suppressRows(const T *__restrict gradX, const T *__restrict gradY, const T 
             const auto sameSign = gx * gy > zero;
             const P ax = absoluteValue(gx), ay = absoluteValue(gy);
             const auto vertical = ax < ay;
-            const P t = P::select(vertical, ax / ay, ay / ax);
-            const P near1 = P::select(vertical, up, right);
+            // One division: the quotient of the selected operands is the
+            // selected quotient.
+            const P t = choose(vertical, ax, ay) / choose(vertical, ay, ax);
+            const P near1 = choose(vertical, up, right);
             const P far1 =
-                P::select(vertical, P::select(sameSign, upLeft, upRight), P::select(sameSign, downRight, upRight));
+                choose(vertical, choose(sameSign, upLeft, upRight), choose(sameSign, downRight, upRight));
             const P far2 =
-                P::select(vertical, P::select(sameSign, downRight, downLeft), P::select(sameSign, upLeft, downLeft));
-            const P near2 = P::select(vertical, down, left);
+                choose(vertical, choose(sameSign, downRight, downLeft), choose(sameSign, upLeft, downLeft));
+            const P near2 = choose(vertical, down, left);
             const P side1 = (one - t) * near1 + t * far1;
             const P side2 = t * far2 + (one - t) * near2;
-            P::select((m > side1) & (m > side2), m, zero).store(out + i);
+            choose((m > side1) & (m > side2), m, zero).store(out + i);
         }
     }
     for (; i < count; ++i) {

@@ -99,9 +99,14 @@ TYPED_TEST(Detection, CannyStagesAndDriversMatchThePlainPipeline)
     const auto automatic = pick<T>(ORNEX_EdgeCanny_autoTh_D, ORNEX_EdgeCanny_autoTh_R);
     std::mt19937 random(41);
     for (int trial = 0; trial < 400; ++trial) {
-        const int M = trial % 20 ? 1 + random() % 14 : trial ? 60 + random() % 80 : 3; // tall images, one very wide
-        const int N = trial ? 1 + random() % 14 : 8200;
-        const int L = trial ? 1 + random() % std::min(4, std::min(M, N) + 1) : 1, B = L / 2;
+        // Tall images, one taller than the strips of rows the drivers walk in, one very wide; kernels of length 5 to
+        // 10 too (longer than 8, the drivers filter stage by stage).
+        const int M = trial % 20 ? 1 + random() % 14 : trial == 20 ? 4200 : trial ? 60 + random() % 80 : 3;
+        const int N = trial % 20 == 10 ? 9 + random() % 6 : trial ? 1 + random() % 14 : 8200;
+        const int L = trial % 20 == 10 ? std::min(5 + trial / 20 % 6, M + 1)
+                      : trial          ? 1 + random() % std::min(4, std::min(M, N) + 1)
+                                       : 1,
+                  B = L / 2;
         const size_t n = size_t(M) * N;
         // Small integers and dyadic weights make ties common; real values exercise each step's rounding.
         auto draw = [&](size_t count, int kind) {
