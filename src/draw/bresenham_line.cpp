@@ -80,7 +80,7 @@ bool planLine(int32_t r1, int32_t c1, int32_t r2, int32_t c2, const ClipRectangl
 }
 
 // The walk one pixel after the other, the error term in 32-bit arithmetic
-// that wraps (only rectangles beyond 2^29 pixels get here with long lines).
+// that wraps: short lines, and long ones in rectangles beyond 2^29 pixels.
 template <class Writer>
 void walkOneByOne(const LineWalk &walk, const Writer &write)
 {
