@@ -100,19 +100,25 @@ std::set<Pixel> slowWalk(int32_t r1, int32_t c1, int32_t r2, int32_t c2, const i
     return pixels;
 }
 
-// Three-byte elements (no fixed-size copy); lines run both ways.
-TEST(Bresenham, RandomLinesCopyElementBytesIntoEveryPlane)
+// Elements of 1, 2, 4 and 8 bytes (single moves) and of 3 (no fixed-size copy); lines run both ways.
+template <size_t size>
+void bresenhamScenes()
 {
-    using Bytes = std::array<uint8_t, 3>;
+    using Bytes = std::array<uint8_t, size>;
     forEachScene<Bytes>(2, 1500, 23, 27, [](int trial, std::mt19937 &rng, Scene<Bytes> &s) {
-        // Geometry from 2^16 to 2^20 walks fast through long runs of steps; at 2^31 the clipper gives up on some.
+        // From 2^16 to 2^20 the clipper's products wrap now and then; at 2^31 it gives up on many segments.
         const int32_t far = std::array{20000, 1 << uniform(rng, 16, 20), INT32_MAX, 45, 45, 45, 45}[trial % 7];
         const int32_t r1 = uniform(rng, -far / 3, far), c1 = uniform(rng, -far / 3, far);
         const int32_t r2 = trial % 9 == 0 ? r1 : uniform(rng, -far / 3, far), c2 = uniform(rng, -far / 3, far);
-        s.draw(ORNEX_Line_Bresenham, ORNEX_Line_Bresenham_RGB, r1, c1, r2, c2, Dst{}, 23, s.colour.data(), 3, Clip{});
+        s.draw(ORNEX_Line_Bresenham, ORNEX_Line_Bresenham_RGB, r1, c1, r2, c2, Dst{}, 23, s.colour.data(), int32_t(size), Clip{});
         for (const auto &[r, c] : slowWalk(r1, c1, r2, c2, s.rc.data()))
             s.at(r, c, [&](Bytes, int32_t p) { return s.colour[p]; });
     });
+}
+
+TEST(Bresenham, RandomLinesCopyElementBytesIntoEveryPlane)
+{
+    bresenhamScenes<1>(), bresenhamScenes<2>(), bresenhamScenes<3>(), bresenhamScenes<4>(), bresenhamScenes<8>();
 }
 
 // The brush written out: the end-points ordered by column and clipped, the centre at distance index idx(D), its
