@@ -46,6 +46,8 @@ TEST(ClipLine, HandWorkedCuts)
         // n = 3000000*1000 wraps to -1294967296, 2n to 1705032704, q = 567, signs differ: (567 - 1)/2 = 283; then p2
         // to row 1000 at column 1000 + round(-2000*717/3000) = 522.
         {-3000000, 0, 3000, 1000, 0, 1000, 0, 1000, 1, 0, 283, 1000, 522},
+        // From row -2^30 to 2^30 - 1 down column 0 through a 1x1 rectangle: n = 0 in both cuts, both points land on it.
+        {-1073741824, 0, 1073741823, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0},
     };
     for (auto c : cases) {
         const int32_t result = ORNEX_ClipLine(&c[0], &c[2], &c[4]);
@@ -119,6 +121,15 @@ void bresenhamScenes()
 TEST(Bresenham, RandomLinesCopyElementBytesIntoEveryPlane)
 {
     bresenhamScenes<1>(), bresenhamScenes<2>(), bresenhamScenes<3>(), bresenhamScenes<4>(), bresenhamScenes<8>();
+}
+
+// Far end-points: from row -2^30 down to 2^30 - 1 in the middle column of a 3x3 image, clipped to its middle pixel.
+TEST(Bresenham, FarEndPointsThroughOnePixel)
+{
+    std::array<uint8_t, 9> image{};
+    const uint8_t ink = 7;
+    ORNEX_Line_Bresenham(-1073741824, 1, 1073741823, 1, image.data(), 3, &ink, 1, 1, 1, 1, 1, 1, 0);
+    EXPECT_EQ(image, (std::array<uint8_t, 9>{0, 0, 0, 0, 7, 0, 0, 0, 0}));
 }
 
 // The brush written out: the end-points ordered by column and clipped, the centre at distance index idx(D), its
