@@ -89,11 +89,12 @@ struct Scene {
             std::generate(buf->begin(), buf->end(), [&] { return randomValue<T>(rng); });
         wantImage = image, wantRgb = rgb;
     }
+    // Whether (r, c) lies in the clip rectangle.
     bool inside(int32_t r, int32_t c) const { return r >= rc[0] && r <= rc[1] && c >= rc[2] && c <= rc[3]; }
     template <class F>
     void at(int32_t r, int32_t c, F f)
     {
-        for (int32_t p = 0; inside(r, c) && p < 3; ++p) {
+        for (int32_t p = 0; r >= rc[0] && r <= rc[1] && c >= rc[2] && c <= rc[3] && p < 3; ++p) {
             const size_t k = p * size_t(stride) + r + size_t(c) * rows;
             wantRgb[k] = f(wantRgb[k], p);
             if (p < numPlanes)
