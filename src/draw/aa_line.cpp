@@ -111,7 +111,7 @@ void walkBrush(ptrdiff_t offset, int32_t steps, ptrdiff_t majorStep, ptrdiff_t n
     // coordinate rises, at D - cos when it falls; the upper one opposite.
     const auto lowerShift = minorSign > 0 ? slope.cosine : Brush::subtract(0, slope.cosine);
     typename Brush::Distance distance = 0;
-    for (int32_t step = 0; step <= steps; ++step, offset += majorStep) {
+    for (uint32_t step = 0; step <= uint32_t(steps); ++step, offset += majorStep) {
         blendAt(offset, Brush::index(distance));
         if (minor > minorMin) {
             blendAt(offset - neighbourStep, Brush::index(Brush::add(distance, lowerShift)));
@@ -122,7 +122,7 @@ void walkBrush(ptrdiff_t offset, int32_t steps, ptrdiff_t majorStep, ptrdiff_t n
         // Selected rather than branched on: the pattern of steps is as
         // irregular as the slope.
         const bool stepMinor = stepsWhen(distance, slope.threshold);
-        minor += stepMinor ? minorSign : 0;
+        minor = wrapAdd(minor, stepMinor ? minorSign : 0);
         offset += stepMinor ? minorStep : 0;
         distance = Brush::add(distance, stepMinor ? withStep : withoutStep);
     }
@@ -157,7 +157,7 @@ void drawAntialiasedLine(int32_t r1, int32_t c1, int32_t r2, int32_t c2, const P
     const int32_t dRow = wrapSub(r2, r1), dCol = wrapSub(c2, c1);
     if (dRow == 0) {
         ptrdiff_t offset = r1 + c1 * colStep;
-        for (int32_t c = c1; c <= c2; ++c, offset += colStep) {
+        for (uint32_t c = 0; c1 <= c2 && c <= uint32_t(wrapSub(c2, c1)); ++c, offset += colStep) {
             blendAt(offset, centreIndex);
             if (r1 > rowMin) {
                 blendAt(offset - 1, unitDistanceIndex);
@@ -172,7 +172,7 @@ void drawAntialiasedLine(int32_t r1, int32_t c1, int32_t r2, int32_t c2, const P
         // Only the column is ever ordered, so a vertical line given bottom-up
         // stays invisible; this is the library's defined behaviour.
         ptrdiff_t offset = r1 + c1 * colStep;
-        for (int32_t r = r1; r <= r2; ++r, ++offset) {
+        for (uint32_t r = 0; r1 <= r2 && r <= uint32_t(wrapSub(r2, r1)); ++r, ++offset) {
             blendAt(offset, centreIndex);
             if (c1 > colMin) {
                 blendAt(offset - colStep, unitDistanceIndex);

@@ -89,6 +89,8 @@ struct Scene {
             std::generate(buf->begin(), buf->end(), [&] { return randomValue<T>(rng); });
         wantImage = image, wantRgb = rgb;
     }
+    // Whether (r, c) lies in the clip rectangle.
+    bool inside(int32_t r, int32_t c) const { return r >= rc[0] && r <= rc[1] && c >= rc[2] && c <= rc[3]; }
     template <class F>
     void at(int32_t r, int32_t c, F f)
     {

@@ -10,7 +10,8 @@ using Pixel = std::pair<int32_t, int32_t>;
 int32_t wrap(int64_t v) { return int32_t(uint32_t(uint64_t(v))); }
 
 // Cohen-Sutherland written out: row borders first, every cut taken from the end-point as the caller gave it, n/d
-// rounded halves away from zero, 32-bit products wrapping.
+// rounded halves away from zero, 32-bit products wrapping. Returns -1 when 1000 passes do not end it (by its own
+// rules such a segment loops for ever; the clipper rejects it).
 int32_t slowClip(int32_t *p1, int32_t *p2, const int32_t *rect)
 {
     const int32_t entry[2][2] = {{p1[0], p1[1]}, {p2[0], p2[1]}};
@@ -19,7 +20,7 @@ int32_t slowClip(int32_t *p1, int32_t *p2, const int32_t *rect)
     auto code = [&](const int32_t *q) {
         return (q[1] < rect[2] ? 1 : q[1] > rect[3] ? 2 : 0) | (q[0] < rect[0] ? 4 : q[0] > rect[1] ? 8 : 0);
     };
-    for (;;) {
+    for (int pass = 0; pass < 1000; ++pass) {
         const int32_t c1 = code(p1), c2 = code(p2), k = c1 != 0 ? 0 : 1, c = k == 0 ? c1 : c2;
         if ((c1 | c2) == 0 || (c1 & c2) != 0)
             return (c1 | c2) == 0;
@@ -32,6 +33,7 @@ int32_t slowClip(int32_t *p1, int32_t *p2, const int32_t *rect)
         p[k][1 - axis] = wrap(int64_t(p[k][1 - axis]) + ((n >= 0) == (d >= 0) ? (q + 1) / 2 : (q - 1) / 2));
         p[k][axis] = border, moved[k] = true;
     }
+    return -1;
 }
 
 TEST(ClipLine, HandWorkedCuts)
@@ -44,6 +46,8 @@ TEST(ClipLine, HandWorkedCuts)
         // n = 3000000*1000 wraps to -1294967296, 2n to 1705032704, q = 567, signs differ: (567 - 1)/2 = 283; then p2
         // to row 1000 at column 1000 + round(-2000*717/3000) = 522.
         {-3000000, 0, 3000, 1000, 0, 1000, 0, 1000, 1, 0, 283, 1000, 522},
+        // From row -2^30 to 2^30 - 1 down column 0 through a 1x1 rectangle: n = 0 in both cuts, both points land on it.
+        {-1073741824, 0, 1073741823, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0},
     };
     for (auto c : cases) {
         const int32_t result = ORNEX_ClipLine(&c[0], &c[2], &c[4]);
@@ -54,15 +58,18 @@ TEST(ClipLine, HandWorkedCuts)
 TEST(ClipLine, RandomSegmentsAgainstTheWrittenOutClipper)
 {
     std::mt19937 rng(1);
-    for (int trial = 0; trial < 20000; ++trial) {
-        const int32_t far = trial % 3 == 0 ? 20000 : 40;
-        const int32_t rect[4] = {uniform(rng, -5, 5), uniform(rng, 5, 25), uniform(rng, -5, 5), uniform(rng, 5, 25)};
+    for (int trial = 0; trial < 30000; ++trial) {
+        // Up to 2^20 products wrap now and then, at 2^31 most of the time; some rectangles are empty.
+        const int32_t far = std::array{20000, 40, 1 << 20, INT32_MAX}[trial % 4];
+        int32_t rect[4] = {uniform(rng, -5, 5), uniform(rng, 5, 25), uniform(rng, -5, 5), uniform(rng, 5, 25)};
+        if (trial % 5 == 0)
+            std::swap(rect[2 * (trial % 2)], rect[2 * (trial % 2) + 1]);
         int32_t p1[2] = {uniform(rng, -far, far), uniform(rng, -far, far)}, p2[2] = {uniform(rng, -far, far), 0};
         p2[1] = trial % 7 == 0 ? p1[1] : uniform(rng, -far, far);
         int32_t q1[2] = {p1[0], p1[1]}, q2[2] = {p2[0], p2[1]};
-        const int32_t result = ORNEX_ClipLine(p1, p2, rect);
-        ASSERT_EQ(result, slowClip(q1, q2, rect)) << trial;
-        ASSERT_TRUE(p1[0] == q1[0] && p1[1] == q1[1] && p2[0] == q2[0] && p2[1] == q2[1]) << trial;
+        const int32_t result = ORNEX_ClipLine(p1, p2, rect), expected = slowClip(q1, q2, rect);
+        ASSERT_EQ(result, std::max(expected, 0)) << trial;
+        ASSERT_TRUE(expected < 0 || (p1[0] == q1[0] && p1[1] == q1[1] && p2[0] == q2[0] && p2[1] == q2[1])) << trial;
         for (const int32_t *q : {p1, p2})
             ASSERT_TRUE(!result || (q[0] >= rect[0] && q[0] <= rect[1] && q[1] >= rect[2] && q[1] <= rect[3]));
     }
@@ -73,10 +80,11 @@ TEST(ClipLine, RandomSegmentsAgainstTheWrittenOutClipper)
 std::set<Pixel> slowWalk(int32_t r1, int32_t c1, int32_t r2, int32_t c2, const int32_t *rect)
 {
     int32_t p1[2] = {r1, c1}, p2[2] = {r2, c2};
-    if ((std::abs(c2 - c1) > std::abs(r2 - r1) ? c2 - c1 : r2 - r1) < 0)
+    const int64_t dr = wrap(int64_t(r2) - r1), dc = wrap(int64_t(c2) - c1);
+    if ((std::abs(dc) > std::abs(dr) ? dc : dr) < 0)
         std::swap(p1, p2);
     std::set<Pixel> pixels;
-    if (!slowClip(p1, p2, rect))
+    if (slowClip(p1, p2, rect) != 1)
         return pixels;
     // Level, vertical and diagonal lines follow from the same rule; a clipped line left running backwards along its
     // major axis draws nothing.
@@ -94,18 +102,34 @@ std::set<Pixel> slowWalk(int32_t r1, int32_t c1, int32_t r2, int32_t c2, const i
     return pixels;
 }
 
-// Three-byte elements (no fixed-size copy); lines run both ways.
-TEST(Bresenham, RandomLinesCopyElementBytesIntoEveryPlane)
+// Elements of 1, 2, 4 and 8 bytes (single moves) and of 3 (no fixed-size copy); lines run both ways.
+template <size_t size>
+void bresenhamScenes()
 {
-    using Bytes = std::array<uint8_t, 3>;
+    using Bytes = std::array<uint8_t, size>;
     forEachScene<Bytes>(2, 1500, 23, 27, [](int trial, std::mt19937 &rng, Scene<Bytes> &s) {
-        const int32_t far = trial % 5 == 0 ? 20000 : 45;
+        // From 2^16 to 2^20 the clipper's products wrap now and then; at 2^31 it gives up on many segments.
+        const int32_t far = std::array{20000, 1 << uniform(rng, 16, 20), INT32_MAX, 45, 45, 45, 45}[trial % 7];
         const int32_t r1 = uniform(rng, -far / 3, far), c1 = uniform(rng, -far / 3, far);
         const int32_t r2 = trial % 9 == 0 ? r1 : uniform(rng, -far / 3, far), c2 = uniform(rng, -far / 3, far);
-        s.draw(ORNEX_Line_Bresenham, ORNEX_Line_Bresenham_RGB, r1, c1, r2, c2, Dst{}, 23, s.colour.data(), 3, Clip{});
+        s.draw(ORNEX_Line_Bresenham, ORNEX_Line_Bresenham_RGB, r1, c1, r2, c2, Dst{}, 23, s.colour.data(), int32_t(size), Clip{});
         for (const auto &[r, c] : slowWalk(r1, c1, r2, c2, s.rc.data()))
             s.at(r, c, [&](Bytes, int32_t p) { return s.colour[p]; });
     });
+}
+
+TEST(Bresenham, RandomLinesCopyElementBytesIntoEveryPlane)
+{
+    bresenhamScenes<1>(), bresenhamScenes<2>(), bresenhamScenes<3>(), bresenhamScenes<4>(), bresenhamScenes<8>();
+}
+
+// Far end-points: from row -2^30 down to 2^30 - 1 in the middle column of a 3x3 image, clipped to its middle pixel.
+TEST(Bresenham, FarEndPointsThroughOnePixel)
+{
+    std::array<uint8_t, 9> image{};
+    const uint8_t ink = 7;
+    ORNEX_Line_Bresenham(-1073741824, 1, 1073741823, 1, image.data(), 3, &ink, 1, 1, 1, 1, 1, 1, 0);
+    EXPECT_EQ(image, (std::array<uint8_t, 9>{0, 0, 0, 0, 7, 0, 0, 0, 0}));
 }
 
 // The brush written out: the end-points ordered by column and clipped, the centre at distance index idx(D), its
@@ -119,7 +143,7 @@ std::vector<std::array<int32_t, 3>> slowBrush(int32_t r1, int32_t c1, int32_t r2
     int32_t p1[2] = {r1, c1}, p2[2] = {r2, c2};
     if (c2 < c1)
         std::swap(p1, p2);
-    if (!slowClip(p1, p2, rect))
+    if (slowClip(p1, p2, rect) != 1)
         return ops;
     const int32_t dRow = p2[0] - p1[0], dCol = p2[1] - p1[1];
     auto idx = [](Real x) {
@@ -128,11 +152,12 @@ std::vector<std::array<int32_t, 3>> slowBrush(int32_t r1, int32_t c1, int32_t r2
         else
             return int32_t(std::min(std::floor(std::fabs(x) * 16 + Real(0.5)), Real(24)));
     };
-    // Level lines and points walk with m = 0 (neighbours at index 16); vertical lines given bottom-up draw nothing.
-    if (dCol == 0 && dRow < 0)
+    // Level lines and points walk with m = 0 (neighbours at index 16); vertical lines given bottom-up draw nothing,
+    // and so do level ones that wrapped clipping left running right to left.
+    if ((dCol == 0 && dRow < 0) || (dRow == 0 && dCol < 0))
         return ops;
     const bool colMajor = std::abs(dRow) <= dCol;
-    const int32_t minorLength = colMajor ? std::abs(dRow) : dCol, majorLength = colMajor ? dCol : std::abs(dRow);
+    const int32_t minorLength = std::abs(colMajor ? dRow : dCol), majorLength = colMajor ? dCol : std::abs(dRow);
     Real m, cs, thr;
     if constexpr (fixed) {
         m = minorLength * 1024 / std::max(majorLength, 1);
@@ -180,14 +205,19 @@ TYPED_TEST(AALine, RandomLinesAgainstTheWrittenOutBrush)
     using M = TypeParam;
     using W = typename M::W;
     forEachScene<typename M::T>(3, 600, 21, 25, [](int trial, std::mt19937 &rng, Scene<typename M::T> &s) {
-        const int32_t far = trial % 6 == 0 ? 20000 : 35, level = uniform(rng, 1, 2);
+        const int32_t far = std::array{20000, 1 << uniform(rng, 16, 20), INT32_MAX, 35, 35, 35}[trial % 6];
+        const int32_t level = uniform(rng, 1, 2);
         std::vector<W> table(25 * (level + 3));
         for (size_t d = 0; d < table.size(); ++d)
             table[d] = d < 25 && rng() % 4 != 0 ? randomOpacity<W>(rng) : randomValue<W>(rng);
         const int32_t r1 = uniform(rng, -far / 4, far), c1 = uniform(rng, -far / 4, far);
         const int32_t r2 = trial % 7 == 0 ? r1 : uniform(rng, -far / 4, far), c2 = trial % 11 == 0 ? c1 : uniform(rng, -far / 4, far);
+        const auto ops = slowBrush<typename M::Real>(r1, c1, r2, c2, s.rc.data());
+        // A line that wrapped clipping turned against its minor step walks out of the rectangle; not drawn here.
+        if (std::any_of(ops.begin(), ops.end(), [&](auto op) { return !s.inside(op[0], op[1]); }))
+            return;
         s.draw(M::drawI, M::drawRgb, r1, c1, r2, c2, Dst{}, 21, Clip{}, table.data(), level);
-        for (const auto &[r, c, d] : slowBrush<typename M::Real>(r1, c1, r2, c2, s.rc.data()))
+        for (const auto &[r, c, d] : ops)
             s.at(r, c, [&](auto old, int32_t p) { return keepAdd(old, table[d], table[(level + p) * 25 + d]); });
     });
 }
