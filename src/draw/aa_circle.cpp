@@ -27,29 +27,32 @@ void drawCircle(const Planes &planes, const T *value, const int16_t *sqrtTable, 
     // Steps whose points all miss the rectangle are jumped, not walked; the
     // walk after a jump is the one every step would have given.
     const VisibleSteps visible(cr, cc, rect);
-    int64_t recheckAt = walk.x;
     while (walk.x < walk.y) {
-        if (walk.x >= recheckAt) {
-            const auto next = visible.from(walk.x);
-            if (next.first > walk.x) {
-                // The walk ends at an x no later than its y: past that
-                // nothing more can be drawn, the diagonal included.
-                if (next.first > walk.y || !walk.advanceTo(next.first)) {
-                    return;
-                }
-                continue;
+        const auto next = visible.from(walk.x);
+        if (next.first > walk.x) {
+            // The walk ends at an x no later than its y: past that nothing
+            // more can be drawn, the diagonal included.
+            if (next.first > walk.y || !walk.advanceTo(next.first)) {
+                return;
             }
-            recheckAt = next.lastOfRun + 1;
+            continue;
         }
-        const int32_t x = walk.x, y = walk.y;
-        const auto crossing = Coverage::crossing(x, y, radius, sqrtTable);
-        const auto other = Coverage::complement(crossing.weight);
-        for (int32_t p = 0; p < planes.count(); ++p) {
-            termsA[p] = Coverage::term(value[p], crossing.outside ? other : crossing.weight);
-            termsB[p] = Coverage::term(value[p], crossing.outside ? crossing.weight : other);
+        // The run of steps that can draw, walked on a copy the compiler can
+        // keep in registers.
+        OctantWalk run = walk;
+        const int64_t runLast = next.lastOfRun;
+        while (run.x < run.y && run.x <= runLast) {
+            const int32_t x = run.x, y = run.y;
+            const auto crossing = Coverage::crossing(x, y, radius, sqrtTable);
+            const auto other = Coverage::complement(crossing.weight);
+            for (int32_t p = 0; p < planes.count(); ++p) {
+                termsA[p] = Coverage::term(value[p], crossing.outside ? other : crossing.weight);
+                termsB[p] = Coverage::term(value[p], crossing.outside ? crossing.weight : other);
+            }
+            blendOctantPairs(planes, cr, cc, x, y, rect, numRows, termsA, termsB, crossing.weight, crossing.outside);
+            run.step();
         }
-        blendOctantPairs(planes, cr, cc, x, y, rect, numRows, termsA, termsB, crossing.weight, crossing.outside);
-        walk.step();
+        walk = run;
     }
     const int32_t x = walk.x, y = walk.y;
     if (x == y) {

@@ -86,7 +86,7 @@ template <class T, class Planes>
 void blendRingSet(const Planes &planes, int32_t cr, int32_t cc, int32_t a, int32_t x, const ClipRectangle &clip,
                   int32_t numRows, const T *values, OpacityOf<T> opacity)
 {
-    auto blendAt = [&](int32_t row, int32_t column) {
+    auto blendAt = [&](int32_t row, int32_t column) __attribute__((always_inline)) {
         blendRingPixel(planes, row, column, clip, numRows, values, opacity);
     };
     if (x == 0) {
@@ -109,7 +109,8 @@ void blendRingSet(const Planes &planes, int32_t cr, int32_t cc, int32_t a, int32
     blendAt(wrapAdd(cr, x), wrapSub(cc, a));
 }
 
-// The ring offsets (a, x) for a = max(x, A(x) + 1) .. P(x).
+// The ring offsets (a, x) for a = max(x, A(x) + 1) .. P(x), as the walk
+// below blends them.
 template <class T, class Planes>
 void blendRingOffsets(const Planes &planes, int32_t cr, int32_t cc, int32_t x, int32_t full, int32_t ring,
                       const ClipRectangle &clip, int32_t numRows, int32_t radius, const T *colour,
@@ -161,7 +162,17 @@ void fillDiscByWalking(const Planes &planes, const T *colour, int32_t cr, int32_
         if (x > ring) {
             break;
         }
-        blendRingOffsets(planes, cr, cc, x, full, ring, clip, numRows, radius, colour, opacity);
+        const int32_t xSquared = wrapMul(x, x);
+        for (int32_t a = full + 1 > x ? full + 1 : x; a <= ring; ++a) {
+            const int32_t q = wrapSub(wrapSub(radiusSquared, wrapMul(a, a)), xSquared);
+            const auto coverage = ringCoverage<T>(q, radius);
+            if constexpr (!std::is_floating_point_v<T>) {
+                if (coverage == 0) {
+                    continue;
+                }
+            }
+            blendRingSet(planes, cr, cc, a, x, clip, numRows, colour, scaledOpacity(opacity, coverage));
+        }
     }
 }
 
@@ -214,13 +225,10 @@ inline bool discFitsExactly(int32_t cr, int32_t cc, int32_t radius)
 // call, which writes columns cc -+ A(x): that column offset j is not flat and
 // the call is the one at x = A(j).
 template <class T, class Planes>
-void fillDisc(const Planes &planes, const T *colour, int32_t cr, int32_t cc, const ClipRectangle &clip,
-              int32_t numRows, int32_t radius, OpacityOf<T> opacity)
+[[gnu::noinline]] void fillDiscFromExtents(const Planes &planes, const T *colour, int32_t cr, int32_t cc,
+                                           const ClipRectangle &clip, int32_t numRows, int32_t radius,
+                                           OpacityOf<T> opacity)
 {
-    if (!discFitsExactly(cr, cc, radius)) {
-        fillDiscByWalking(planes, colour, cr, cc, clip, numRows, radius, opacity);
-        return;
-    }
     const int64_t squared = int64_t(radius) * radius;
     const int64_t fullLimit = squared - radius, ringLimit = squared + radius - 1;
     auto full = [&](int64_t x) { return extentAt(fullLimit, x); };
@@ -242,6 +250,20 @@ void fillDisc(const Planes &planes, const T *colour, int32_t cr, int32_t cc, con
         blendRingOffsets(planes, cr, cc, int32_t(x), int32_t(full(x)), int32_t(extentAt(ringLimit, x)), clip,
                          numRows, radius, colour, opacity);
     });
+}
+
+// A disc no larger than the rectangle is walked: the steps cost less than
+// finding each extent by square root.
+template <class T, class Planes>
+void fillDisc(const Planes &planes, const T *colour, int32_t cr, int32_t cc, const ClipRectangle &clip,
+              int32_t numRows, int32_t radius, OpacityOf<T> opacity)
+{
+    const int64_t clipSpan = int64_t(clip.rowMax) - clip.rowMin + int64_t(clip.colMax) - clip.colMin;
+    if (!discFitsExactly(cr, cc, radius) || radius <= 2 * clipSpan + 64) {
+        fillDiscByWalking(planes, colour, cr, cc, clip, numRows, radius, opacity);
+    } else {
+        fillDiscFromExtents(planes, colour, cr, cc, clip, numRows, radius, opacity);
+    }
 }
 
 template <class T>
