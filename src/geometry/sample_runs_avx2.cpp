@@ -81,9 +81,18 @@ struct DoubleLanes {
     static Values gather(const double *base, Indices i) { return _mm256_i32gather_pd(base, i, 8); }
     static void fourTaps(const double *base, Indices start, Values taps[4])
     {
-        for (int j = 0; j < 4; ++j) {
-            taps[j] = gather(base, add(start, allIndices(j)));
+        alignas(16) int32_t at[4];
+        _mm_store_si128(reinterpret_cast<__m128i *>(at), start);
+        __m256d lanes[4];
+        for (int k = 0; k < 4; ++k) {
+            lanes[k] = _mm256_loadu_pd(base + at[k]);
         }
+        const __m256d low01 = _mm256_unpacklo_pd(lanes[0], lanes[1]), high01 = _mm256_unpackhi_pd(lanes[0], lanes[1]);
+        const __m256d low23 = _mm256_unpacklo_pd(lanes[2], lanes[3]), high23 = _mm256_unpackhi_pd(lanes[2], lanes[3]);
+        taps[0] = _mm256_permute2f128_pd(low01, low23, 0x20);
+        taps[1] = _mm256_permute2f128_pd(high01, high23, 0x20);
+        taps[2] = _mm256_permute2f128_pd(low01, low23, 0x31);
+        taps[3] = _mm256_permute2f128_pd(high01, high23, 0x31);
     }
     static bool allWithin(Indices i, int32_t lo, int32_t hi)
     {
