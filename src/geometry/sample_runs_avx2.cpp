@@ -5,6 +5,8 @@
 
 #include <immintrin.h>
 
+#include <cstring>
+
 // The gather intrinsics start from an undefined register that GCC 12 then
 // reports as possibly uninitialised.
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
@@ -32,6 +34,22 @@ struct SingleLanes {
     // taps[j] = base[start + j] in every lane: four consecutive elements per
     // lane, read as one 16-byte load each and transposed, which costs far
     // less than four gathers.
+    // taps[j] = base[start + j], j = 0, 1, in every lane: one 8-byte load
+    // per lane.
+    static void twoTaps(const float *base, Indices start, Values taps[2])
+    {
+        alignas(32) int32_t at[8];
+        _mm256_store_si256(reinterpret_cast<__m256i *>(at), start);
+        auto pair = [&](int k) {
+            long long both;
+            std::memcpy(&both, base + at[k], sizeof both);
+            return both;
+        };
+        const __m256 evenPairs = _mm256_castsi256_ps(_mm256_set_epi64x(pair(5), pair(4), pair(1), pair(0)));
+        const __m256 oddPairs = _mm256_castsi256_ps(_mm256_set_epi64x(pair(7), pair(6), pair(3), pair(2)));
+        taps[0] = _mm256_shuffle_ps(evenPairs, oddPairs, 0x88);
+        taps[1] = _mm256_shuffle_ps(evenPairs, oddPairs, 0xDD);
+    }
     static void fourTaps(const float *base, Indices start, Values taps[4])
     {
         alignas(32) int32_t at[8];
@@ -79,6 +97,15 @@ struct DoubleLanes {
     static Indices smaller(Indices a, Indices b) { return _mm_min_epi32(a, b); }
     static Indices multiply(Indices a, Indices b) { return _mm_mullo_epi32(a, b); }
     static Values gather(const double *base, Indices i) { return _mm256_i32gather_pd(base, i, 8); }
+    static void twoTaps(const double *base, Indices start, Values taps[2])
+    {
+        alignas(16) int32_t at[4];
+        _mm_store_si128(reinterpret_cast<__m128i *>(at), start);
+        const __m256d firstHalves = _mm256_set_m128d(_mm_loadu_pd(base + at[2]), _mm_loadu_pd(base + at[0]));
+        const __m256d secondHalves = _mm256_set_m128d(_mm_loadu_pd(base + at[3]), _mm_loadu_pd(base + at[1]));
+        taps[0] = _mm256_unpacklo_pd(firstHalves, secondHalves);
+        taps[1] = _mm256_unpackhi_pd(firstHalves, secondHalves);
+    }
     static void fourTaps(const double *base, Indices start, Values taps[4])
     {
         alignas(16) int32_t at[4];
@@ -152,12 +179,24 @@ int32_t bilinearLanes(const typename L::Real *plane, int32_t numRows, int32_t nu
         if (!L::allWithin(r0, 0, numRows - 1) || !L::allWithin(c0, 0, numCols - 1)) {
             return false;
         }
-        const auto r1 = L::smaller(L::add(r0, oneIndex), lastRow);
-        const auto c1 = L::smaller(L::add(c0, oneIndex), lastColumn);
         const V fy = y - L::toReal(r0), fx = x - L::toReal(c0);
-        const auto nearColumn = L::multiply(c0, rows), farColumn = L::multiply(c1, rows);
-        const V s00 = L::gather(plane, L::add(r0, nearColumn)), s10 = L::gather(plane, L::add(r1, nearColumn));
-        const V s01 = L::gather(plane, L::add(r0, farColumn)), s11 = L::gather(plane, L::add(r1, farColumn));
+        V near[2], far[2];
+        if (L::allWithin(r0, 0, numRows - 2) && L::allWithin(c0, 0, numCols - 2)) {
+            // Away from the last row and column the far taps are the next
+            // row and column: two neighbours per column, one load each.
+            const auto nearColumn = L::multiply(c0, rows);
+            L::twoTaps(plane, L::add(r0, nearColumn), near);
+            L::twoTaps(plane, L::add(L::add(r0, nearColumn), rows), far);
+        } else {
+            const auto r1 = L::smaller(L::add(r0, oneIndex), lastRow);
+            const auto c1 = L::smaller(L::add(c0, oneIndex), lastColumn);
+            const auto nearColumn = L::multiply(c0, rows), farColumn = L::multiply(c1, rows);
+            near[0] = L::gather(plane, L::add(r0, nearColumn));
+            near[1] = L::gather(plane, L::add(r1, nearColumn));
+            far[0] = L::gather(plane, L::add(r0, farColumn));
+            far[1] = L::gather(plane, L::add(r1, farColumn));
+        }
+        const V s00 = near[0], s10 = near[1], s01 = far[0], s11 = far[1];
         L::store(out, (s01 * (one - fy) + s11 * fy) * fx + (s00 * (one - fy) + s10 * fy) * (one - fx));
         return true;
     });
