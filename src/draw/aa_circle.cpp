@@ -40,8 +40,8 @@ void drawCircle(const Planes &planes, const T *value, const int16_t *sqrtTable, 
         // The run of steps that can draw, walked on a copy the compiler can
         // keep in registers.
         OctantWalk run = walk;
-        const int64_t runLast = next.lastOfRun;
-        while (run.x < run.y && run.x <= runLast) {
+        const int32_t runEnd = next.lastOfRun < run.y ? static_cast<int32_t>(next.lastOfRun) + 1 : run.y;
+        while (run.x < run.y && run.x < runEnd) {
             const int32_t x = run.x, y = run.y;
             const auto crossing = Coverage::crossing(x, y, radius, sqrtTable);
             const auto other = Coverage::complement(crossing.weight);
