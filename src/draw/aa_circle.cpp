@@ -1,6 +1,7 @@
 #include "ornex_rt.h"
 
 #include "draw/aa_circle.hpp"
+#include "draw/aa_circle_walk.hpp"
 #include "frame/heap_scratch.hpp"
 
 namespace ornex::draw {
@@ -16,31 +17,44 @@ void drawCircle(const Planes &planes, const T *value, const int16_t *sqrtTable, 
     using Coverage = CoverageOf<T>;
     writeQuadPoints(planes, cr, cc, x0, y0, rect, numRows, value);
 
-    int32_t d = wrapSub(3, wrapMul(2, radius));
-    int32_t y = y0;
-    if (d >= 0) {
-        d = wrapAdd(d, wrapAdd(wrapMul(4, wrapSub(x0, y0)), 10));
-        y = wrapSub(y0, 1);
+    OctantWalk walk{wrapAdd(x0, 1), y0, wrapSub(3, wrapMul(2, radius))};
+    if (walk.d >= 0) {
+        walk.d = wrapAdd(walk.d, wrapAdd(wrapMul(4, wrapSub(x0, y0)), 10));
+        walk.y = wrapSub(y0, 1);
     } else {
-        d = wrapAdd(d, wrapAdd(wrapMul(4, x0), 6));
+        walk.d = wrapAdd(walk.d, wrapAdd(wrapMul(4, x0), 6));
     }
-    int32_t x = wrapAdd(x0, 1);
-    while (x < y) {
-        const auto crossing = Coverage::crossing(x, y, radius, sqrtTable);
-        const auto other = Coverage::complement(crossing.weight);
-        for (int32_t p = 0; p < planes.count(); ++p) {
-            termsA[p] = Coverage::term(value[p], crossing.outside ? other : crossing.weight);
-            termsB[p] = Coverage::term(value[p], crossing.outside ? crossing.weight : other);
+    // Steps whose points all miss the rectangle are jumped, not walked; the
+    // walk after a jump is the one every step would have given.
+    const VisibleSteps visible(cr, cc, rect);
+    while (walk.x < walk.y) {
+        const auto next = visible.from(walk.x);
+        if (next.first > walk.x) {
+            // The walk ends at an x no later than its y: past that nothing
+            // more can be drawn, the diagonal included.
+            if (next.first > walk.y || !walk.advanceTo(next.first)) {
+                return;
+            }
+            continue;
         }
-        blendOctantPairs(planes, cr, cc, x, y, rect, numRows, termsA, termsB, crossing.weight, crossing.outside);
-        if (d >= 0) {
-            d = wrapAdd(d, wrapAdd(wrapMul(4, wrapSub(x, y)), 10));
-            y = wrapSub(y, 1);
-        } else {
-            d = wrapAdd(d, wrapAdd(wrapMul(4, x), 6));
+        // The run of steps that can draw, walked on a copy the compiler can
+        // keep in registers.
+        OctantWalk run = walk;
+        const int32_t runEnd = next.lastOfRun < run.y ? static_cast<int32_t>(next.lastOfRun) + 1 : run.y;
+        while (run.x < run.y && run.x < runEnd) {
+            const int32_t x = run.x, y = run.y;
+            const auto crossing = Coverage::crossing(x, y, radius, sqrtTable);
+            const auto other = Coverage::complement(crossing.weight);
+            for (int32_t p = 0; p < planes.count(); ++p) {
+                termsA[p] = Coverage::term(value[p], crossing.outside ? other : crossing.weight);
+                termsB[p] = Coverage::term(value[p], crossing.outside ? crossing.weight : other);
+            }
+            blendOctantPairs(planes, cr, cc, x, y, rect, numRows, termsA, termsB, crossing.weight, crossing.outside);
+            run.step();
         }
-        x = wrapAdd(x, 1);
+        walk = run;
     }
+    const int32_t x = walk.x, y = walk.y;
     if (x == y) {
         // The diagonal pixels replace the background with the larger weight
         // instead of being blended like the pairs before them.

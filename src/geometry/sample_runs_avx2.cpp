@@ -5,6 +5,8 @@
 
 #include <immintrin.h>
 
+#include <cstring>
+
 // The gather intrinsics start from an undefined register that GCC 12 then
 // reports as possibly uninitialised.
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
@@ -29,6 +31,41 @@ struct SingleLanes {
     static Indices smaller(Indices a, Indices b) { return _mm256_min_epi32(a, b); }
     static Indices multiply(Indices a, Indices b) { return _mm256_mullo_epi32(a, b); }
     static Values gather(const float *base, Indices i) { return _mm256_i32gather_ps(base, i, 4); }
+    // taps[j] = base[start + j] in every lane: four consecutive elements per
+    // lane, read as one 16-byte load each and transposed, which costs far
+    // less than four gathers.
+    // taps[j] = base[start + j], j = 0, 1, in every lane: one 8-byte load
+    // per lane.
+    static void twoTaps(const float *base, Indices start, Values taps[2])
+    {
+        alignas(32) int32_t at[8];
+        _mm256_store_si256(reinterpret_cast<__m256i *>(at), start);
+        auto pair = [&](int k) {
+            long long both;
+            std::memcpy(&both, base + at[k], sizeof both);
+            return both;
+        };
+        const __m256 evenPairs = _mm256_castsi256_ps(_mm256_set_epi64x(pair(5), pair(4), pair(1), pair(0)));
+        const __m256 oddPairs = _mm256_castsi256_ps(_mm256_set_epi64x(pair(7), pair(6), pair(3), pair(2)));
+        taps[0] = _mm256_shuffle_ps(evenPairs, oddPairs, 0x88);
+        taps[1] = _mm256_shuffle_ps(evenPairs, oddPairs, 0xDD);
+    }
+    static void fourTaps(const float *base, Indices start, Values taps[4])
+    {
+        alignas(32) int32_t at[8];
+        _mm256_store_si256(reinterpret_cast<__m256i *>(at), start);
+        __m256 pairs[4];
+        for (int k = 0; k < 4; ++k) {
+            pairs[k] = _mm256_insertf128_ps(_mm256_castps128_ps256(_mm_loadu_ps(base + at[k])),
+                                            _mm_loadu_ps(base + at[k + 4]), 1);
+        }
+        const __m256 low01 = _mm256_unpacklo_ps(pairs[0], pairs[1]), high01 = _mm256_unpackhi_ps(pairs[0], pairs[1]);
+        const __m256 low23 = _mm256_unpacklo_ps(pairs[2], pairs[3]), high23 = _mm256_unpackhi_ps(pairs[2], pairs[3]);
+        taps[0] = _mm256_shuffle_ps(low01, low23, 0x44);
+        taps[1] = _mm256_shuffle_ps(low01, low23, 0xEE);
+        taps[2] = _mm256_shuffle_ps(high01, high23, 0x44);
+        taps[3] = _mm256_shuffle_ps(high01, high23, 0xEE);
+    }
     // Whether lo <= i <= hi in every lane.
     static bool allWithin(Indices i, int32_t lo, int32_t hi)
     {
@@ -60,6 +97,30 @@ struct DoubleLanes {
     static Indices smaller(Indices a, Indices b) { return _mm_min_epi32(a, b); }
     static Indices multiply(Indices a, Indices b) { return _mm_mullo_epi32(a, b); }
     static Values gather(const double *base, Indices i) { return _mm256_i32gather_pd(base, i, 8); }
+    static void twoTaps(const double *base, Indices start, Values taps[2])
+    {
+        alignas(16) int32_t at[4];
+        _mm_store_si128(reinterpret_cast<__m128i *>(at), start);
+        const __m256d firstHalves = _mm256_set_m128d(_mm_loadu_pd(base + at[2]), _mm_loadu_pd(base + at[0]));
+        const __m256d secondHalves = _mm256_set_m128d(_mm_loadu_pd(base + at[3]), _mm_loadu_pd(base + at[1]));
+        taps[0] = _mm256_unpacklo_pd(firstHalves, secondHalves);
+        taps[1] = _mm256_unpackhi_pd(firstHalves, secondHalves);
+    }
+    static void fourTaps(const double *base, Indices start, Values taps[4])
+    {
+        alignas(16) int32_t at[4];
+        _mm_store_si128(reinterpret_cast<__m128i *>(at), start);
+        __m256d lanes[4];
+        for (int k = 0; k < 4; ++k) {
+            lanes[k] = _mm256_loadu_pd(base + at[k]);
+        }
+        const __m256d low01 = _mm256_unpacklo_pd(lanes[0], lanes[1]), high01 = _mm256_unpackhi_pd(lanes[0], lanes[1]);
+        const __m256d low23 = _mm256_unpacklo_pd(lanes[2], lanes[3]), high23 = _mm256_unpackhi_pd(lanes[2], lanes[3]);
+        taps[0] = _mm256_permute2f128_pd(low01, low23, 0x20);
+        taps[1] = _mm256_permute2f128_pd(high01, high23, 0x20);
+        taps[2] = _mm256_permute2f128_pd(low01, low23, 0x31);
+        taps[3] = _mm256_permute2f128_pd(high01, high23, 0x31);
+    }
     static bool allWithin(Indices i, int32_t lo, int32_t hi)
     {
         const __m128i below = _mm_cmpgt_epi32(_mm_set1_epi32(lo), i);
@@ -72,6 +133,36 @@ struct DoubleLanes {
     }
 };
 
+// Runs packs through pack(y, x, destination), which returns false (and
+// writes nothing) for a pack it does not take. A last partial pack is filled
+// up with copies of its last position, sampled whole and only its own lanes
+// kept: every lane is independent, so the padding changes no result.
+template <class L, class Pack>
+int32_t runPacks(const typename L::Real *ys, const typename L::Real *xs, int32_t count,
+                 typename L::Real *destination, const Pack &pack)
+{
+    using Real = typename L::Real;
+    int32_t i = 0;
+    for (; i + L::width <= count; i += L::width) {
+        if (!pack(L::load(ys + i), L::load(xs + i), destination + i)) {
+            return i;
+        }
+    }
+    if (i < count) {
+        Real y[L::width], x[L::width], sampled[L::width];
+        for (int k = 0; k < L::width; ++k) {
+            y[k] = ys[i + k < count ? i + k : count - 1];
+            x[k] = xs[i + k < count ? i + k : count - 1];
+        }
+        if (pack(L::load(y), L::load(x), sampled)) {
+            for (int k = 0; i < count; ++k, ++i) {
+                destination[i] = sampled[k];
+            }
+        }
+    }
+    return i;
+}
+
 // (s01 (1 - fy) + s11 fy) fx + (s00 (1 - fy) + s10 fy) (1 - fx), lanes
 // stopping at the first pack with a position left of or above the image.
 template <class L>
@@ -83,22 +174,32 @@ int32_t bilinearLanes(const typename L::Real *plane, int32_t numRows, int32_t nu
     const V one = L::all(1);
     const auto lastRow = L::allIndices(numRows - 1), lastColumn = L::allIndices(numCols - 1);
     const auto rows = L::allIndices(numRows), oneIndex = L::allIndices(1);
-    int32_t i = 0;
-    for (; i + L::width <= count; i += L::width) {
-        const V y = L::load(ys + i), x = L::load(xs + i);
+    return runPacks<L>(ys, xs, count, destination, [&](V y, V x, typename L::Real *out) {
         const auto r0 = L::truncate(y), c0 = L::truncate(x);
         if (!L::allWithin(r0, 0, numRows - 1) || !L::allWithin(c0, 0, numCols - 1)) {
-            break;
+            return false;
         }
-        const auto r1 = L::smaller(L::add(r0, oneIndex), lastRow);
-        const auto c1 = L::smaller(L::add(c0, oneIndex), lastColumn);
         const V fy = y - L::toReal(r0), fx = x - L::toReal(c0);
-        const auto nearColumn = L::multiply(c0, rows), farColumn = L::multiply(c1, rows);
-        const V s00 = L::gather(plane, L::add(r0, nearColumn)), s10 = L::gather(plane, L::add(r1, nearColumn));
-        const V s01 = L::gather(plane, L::add(r0, farColumn)), s11 = L::gather(plane, L::add(r1, farColumn));
-        L::store(destination + i, (s01 * (one - fy) + s11 * fy) * fx + (s00 * (one - fy) + s10 * fy) * (one - fx));
-    }
-    return i;
+        V near[2], far[2];
+        if (L::allWithin(r0, 0, numRows - 2) && L::allWithin(c0, 0, numCols - 2)) {
+            // Away from the last row and column the far taps are the next
+            // row and column: two neighbours per column, one load each.
+            const auto nearColumn = L::multiply(c0, rows);
+            L::twoTaps(plane, L::add(r0, nearColumn), near);
+            L::twoTaps(plane, L::add(L::add(r0, nearColumn), rows), far);
+        } else {
+            const auto r1 = L::smaller(L::add(r0, oneIndex), lastRow);
+            const auto c1 = L::smaller(L::add(c0, oneIndex), lastColumn);
+            const auto nearColumn = L::multiply(c0, rows), farColumn = L::multiply(c1, rows);
+            near[0] = L::gather(plane, L::add(r0, nearColumn));
+            near[1] = L::gather(plane, L::add(r1, nearColumn));
+            far[0] = L::gather(plane, L::add(r0, farColumn));
+            far[1] = L::gather(plane, L::add(r1, farColumn));
+        }
+        const V s00 = near[0], s10 = near[1], s01 = far[0], s11 = far[1];
+        L::store(out, (s01 * (one - fy) + s11 * fy) * fx + (s00 * (one - fy) + s10 * fy) * (one - fx));
+        return true;
+    });
 }
 
 // Cubic convolution weights (a = -1) for taps -1, 0, 1, 2, in the scalar
@@ -128,25 +229,24 @@ int32_t bicubicLanes(const typename L::Real *plane, int32_t numRows, int32_t num
 {
     using V = typename L::Values;
     const auto rows = L::allIndices(numRows);
-    int32_t i = 0;
-    for (; i + L::width <= count; i += L::width) {
-        const V y = L::load(ys + i), x = L::load(xs + i);
+    return runPacks<L>(ys, xs, count, destination, [&](V y, V x, typename L::Real *out) {
         const auto r = L::truncate(y), c = L::truncate(x);
         if (!L::allWithin(r, 1, numRows - 3) || !L::allWithin(c, 1, numCols - 3) || !L::noneExact(y, r) ||
             !L::noneExact(x, c)) {
-            break;
+            return false;
         }
         const LaneWeights<L> down(y - L::toReal(r)), across(x - L::toReal(c));
         V columns[4];
         for (int k = 0; k < 4; ++k) {
-            const auto top = L::add(L::multiply(L::add(c, L::allIndices(k - 1)), rows), r);
-            columns[k] = down.blend(L::gather(plane, L::add(top, L::allIndices(-1))), L::gather(plane, top),
-                                    L::gather(plane, L::add(top, L::allIndices(1))),
-                                    L::gather(plane, L::add(top, L::allIndices(2))));
+            // Rows r - 1 .. r + 2 of column c + k - 1.
+            V taps[4];
+            L::fourTaps(plane, L::add(L::multiply(L::add(c, L::allIndices(k - 1)), rows), L::add(r, L::allIndices(-1))),
+                        taps);
+            columns[k] = down.blend(taps[0], taps[1], taps[2], taps[3]);
         }
-        L::store(destination + i, across.blend(columns[0], columns[1], columns[2], columns[3]));
-    }
-    return i;
+        L::store(out, across.blend(columns[0], columns[1], columns[2], columns[3]));
+        return true;
+    });
 }
 
 } // namespace

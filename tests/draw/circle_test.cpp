@@ -109,14 +109,20 @@ TYPED_TEST(AACircle, KernelsAgainstTheirWrittenOutPlacement)
 
 // The outline walked as written: the start point replaced by the colour, midpoint decisions, each step a pair of
 // complementary weights about the exact crossing (square root, or the table through the Q10 delta), the diagonal
-// replaced with the larger weight. Radii 0 and 1, clipping, start points off the axis.
+// replaced with the larger weight. Radii 0 and 1, clipping, start points off the axis; every fifth circle has a radius
+// of 2^12 .. 40000 and a centre far outside, placed so that the arc near a random step crosses the image.
 TYPED_TEST(AACircle, OutlineAgainstTheWrittenOutWalk)
 {
     using M = TypeParam;
     using T = typename M::T;
     using W = typename M::W;
     forEachScene<T>(7, 400, 36, 38, [](int trial, std::mt19937 &rng, Scene<T> &s) {
-        const int32_t radius = trial % 50, cr = uniform(rng, -5, 40), cc = uniform(rng, -5, 40);
+        const bool far = trial % 5 == 4;
+        const int32_t radius = far ? uniform(rng, 4096, 40000) : trial % 50;
+        const int32_t arcRow = uniform(rng, 0, radius * 3 / 4), arcCol = int32_t(std::sqrt(double(radius) * radius - double(arcRow) * arcRow));
+        const int32_t flip = far ? uniform(rng, 0, 3) : -1, along = flip & 1 ? arcRow : arcCol, across = flip & 1 ? arcCol : arcRow;
+        const int32_t cr = uniform(rng, -5, 40) - (flip < 0 ? 0 : flip & 2 ? -across : across);
+        const int32_t cc = uniform(rng, -5, 40) - (flip < 0 ? 0 : flip & 2 ? along : -along);
         const int32_t x0 = trial % 4 == 0 ? uniform(rng, 0, radius / 2) : 0, y0 = radius - x0 / 3;
         const T *value = s.colour.data();
         if constexpr (M::floating)
@@ -161,23 +167,28 @@ TYPED_TEST(AACircle, OutlineAgainstTheWrittenOutWalk)
 
 // Q = R*R - a*a - b*b decides each pixel alone: Q >= R takes the opacity, Q <= -R stays, between takes the opacity
 // scaled by (Q + R)/(2R), or by ((Q + R)*512)/R in Q10 where a coverage of 0 skips the pixel. Spans: rows cr -+ a of
-// columns cc -+ b (one column when b = 0), and for eight points also of (b, a) when a != b.
+// columns cc -+ b (one column when b = 0), and for eight points also of (b, a) when a != b. Some discs have radii of
+// 2^12 .. 46000 and centres far outside, their edge crossing the image.
 TYPED_TEST(AACircle, FilledDiscsAndSpansPixelByPixel)
 {
     using M = TypeParam;
     using T = typename M::T;
     using O = typename M::O;
     forEachScene<T>(8, 300, 36, 38, [](int trial, std::mt19937 &rng, Scene<T> &s) {
-        const int32_t radius = trial % 5 == 0 ? uniform(rng, -1, 3) : uniform(rng, 1, 40), a = uniform(rng, -2, 10);
-        const int32_t cr = uniform(rng, -10, 45), cc = uniform(rng, -10, 45), b = uniform(rng, -2, 10);
+        const bool far = trial % 5 == 1;
+        const int32_t radius = trial % 5 == 0 ? uniform(rng, -1, 3) : uniform(rng, 1, far ? 46000 : 40), a = uniform(rng, -2, 10);
+        const double angle = uniform(rng, 0, 627) / 100.0, reach = far ? radius + uniform(rng, -20, 20) : 0;
+        const int32_t cr = uniform(rng, -10, 45) - int32_t(reach * std::sin(angle)), b = uniform(rng, -2, 10);
+        const int32_t cc = uniform(rng, -10, 45) - int32_t(reach * std::cos(angle));
         const O opacity = randomOpacity<O>(rng);
         const bool disc = trial % 3 != 2, eight = trial % 3 == 1;
         auto blendWith = [&](int32_t r, int32_t c, O o) { s.at(r, c, [&](T old, int32_t p) { return blendFill(old, s.colour[p], o); }); };
         if (disc) {
             s.draw(M::discI, M::discRgb, Dst{}, s.colour.data(), cr, cc, Clip{}, 36, radius, opacity);
             for (int32_t k = 0; radius >= 1 && k < 36 * 38; ++k) {
-                const int32_t r = k % 36, c = k / 36, q = radius * radius - (r - cr) * (r - cr) - (c - cc) * (c - cc);
-                const int32_t cov = (q + radius) * 512 / radius;
+                const int32_t r = k % 36, c = k / 36;
+                const int64_t q = int64_t(radius) * radius - int64_t(r - cr) * (r - cr) - int64_t(c - cc) * (c - cc);
+                const int32_t cov = int32_t((q + radius) * 512 / radius);
                 if (q >= radius)
                     blendWith(r, c, opacity);
                 else if (q > -radius && M::floating)
@@ -194,6 +205,27 @@ TYPED_TEST(AACircle, FilledDiscsAndSpansPixelByPixel)
                         blendWith(r, k == 0 ? cc + sb : cc - sb, opacity);
         }
     });
+}
+
+// From (0, r) the walk's y at step x is the largest y with x^2 + y(y - 1) < r^2: the midpoint (x, y - 1/2) lies
+// inside. With r = 2^28 and x = 1.5e8 that pixel, put at column 2 of a 1x5 image, and its partner at column 1 or 3
+// are blended; columns 0 and 4 stay. About (3, 3) a radius of 2^31 - 2 leaves a 1x1 image at (0, 0) alone: only step
+// 3 meets its row and column, where the other offset is near 2^31.
+TEST(AACircleFarGeometry, OnlyTheStepsReachingTheImageDraw)
+{
+    const int64_t r = int64_t(1) << 28, x = 150000000;
+    int64_t y = int64_t(std::sqrt(double(r * r - x * x))) + 2;
+    while (x * x + y * (y - 1) >= r * r)
+        --y;
+    std::vector<uint8_t> row{9, 9, 9, 9, 9};
+    const uint8_t fill = 200;
+    ORNEX_Draw_AA_Circle_I_UI8(row.data(), &fill, sqrtTable.data(), 0, int32_t(r), int32_t(-x), int32_t(2 - y), 0, 0, 0,
+                               4, 1, int32_t(r), 1, 5);
+    EXPECT_TRUE(row[0] == 9 && row[4] == 9 && (row[1] != 9 || row[2] != 9 || row[3] != 9));
+    uint8_t pixel = 9;
+    const int32_t huge = INT32_MAX - 1;
+    ORNEX_Draw_AA_Circle_I_UI8(&pixel, &fill, sqrtTable.data(), 0, huge, 3, 3, 0, 0, 0, 0, 1, huge, 1, 1);
+    EXPECT_EQ(pixel, 9);
 }
 
 TEST(AAFilledCircleMaps, HandDerivedPixels)
