@@ -157,8 +157,8 @@ struct NoCompanion {};
 template <class Companion = NoCompanion>
 class ActiveEdges {
 public:
-    ActiveEdges(int32_t *table, int32_t stride, Companion *companion = nullptr)
-        : table_(table), stride_(stride), companion_(companion)
+    ActiveEdges(int32_t *table, int32_t stride, Companion *companion = nullptr, int32_t count = 0)
+        : table_(table), stride_(stride), companion_(companion), count_(count)
     {
     }
 
@@ -352,8 +352,27 @@ private:
     int32_t *table_;
     int32_t stride_;
     Companion *companion_;
-    int32_t count_ = 0;
+    int32_t count_;
 };
+
+// Steps the plain sweep's active edges (count of them, fields at stride in
+// table) over the columns from scan up to the next event or firstColumn
+// when there are several, re-sorting by row (rows that tie may settle in
+// any order: only the rows are seen), and returns the column reached; scan
+// when the next column is an event. Out of line, so that the hot sweep
+// keeps its list in registers.
+[[gnu::noinline]] inline int32_t skipTowards(int32_t *table, int32_t stride, int32_t count, int32_t scan,
+                                             int32_t firstColumn, int64_t nextStart, int64_t finalEnd)
+{
+    ActiveEdges<> active(table, stride, nullptr, count);
+    const int32_t target = active.nextEventColumn(scan, firstColumn, nextStart, finalEnd);
+    if (int64_t(target) - scan <= 1) {
+        return scan;
+    }
+    active.advanceBy(uint64_t(int64_t(target) - scan));
+    active.resortByRow();
+    return target;
+}
 
 // Builds the sorted edge table of a polygon with at least one edge into the
 // second half of the edge buffer, the first half serving as the builder's
@@ -412,23 +431,21 @@ void sweepPolygonColumns(int32_t *edgeBuffer, int32_t numValues, const int32_t *
         if (active.count() == 0) {
             return;
         }
-        if (scan >= firstColumn) {
-            visitColumn(scan, active.count(), active.currentRows());
-        }
-        if (scan >= lastColumn) {
-            return;
-        }
-        if (scan < firstColumn) {
+        if (scan < firstColumn) [[unlikely]] {
             const int64_t nextStart =
                 next < numEdges ? sortedTable[scanStartField * numEdges + next] : int64_t(firstColumn);
-            const int32_t target = active.nextEventColumn(scan, firstColumn, nextStart, finalEnd);
-            if (target - int64_t(scan) > 1) {
-                // Rows tie in any order here: the visits see rows, not edges.
-                active.advanceBy(uint64_t(int64_t(target) - scan));
-                active.resortByRow();
+            const int32_t target =
+                skipTowards(edgeBuffer, numEdges, active.count(), scan, firstColumn, nextStart, finalEnd);
+            if (target != scan) {
                 scan = target;
                 continue;
             }
+        }
+        // Visited even left of firstColumn when not stepped over: the visit
+        // draws nothing there.
+        visitColumn(scan, active.count(), active.currentRows());
+        if (scan >= lastColumn) [[unlikely]] {
+            return;
         }
         active.advance();
         active.resortByRow();
