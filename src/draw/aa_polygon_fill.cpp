@@ -522,7 +522,7 @@ constexpr int32_t cachedEdgeCapacity = 64;
 // closed form where their crossing keys are all distinct there: the walked
 // order, whatever the ties it went through, is then the order of the keys.
 // Nothing is inserted or removed on the way. Returns the columns stepped.
-inline int32_t jumpToward(ActiveEdges<EdgeCache> &active, int32_t scan, int32_t target)
+inline int64_t jumpToward(ActiveEdges<EdgeCache> &active, int32_t scan, int32_t target)
 {
     const int32_t count = active.count();
     int32_t rows[cachedEdgeCapacity], errors[cachedEdgeCapacity], keys[cachedEdgeCapacity];
@@ -552,7 +552,7 @@ inline int32_t jumpToward(ActiveEdges<EdgeCache> &active, int32_t scan, int32_t 
         active.companion(k).key = keys[k];
     }
     active.resortBy([&](int32_t position) { return active.companion(position).key; });
-    return int32_t(steps);
+    return steps;
 }
 
 
@@ -618,9 +618,9 @@ void sweepAntialiased(int32_t *edgeBuffer, int32_t numEdges, const int32_t *sort
                 const int64_t nextStart =
                     next < numEdges ? sortedTable[scanStartField * numEdges + next] : int64_t(clip.colMin);
                 const int32_t target = active.nextEventColumn(scan, clip.colMin, nextStart, INT64_MIN);
-                const int32_t jumped = jumpToward(active, scan, target);
+                const int64_t jumped = jumpToward(active, scan, target);
                 if (jumped > 0) {
-                    scan = wrapAdd(scan, jumped);
+                    scan = int32_t(scan + jumped);
                     continue;
                 }
             }
