@@ -52,14 +52,17 @@ inline uint64_t firstAtMost(uint64_t a, uint64_t b, uint64_t r)
 // above split and leaves g at F^n(g). Runs on one side are found in closed
 // form, an orbit that has settled into a rotation of an interval about
 // either break point is counted in closed form, and a periodic orbit is
-// found (Brent) and its whole periods counted at once.
+// found (Brent) and its whole periods counted at once. Orbits that do none
+// of these (both sides visited often, off an interval rotation: spans and
+// row deltas beyond 2^30 with unrelated remainders) are stepped point by
+// point, about as fast as walking the columns.
 inline uint64_t highVisits(uint64_t &g, uint64_t split, uint64_t lowShift, uint64_t highShift, uint64_t n)
 {
     const uint64_t m = circle;
     lowShift %= m;
     highShift %= m;
     uint64_t visits = 0;
-    uint64_t mark = g, markSteps = 0, markVisits = 0, markEvents = 0, power = 1;
+    uint64_t mark = g, markSteps = 0, markVisits = 0, markEvents = 0, power = 1, shortRuns = 0;
     while (n > 0) {
         {
             // [split - x, split + y) turned by y within its length.
@@ -97,6 +100,18 @@ inline uint64_t highVisits(uint64_t &g, uint64_t split, uint64_t lowShift, uint6
         }
         g = (g + run % m * shift) % m;
         n -= run;
+        // An orbit that keeps switching sides after short runs gains nothing
+        // from the search: it is stepped one point at a time.
+        shortRuns += run < 64 ? 1 : 0;
+        if (shortRuns > 256) {
+            visits += high ? run : 0;
+            for (; n > 0; --n) {
+                const bool above = g >= split;
+                visits += above ? 1 : 0;
+                g = (g + (above ? highShift : lowShift)) & (m - 1);
+            }
+            return visits;
+        }
         visits += high ? run : 0;
         markSteps += run;
         markVisits += high ? run : 0;
