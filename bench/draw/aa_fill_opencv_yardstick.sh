@@ -12,7 +12,7 @@ root=$(cd "$(dirname "$0")/../.." && pwd)
 build=${1:-$root/build/release}
 "$root/scripts/install-deps.sh" python3-opencv python3-numpy
 
-/usr/bin/python3 - <<'PY'
+log=$(/usr/bin/python3 - <<'PY' | tee /dev/stderr
 import random, time
 import cv2, numpy as np
 cv2.setNumThreads(1)
@@ -48,10 +48,16 @@ def draw_polygons(image):
         cv2.fillPoly(image, polygon, 255, cv2.LINE_AA)
 
 print(f"OpenCV {cv2.__version__} filled circle LINE_AA: {best_of_five(draw_discs) * 1000:.2f} ms per 2,000 discs")
-print(f"OpenCV {cv2.__version__} fillPoly LINE_AA: {best_of_five(draw_polygons) * 1000:.2f} ms per 1,000 polygons")
+aa_polygons = best_of_five(draw_polygons)
+print(f"OpenCV {cv2.__version__} fillPoly LINE_AA: {aa_polygons * 1000:.2f} ms per 1,000 polygons")
+print(f"PEER_AA_POLYGONS\t{aa_polygons * 1000:.3f}")
 PY
+)
 "$build/bench/draw_aa_fill_bench" --benchmark_repetitions=5 --benchmark_format=csv 2>/dev/null |
   awk -F, 'NR > 1 && $1 !~ /_(mean|median|stddev|cv)"$/ {gsub(/"/, "", $1);
            if (!($1 in best) || $3 < best[$1]) {best[$1] = $3}}
            END {for (name in best) printf "ornex_rt %s: %.2f ms per %s\n", name, best[name],
-                name ~ /Discs/ ? "2,000 discs" : "1,000 polygons"}' | sort
+                name ~ /Discs/ ? "2,000 discs" : "1,000 polygons"}' | sort | tee /dev/stderr |
+  awk -v peer="$(printf '%s\n' "$log" | awk -F'\t' '$1 == "PEER_AA_POLYGONS" {print $2}')" \
+      '/BM_AAPolygons_UI8_Opaque:/ {sub(/.*Opaque: /, "");
+       printf "ROW\t1,000 anti-aliased 8-vertex polygons 1024x1024 8-bit\t%.3f\tOpenCV fillPoly LINE_AA\t%s\n", $1, peer}' 

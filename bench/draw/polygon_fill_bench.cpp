@@ -1,6 +1,8 @@
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <array>
+#include <climits>
 #include <cstdint>
 #include <random>
 #include <vector>
@@ -46,6 +48,58 @@ void BM_Polygons_UI8_Half(benchmark::State &state) { fillUI8(state, 512); }
 void BM_Polygons_D_Opaque(benchmark::State &state) { fillD(state, 1.0); }
 void BM_Polygons_D_Half(benchmark::State &state) { fillD(state, 0.5); }
 
+// Stray coordinates: one vertex at column -2^31 (or a whole warp cell with
+// corners near -2^31 and 2^31 - 1) over a 24x24 image; the cost should
+// follow the few pixels drawn, not the 2^31 columns swept.
+constexpr int32_t farSide = 24;
+constexpr int32_t farPolygon[8] = {5, INT32_MIN, 20, 10, 3, 22, 12, 4};
+
+void BM_FarPolygon_UI8(benchmark::State &state)
+{
+    std::vector<uint8_t> image(farSide * farSide, 0);
+    std::vector<int32_t> edgeBuffer(64, 0), sortRecords(24, 0);
+    const uint8_t fill = 255;
+    for (auto _ : state) {
+        ORNEX_FillOnePolygon_I_UI8(edgeBuffer.data(), 8, farPolygon, sortRecords.data(), image.data(), 0, farSide - 1,
+                                   0, farSide - 1, farSide, &fill, 1024, 1, farSide * farSide);
+        benchmark::DoNotOptimize(image.data());
+    }
+}
+
+void BM_FarPolygon_AA_UI8(benchmark::State &state)
+{
+    std::vector<uint8_t> image(farSide * farSide, 0);
+    std::vector<int32_t> edgeBuffer(64, 0), sortRecords(24, 0);
+    std::vector<int16_t> boxProfile(49);
+    for (int32_t i = 0; i < 49; ++i) {
+        boxProfile[i] = int16_t(std::clamp(512 + 64 * (i - 24), 0, 1024));
+    }
+    const uint8_t fill = 255;
+    for (auto _ : state) {
+        ORNEX_FillOnePolygon_AA_I_UI8(edgeBuffer.data(), 8, farPolygon, sortRecords.data(), image.data(), 0,
+                                      farSide - 1, 0, farSide - 1, farSide, &fill, 1024, boxProfile.data(), 1,
+                                      farSide * farSide);
+        benchmark::DoNotOptimize(image.data());
+    }
+}
+
+void BM_FarWarpCell_R(benchmark::State &state)
+{
+    const int32_t corners[8] = {-7, INT32_MIN + 7, 3, 5, 30, INT32_MAX - 3, 20, 2};
+    const float identity[9] = {1, 0, 0, 0, 1, 0, 0, 0, 1};
+    std::vector<float> source(farSide * farSide, 1.0f), output(farSide * farSide, 0.0f);
+    std::vector<int32_t> edgeBuffer(64, 0), sortScratch(24, 0);
+    for (auto _ : state) {
+        ORNEX_XformOneSubdivision_R(edgeBuffer.data(), 8, corners, sortScratch.data(), output.data(), nullptr, nullptr,
+                                    0, farSide - 1, 0, farSide - 1, farSide, 0, identity, source.data(), nullptr,
+                                    nullptr, 1, farSide, farSide, farSide, 2, 0, 0, 1);
+        benchmark::DoNotOptimize(output.data());
+    }
+}
+
+BENCHMARK(BM_FarPolygon_UI8)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_FarPolygon_AA_UI8)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_FarWarpCell_R)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_Polygons_UI8_Opaque)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_Polygons_UI8_Half)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_Polygons_D_Opaque)->Unit(benchmark::kMillisecond);

@@ -42,6 +42,14 @@ struct SampledEdge {
     int32_t weight;
 };
 
+// Q10 row where an edge crosses the column it has reached, shifted by
+// quarterColumns / 4 of a column.
+inline int32_t crossingKeyOf(int32_t row, int32_t error, int32_t quarterColumns, int32_t rowDelta, int32_t scanLength)
+{
+    const int32_t along = wrapAdd(wrapMul(4, error), wrapMul(quarterColumns, rowDelta));
+    return wrapAdd(wrapMul(row, 1024), wrapDiv(wrapMul(along, 256), scanLength));
+}
+
 // The active list as the scan-line function reads it: field f of edge k at
 // f*fieldStride + k.
 struct ActiveList {
@@ -55,10 +63,8 @@ struct ActiveList {
     // quarterColumns / 4 of a column.
     int32_t crossingKey(int32_t edge, int32_t quarterColumns) const
     {
-        const int32_t along =
-            wrapAdd(wrapMul(4, field(errorTermField, edge)), wrapMul(quarterColumns, field(rowDeltaField, edge)));
-        return wrapAdd(wrapMul(field(currentRowField, edge), 1024),
-                       wrapDiv(wrapMul(along, 256), field(scanLengthField, edge)));
+        return crossingKeyOf(field(currentRowField, edge), field(errorTermField, edge), quarterColumns,
+                             field(rowDeltaField, edge), field(scanLengthField, edge));
     }
 
     SampledEdge sampled(int32_t edge, int32_t quarterColumns) const
@@ -512,6 +518,44 @@ void fillColumnFromCache(const Planes &planes, int32_t column, const ClipRectang
 // polygon has few enough edges for it to live on the stack.
 constexpr int32_t cachedEdgeCapacity = 64;
 
+// Steps the active edges from column scan to a column before target in
+// closed form where their crossing keys are all distinct there: the walked
+// order, whatever the ties it went through, is then the order of the keys.
+// Nothing is inserted or removed on the way. Returns the columns stepped.
+inline int64_t jumpToward(ActiveEdges<EdgeCache> &active, int32_t scan, int32_t target)
+{
+    const int32_t count = active.count();
+    int32_t rows[cachedEdgeCapacity], errors[cachedEdgeCapacity], keys[cachedEdgeCapacity];
+    int64_t steps = int64_t(target) - scan;
+    for (; steps > 1; steps /= 2) {
+        for (int32_t k = 0; k < count; ++k) {
+            rows[k] = active.field(currentRowField, k);
+            errors[k] = active.field(errorTermField, k);
+            advanceEdgeBy(active.field(rowDeltaField, k), active.field(scanLengthField, k),
+                          active.field(rowStepField, k), rows[k], errors[k], uint64_t(steps));
+            keys[k] = crossingKeyOf(rows[k], errors[k], 0, active.field(rowDeltaField, k),
+                                    active.field(scanLengthField, k));
+        }
+        int32_t sortedKeys[cachedEdgeCapacity];
+        std::copy(keys, keys + count, sortedKeys);
+        std::sort(sortedKeys, sortedKeys + count);
+        if (std::adjacent_find(sortedKeys, sortedKeys + count) == sortedKeys + count) {
+            break;
+        }
+    }
+    if (steps <= 1) {
+        return 0;
+    }
+    for (int32_t k = 0; k < count; ++k) {
+        active.field(currentRowField, k) = rows[k];
+        active.field(errorTermField, k) = errors[k];
+        active.companion(k).key = keys[k];
+    }
+    active.resortBy([&](int32_t position) { return active.companion(position).key; });
+    return steps;
+}
+
+
 template <class Companion, class T, class Planes>
 void sweepAntialiased(int32_t *edgeBuffer, int32_t numEdges, const int32_t *sortedTable, Companion *cache,
                       const Planes &planes, const ClipRectangle &clip, int32_t numRows, const T *fillValue,
@@ -566,6 +610,21 @@ void sweepAntialiased(int32_t *edgeBuffer, int32_t numEdges, const int32_t *sort
         }
         // Unlike the plain fill, an edge is removed after its last column.
         active.removeEndingAt(scan);
+        if (scan >= clip.colMax) {
+            return;
+        }
+        if constexpr (cached) {
+            if (scan < clip.colMin && active.count() > 0) {
+                const int64_t nextStart =
+                    next < numEdges ? sortedTable[scanStartField * numEdges + next] : int64_t(clip.colMin);
+                const int32_t target = active.nextEventColumn(scan, clip.colMin, nextStart, INT64_MIN);
+                const int64_t jumped = jumpToward(active, scan, target);
+                if (jumped > 0) {
+                    scan = int32_t(scan + jumped);
+                    continue;
+                }
+            }
+        }
         active.advance();
         if constexpr (cached) {
             const ActiveList advanced = listOf();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <type_traits>
 
@@ -7,6 +8,159 @@
 #include "frame/wrap_arithmetic.hpp"
 
 namespace ornex::draw {
+
+// Many error-term steps of one edge at once. After the addition the carry
+// test reads twice the error in 32 bits, so it depends on the error modulo
+// 2^31 only: the error modulo 2^31 moves by one amount below a threshold
+// and by another at or above it, and how often it carries decides the row.
+namespace edge_steps {
+
+constexpr uint64_t circle = uint64_t(1) << 31;
+constexpr uint64_t none = ~uint64_t(0);
+
+// Smallest x >= 0 with (a*x) mod m in [lo, hi], 0 <= lo <= hi < m, or none
+// (Euclid's descent on the moduli).
+inline uint64_t firstMultipleIn(uint64_t a, uint64_t m, uint64_t lo, uint64_t hi)
+{
+    if (lo == 0) {
+        return 0;
+    }
+    a %= m;
+    if (a == 0) {
+        return none;
+    }
+    if (2 * a > m) {
+        return firstMultipleIn(m - a, m, m - hi, m - lo);
+    }
+    const uint64_t k = (lo + a - 1) / a;
+    if (a * k <= hi) {
+        return k;
+    }
+    const uint64_t over = (a - lo % a) % a;
+    const uint64_t y = firstMultipleIn(m % a, a, over - (hi - lo), over);
+    return y == none ? none : (lo + m * y + a - 1) / a;
+}
+
+// Smallest k >= 0 with (b + k*a) mod circle <= r.
+inline uint64_t firstAtMost(uint64_t a, uint64_t b, uint64_t r)
+{
+    return b <= r ? 0 : firstMultipleIn(a, circle, circle - b, circle - b + r);
+}
+
+// Of the n points g, F(g), ..., F^(n-1)(g) of F(g) = g + lowShift below
+// split and g + highShift from split on (modulo 2^31), counts those at or
+// above split and leaves g at F^n(g). Runs on one side are found in closed
+// form, an orbit that has settled into a rotation of an interval about
+// either break point is counted in closed form, and a periodic orbit is
+// found (Brent) and its whole periods counted at once. Orbits that do none
+// of these (both sides visited often, off an interval rotation: spans and
+// row deltas beyond 2^30 with unrelated remainders) are stepped point by
+// point, about as fast as walking the columns.
+inline uint64_t highVisits(uint64_t &g, uint64_t split, uint64_t lowShift, uint64_t highShift, uint64_t n)
+{
+    const uint64_t m = circle;
+    lowShift %= m;
+    highShift %= m;
+    uint64_t visits = 0;
+    uint64_t mark = g, markSteps = 0, markVisits = 0, markEvents = 0, power = 1, shortRuns = 0;
+    while (n > 0) {
+        {
+            // [split - x, split + y) turned by y within its length.
+            const uint64_t y = lowShift, x = highShift == 0 ? m : m - highShift, length = x + y;
+            const uint64_t z = (g + x + m - split) % m;
+            if (y > 0 && y <= m - split && x <= split && length <= m && z < length) {
+                const uint64_t moved = z + n * y;
+                visits += moved / length;
+                g = (split + m - x + moved % length) % m;
+                return visits;
+            }
+        }
+        {
+            // [m - x, m + y) turned by y within its length.
+            const uint64_t y = highShift, x = lowShift == 0 ? m : m - lowShift, length = x + y;
+            const uint64_t z = (g + x) % m;
+            if (y > 0 && x <= m - split && y <= split && length <= m && z < length) {
+                const uint64_t moved = z + n * y;
+                visits += n - moved / length;
+                g = (m - x + moved % length) % m;
+                return visits;
+            }
+        }
+        const bool high = g >= split;
+        const uint64_t shift = high ? highShift : lowShift;
+        uint64_t run = none;
+        if (shift != 0 && (high ? split > 0 : split < m)) {
+            const uint64_t first = high ? firstAtMost(shift, (g + shift) % m, split - 1)
+                                        : firstAtMost(shift, (g + shift + m - split) % m, m - 1 - split);
+            run = first == none ? none : first + 1;
+        }
+        if (run == none || run >= n) {
+            g = (g + n % m * shift) % m;
+            return high ? visits + n : visits;
+        }
+        g = (g + run % m * shift) % m;
+        n -= run;
+        // An orbit that keeps switching sides after short runs gains nothing
+        // from the search: it is stepped one point at a time.
+        shortRuns += run < 64 ? 1 : 0;
+        if (shortRuns > 256) {
+            visits += high ? run : 0;
+            for (; n > 0; --n) {
+                const bool above = g >= split;
+                visits += above ? 1 : 0;
+                g = (g + (above ? highShift : lowShift)) & (m - 1);
+            }
+            return visits;
+        }
+        visits += high ? run : 0;
+        markSteps += run;
+        markVisits += high ? run : 0;
+        if (g == mark) {
+            const uint64_t periods = n / markSteps;
+            visits += periods * markVisits;
+            n -= periods * markSteps;
+            markSteps = markVisits = 0;
+            power = none;
+        } else if (++markEvents == power) {
+            mark = g;
+            markSteps = markVisits = markEvents = 0;
+            power *= 2;
+        }
+    }
+    return visits;
+}
+
+inline int64_t ceilHalf(int64_t v) { return (v + 1) >> 1; }
+
+} // namespace edge_steps
+
+// The row and error term of an edge after `steps` error-term steps, with
+// the 32-bit wrap-around of stepping one column at a time.
+inline void advanceEdgeBy(int32_t rowDelta, int32_t scanLength, int32_t rowStep, int32_t &row, int32_t &error,
+                          uint64_t steps)
+{
+    using namespace edge_steps;
+    const bool rising = rowDelta > 0;
+    const int32_t stepped = wrapMul(rowStep, scanLength);
+    const int32_t added = rising ? wrapSub(rowDelta, stepped) : wrapAdd(stepped, rowDelta);
+    // The first tested value, moved so that its doubled 32-bit value is
+    // ordered like the position on [0, 2^31).
+    uint64_t g = (uint64_t(uint32_t(wrapAdd(error, added))) + (uint64_t(1) << 30)) % circle;
+    uint64_t carries;
+    if (rising) {
+        // Carries where twice the error is at least the scan length.
+        const auto split = uint64_t(ceilHalf(scanLength) + (int64_t(1) << 30));
+        carries = highVisits(g, split, uint32_t(added), uint32_t(wrapSub(added, scanLength)), steps);
+    } else {
+        // Carries where twice the error is below minus the scan length.
+        const auto split = uint64_t(ceilHalf(wrapNeg(scanLength)) + (int64_t(1) << 30));
+        carries = steps - highVisits(g, split, uint32_t(wrapAdd(added, scanLength)), uint32_t(added), steps);
+    }
+    const auto n32 = int32_t(uint32_t(steps)), c32 = int32_t(uint32_t(carries));
+    const int32_t direction = rising ? 1 : -1;
+    error = wrapSub(wrapAdd(error, wrapMul(n32, added)), wrapMul(wrapMul(c32, direction), scanLength));
+    row = wrapAdd(wrapAdd(row, wrapMul(n32, wrapMul(direction, rowStep))), wrapMul(c32, direction));
+}
 
 // No per-edge data beside the eight fields.
 struct NoCompanion {};
@@ -18,8 +172,8 @@ struct NoCompanion {};
 template <class Companion = NoCompanion>
 class ActiveEdges {
 public:
-    ActiveEdges(int32_t *table, int32_t stride, Companion *companion = nullptr)
-        : table_(table), stride_(stride), companion_(companion)
+    ActiveEdges(int32_t *table, int32_t stride, Companion *companion = nullptr, int32_t count = 0)
+        : table_(table), stride_(stride), companion_(companion), count_(count)
     {
     }
 
@@ -118,6 +272,32 @@ public:
         }
     }
 
+    void advanceBy(uint64_t steps)
+    {
+        for (int32_t edge = 0; edge < count_; ++edge) {
+            advanceEdgeBy(field(rowDeltaField, edge), field(scanLengthField, edge), field(rowStepField, edge),
+                          field(currentRowField, edge), field(errorTermField, edge), steps);
+        }
+    }
+
+    // The column before which neither an insertion (at nextStart), nor a
+    // removal, nor the last-column rule (at finalEnd) happens, capped at
+    // limit: every column from scan + 1 up to it but one is walked alike.
+    int32_t nextEventColumn(int32_t scan, int32_t limit, int64_t nextStart, int64_t finalEnd) const
+    {
+        int64_t event = limit;
+        if (nextStart > scan) {
+            event = std::min(event, nextStart);
+        }
+        if (finalEnd > scan) {
+            event = std::min(event, finalEnd);
+        }
+        for (int32_t edge = 0; edge < count_; ++edge) {
+            event = std::min<int64_t>(event, field(scanEndField, edge));
+        }
+        return int32_t(event);
+    }
+
     void resortByRow()
     {
         resortBy([this](int32_t edge) { return field(currentRowField, edge); });
@@ -187,8 +367,27 @@ private:
     int32_t *table_;
     int32_t stride_;
     Companion *companion_;
-    int32_t count_ = 0;
+    int32_t count_;
 };
+
+// Steps the plain sweep's active edges (count of them, fields at stride in
+// table) over the columns from scan up to the next event or firstColumn
+// when there are several, re-sorting by row (rows that tie may settle in
+// any order: only the rows are seen), and returns the column reached; scan
+// when the next column is an event. Out of line, so that the hot sweep
+// keeps its list in registers.
+[[gnu::noinline]] inline int32_t skipTowards(int32_t *table, int32_t stride, int32_t count, int32_t scan,
+                                             int32_t firstColumn, int64_t nextStart, int64_t finalEnd)
+{
+    ActiveEdges<> active(table, stride, nullptr, count);
+    const int32_t target = active.nextEventColumn(scan, firstColumn, nextStart, finalEnd);
+    if (int64_t(target) - scan <= 1) {
+        return scan;
+    }
+    active.advanceBy(uint64_t(int64_t(target) - scan));
+    active.resortByRow();
+    return target;
+}
 
 // Builds the sorted edge table of a polygon with at least one edge into the
 // second half of the edge buffer, the first half serving as the builder's
@@ -210,13 +409,16 @@ inline int32_t *buildSortedEdgeTable(int32_t *edgeBuffer, int32_t numValues, con
 // holds 16 values per edge: the active list (also the table builder's work
 // table) and then the sorted edge table. For each column with active edges,
 // visitColumn(column, numActive, currentRows) sees the rows of the active
-// edges in ascending order.
+// edges in ascending order; only columns firstColumn .. lastColumn are
+// visited. Columns before firstColumn are stepped over in closed form, from
+// one insertion or removal to the next, and the sweep ends after
+// lastColumn: the rows seen are those of walking every column.
 template <class VisitColumn>
 void sweepPolygonColumns(int32_t *edgeBuffer, int32_t numValues, const int32_t *vertices, int32_t *sortRecords,
-                         VisitColumn &&visitColumn)
+                         int32_t firstColumn, int32_t lastColumn, VisitColumn &&visitColumn)
 {
     const int32_t numEdges = numValues / 2;
-    if (numEdges <= 0) {
+    if (numEdges <= 0 || firstColumn > lastColumn) {
         return;
     }
     const int32_t *sortedTable = buildSortedEdgeTable(edgeBuffer, numValues, vertices, sortRecords, false);
@@ -244,7 +446,22 @@ void sweepPolygonColumns(int32_t *edgeBuffer, int32_t numValues, const int32_t *
         if (active.count() == 0) {
             return;
         }
+        if (scan < firstColumn) [[unlikely]] {
+            const int64_t nextStart =
+                next < numEdges ? sortedTable[scanStartField * numEdges + next] : int64_t(firstColumn);
+            const int32_t target =
+                skipTowards(edgeBuffer, numEdges, active.count(), scan, firstColumn, nextStart, finalEnd);
+            if (target != scan) {
+                scan = target;
+                continue;
+            }
+        }
+        // Visited even left of firstColumn when not stepped over: the visit
+        // draws nothing there.
         visitColumn(scan, active.count(), active.currentRows());
+        if (scan >= lastColumn) [[unlikely]] {
+            return;
+        }
         active.advance();
         active.resortByRow();
         scan = wrapAdd(scan, 1);

@@ -42,7 +42,7 @@ void fillPolygon(int32_t *edgeBuffer, int32_t numValues, const int32_t *vertices
                  const Planes &planes, const ClipRectangle &bounds, int32_t numRows, const T *fillValue,
                  OpacityOf<T> opacity)
 {
-    sweepPolygonColumns(edgeBuffer, numValues, vertices, sortRecords,
+    sweepPolygonColumns(edgeBuffer, numValues, vertices, sortRecords, bounds.colMin, bounds.colMax,
                         [&](int32_t column, int32_t numActive, const int32_t *currentRows) {
                             fillColumn(planes, column, bounds, numRows, numActive, currentRows, fillValue, opacity);
                         });

@@ -210,7 +210,7 @@ template <class T>
 void transformCell(int32_t *edgeBuffer, int32_t numValues, const int32_t *corners, int32_t *sortScratch,
                    const WarpImages<T> &images, const T *matrix)
 {
-    draw::sweepPolygonColumns(edgeBuffer, numValues, corners, sortScratch,
+    draw::sweepPolygonColumns(edgeBuffer, numValues, corners, sortScratch, images.outColFirst, images.outColLast,
                               [&](int32_t column, int32_t, const int32_t *currentRows) {
                                   computeSpan(images, matrix, column, currentRows[0], currentRows[1]);
                               });

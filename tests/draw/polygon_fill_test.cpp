@@ -203,6 +203,21 @@ TYPED_TEST(PolygonFill, HandDerivedShapes)
     M::fillI(nullptr, -2, vertex, nullptr, image.data(), 0, 1, 0, 1, 2, image.data(), M::full, 1, 4);
     M::aaFillI(nullptr, -2, vertex, nullptr, image.data(), 0, 1, 0, 1, 2, image.data(), M::full, nullptr, 1, 4);
     EXPECT_EQ(image, std::vector<T>(4, T(5)));
+    // Edges 2^31 - 1 columns long, at 45 degrees (row step 1, no remainder) or level, into a 24x24 image: from a vertex
+    // at column -2^31 + 21 (rows c - 10 down to the level row 40, columns 0 .. 20) and to one at 2^31 - 1 (rows -5
+    // to 20 - c). Each call must step over or stop before some 2^31 columns.
+    const int32_t far = INT32_MAX, quads[2][8] = {{INT32_MIN + 11, INT32_MIN + 21, 10, 20, 40, 20, 40, INT32_MIN + 21},
+                                                  {20, 0, INT32_MIN + 21, far, -5, far, -5, 0}};
+    for (int q = 0; q < 2; ++q) {
+        std::vector<T> drawn(24 * 24, T(0)), expected = drawn;
+        std::vector<int32_t> buffer(64), records(24);
+        const T one = T(1);
+        M::fillI(buffer.data(), 8, quads[q], records.data(), drawn.data(), 0, 23, 0, 23, 24, &one, M::full, 1, 0);
+        for (int32_t c = 0; c <= 20; ++c)
+            for (int32_t r = q ? 0 : std::max(0, c - 10); r <= (q ? 20 - c : 23); ++r)
+                expected[c * 24 + r] = T(1);
+        EXPECT_EQ(drawn, expected) << q;
+    }
 }
 
 TEST(PolygonBlend, HandDerivedValues)
@@ -279,12 +294,17 @@ TYPED_TEST(PolygonFill, PolygonsAndColumnsAgainstTheWrittenOutSweep)
     using W = typename M::W;
     forEachScene<T>(11, 800, 24, 26, [](int trial, std::mt19937 &rng, Scene<T> &s) {
         const bool aa = trial % 4 >= 2, whole = trial % 2 == 0;
-        const int32_t spread = trial / 4 % 4, num = uniform(rng, 0, 16), offset = uniform(rng, 0, 3);
+        // Spread 4 mixes coordinates near the image with ones far left and right of it (AA within its stated range):
+        // walked here, stepped over and stopped early by the fillers.
+        const int32_t spread = trial / 4 % 10 == 9 ? 4 : trial / 4 % 4, num = uniform(rng, 0, 16), offset = uniform(rng, 0, 3);
         std::vector<int32_t> v(num), buffer(8 * num + 1), records(3 * num + 1);
         const int32_t low[4] = {-130, -30, -12, -12}, high[4] = {400, 60, 28, 28};
         const bool tall = spread == 1 && aa; // some edges over 1024 rows per column: normal weight 0
         for (size_t k = 0; k < v.size(); ++k)
-            v[k] = tall ? uniform(rng, k % 2 ? -3 : -2000, k % 2 ? 28 : 2000) : uniform(rng, low[spread], high[spread]);
+            v[k] = tall ? uniform(rng, k % 2 ? -3 : -2000, k % 2 ? 28 : 2000)
+                 : spread < 4 || uniform(rng, 0, 1) ? uniform(rng, low[spread % 4 | spread / 4 * 2], high[spread % 4 | spread / 4 * 2])
+                 : k % 2 ? uniform(rng, aa ? -24000 : -(1 << 16), aa ? 8000 : 1 << 15)
+                         : uniform(rng, aa ? -(1 << 13) : -(1 << 20), aa ? 1 << 13 : 1 << 20);
         std::vector<O> table = boxTable<O>();
         for (int i = 1; i < 48 && trial % 3 != 0; ++i) {
             const int32_t q10 = trial % 3 == 1 ? i * 1024 / 48 : i < 20 ? uniform(rng, -300, 0) : uniform(rng, -300, 1300);
@@ -301,6 +321,8 @@ TYPED_TEST(PolygonFill, PolygonsAndColumnsAgainstTheWrittenOutSweep)
             s.draw(M::fillI, M::fillRgb, buffer.data(), num, v.data(), records.data(), Dst{}, Clip{}, 24,
                    s.colour.data(), opacity);
         slowSweep(v, aa, [&](int32_t column, const std::vector<Edge> &active) {
+            if (spread == 4 && (column < rc[2] || column > rc[3]))
+                return;
             const int32_t count = int32_t(active.size());
             std::vector<int32_t> edges(offset, unwritten), fields(8 * count);
             for (const Edge &e : active)
