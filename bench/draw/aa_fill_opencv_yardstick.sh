@@ -53,7 +53,7 @@ print(f"OpenCV {cv2.__version__} fillPoly LINE_AA: {aa_polygons * 1000:.2f} ms p
 print(f"PEER_AA_POLYGONS\t{aa_polygons * 1000:.3f}")
 PY
 )
-"$build/bench/draw_aa_fill_bench" --benchmark_repetitions=5 --benchmark_format=csv 2>/dev/null |
+"$build/bench/draw_aa_fill_bench" --benchmark_filter='-Far|Beside' --benchmark_repetitions=5 --benchmark_format=csv 2>/dev/null |
   awk -F, 'NR > 1 && $1 !~ /_(mean|median|stddev|cv)"$/ {gsub(/"/, "", $1);
            if (!($1 in best) || $3 < best[$1]) {best[$1] = $3}}
            END {for (name in best) printf "ornex_rt %s: %.2f ms per %s\n", name, best[name],

@@ -44,7 +44,7 @@ print(f"OpenCV {cv2.__version__} circle LINE_AA: {best * 1000:.2f} ms per 2,000 
       f"({count / best / 1000:.0f}k circles/s; the Python loop alone {loop * 1000:.3f} ms)")
 os.write(3, f"{(best - loop) * 1000:.3f}\n".encode())
 PY
-"$build/bench/draw_aa_circle_bench" --benchmark_repetitions=5 --benchmark_format=csv 2>/dev/null |
+"$build/bench/draw_aa_circle_bench" --benchmark_filter='-Far|Beside' --benchmark_repetitions=5 --benchmark_format=csv 2>/dev/null |
   awk -F, 'NR > 1 && $1 ~ /Circles/ && $1 !~ /_(mean|median|stddev|cv)"$/ {gsub(/"/, "", $1);
            if (!($1 in best) || $3 < best[$1]) {best[$1] = $3; rate[$1] = $7}}
            END {for (name in best) printf "ornex_rt %s: %.3f ms per 2,000 circles (%.0fk circles/s)\n",

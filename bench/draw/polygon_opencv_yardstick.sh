@@ -44,7 +44,7 @@ print(f"PEER\t{(best - loop) * 1000:.3f}")
 PY
 }
 ours() {
-"$build/bench/draw_polygon_fill_bench" --benchmark_repetitions=5 --benchmark_format=csv 2>/dev/null |
+"$build/bench/draw_polygon_fill_bench" --benchmark_filter='-Far|Beside' --benchmark_repetitions=5 --benchmark_format=csv 2>/dev/null |
   awk -F, 'NR > 1 && $1 ~ /Polygons/ && $1 !~ /_(mean|median|stddev|cv)"$/ {gsub(/"/, "", $1);
            if (!($1 in best) || $3 < best[$1]) {best[$1] = $3; rate[$1] = $7}}
            END {for (name in best) printf "ornex_rt %s: %.2f ms per 1,000 polygons (%.0fk polygons/s)\n",
