@@ -167,6 +167,8 @@ ORNEX_API void ORNEX_BlockMatching_3Step_MSE_Z(const double *image1, const doubl
  * end-point as given, n/d rounded halves away from zero). Returns 1 and
  * leaves both end-points inside when part of the segment remains; returns 0
  * when it misses, the end-points then holding whatever clipping gave them.
+ * Where wrapped products would make the cuts repeat for ever (end-points
+ * far outside, beyond about 2^15), the segment counts as missing: 0.
  *
  * ORNEX_Line_Bresenham, ORNEX_Line_Bresenham_RGB draw the clipped digital
  * line, both end-points included, by copying elemSize bytes per pixel and
