@@ -12,7 +12,7 @@ trap 'rm -f "$rows"' EXIT
 
 for script in "$root"/bench/*/*yardstick.sh; do
   echo "=== ${script#"$root"/}" >&2
-  "$script" "$build" | tee -a "$rows" | grep -v '^ROW' >&2
+  "$script" "$build" | tee -a "$rows" | { grep -v '^ROW' || true; } >&2
 done
 
 echo

@@ -12,7 +12,7 @@ root=$(cd "$(dirname "$0")/../.." && pwd)
 build=${1:-$root/build/release}
 "$root/scripts/install-deps.sh" python3-opencv python3-numpy
 
-log=$(/usr/bin/python3 - <<'PY' | tee /dev/stderr
+log=$(/usr/bin/python3 - <<'PY' | tee >(cat >&2)
 import random, time
 import cv2, numpy as np
 cv2.setNumThreads(1)
@@ -57,7 +57,7 @@ PY
   awk -F, 'NR > 1 && $1 !~ /_(mean|median|stddev|cv)"$/ {gsub(/"/, "", $1);
            if (!($1 in best) || $3 < best[$1]) {best[$1] = $3}}
            END {for (name in best) printf "ornex_rt %s: %.2f ms per %s\n", name, best[name],
-                name ~ /Discs/ ? "2,000 discs" : "1,000 polygons"}' | sort | tee /dev/stderr |
+                name ~ /Discs/ ? "2,000 discs" : "1,000 polygons"}' | sort | tee >(cat >&2) |
   awk -v peer="$(printf '%s\n' "$log" | awk -F'\t' '$1 == "PEER_AA_POLYGONS" {print $2}')" \
       '/BM_AAPolygons_UI8_Opaque:/ {sub(/.*Opaque: /, "");
        printf "ROW\t1,000 anti-aliased 8-vertex polygons 1024x1024 8-bit\t%.3f\tOpenCV fillPoly LINE_AA\t%s\n", $1, peer}' 
