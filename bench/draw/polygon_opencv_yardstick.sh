@@ -50,7 +50,7 @@ ours() {
            END {for (name in best) printf "ornex_rt %s: %.2f ms per 1,000 polygons (%.0fk polygons/s)\n",
                 name, best[name], rate[name] / 1000}' | sort
 }
-log=$( { opencv; ours; opencv; ours; } | tee /dev/stderr)
+log=$( { opencv; ours; opencv; ours; } | tee >(cat >&2))
 peer=$(printf '%s\n' "$log" | awk -F'\t' '$1 == "PEER" && (best == "" || $2 + 0 < best + 0) {best = $2} END {print best}')
 mine=$(printf '%s\n' "$log" | awk '/BM_Polygons_UI8_Opaque:/ {sub(/.*Opaque: /, ""); v = $1 + 0;
                                    if (best == "" || v < best) best = v} END {print best}')
