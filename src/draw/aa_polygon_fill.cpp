@@ -435,17 +435,22 @@ public:
             if (first > last) {
                 continue;
             }
+            // The pairs in reach throughout the stretch, in list order: the
+            // others add nothing to any of its rows.
+            const EdgePair *inReach[cachedPairCapacity];
+            int32_t numInReach = 0;
             bool partlyCovered = false;
-            for (int32_t j = 0; j < numPairs && !partlyCovered; ++j) {
-                partlyCovered = pairs[j].reaches(first) && !pairs[j].fullAt(first);
+            for (int32_t j = 0; j < numPairs; ++j) {
+                if (pairs[j].reaches(first)) {
+                    inReach[numInReach++] = &pairs[j];
+                    partlyCovered = partlyCovered || !pairs[j].fullAt(first);
+                }
             }
             if (!partlyCovered) {
                 blendRows(first, last, coverage_.cachedRowCoverage(first, vertexColumn, pairs, numPairs));
                 continue;
             }
-            for (int32_t row = first; row <= last; ++row) {
-                blendRows(row, row, coverage_.cachedRowCoverage(row, vertexColumn, pairs, numPairs));
-            }
+            blendRowByRow(first, last, vertexColumn, inReach, numInReach);
         }
     }
 
@@ -470,6 +475,35 @@ public:
     }
 
 private:
+    // Rows first .. last one at a time, each with the coverage of the
+    // listed pairs (all of them in reach there).
+    void blendRowByRow(int32_t first, int32_t last, bool vertexColumn, const EdgePair *const *inReach,
+                       int32_t numInReach) const
+    {
+        using Sum = typename ColumnCoverage<T>::Sum;
+        const Planes planes = planes_;
+        const ColumnCoverage<T> coverage = coverage_;
+        const OpacityOf<T> opacity = opacity_;
+        const int32_t columnStart = columnStart_;
+        const T *fillValue = fillValue_;
+        const int32_t numPlanes = planes.count();
+        for (int32_t row = first; row <= last; ++row) {
+            const auto cov = coverage.rowCoverage(vertexColumn, [&](const auto &visit) {
+                for (int32_t i = 0; i < numInReach; ++i) {
+                    const EdgePair &pair = *inReach[i];
+                    visit(pair.sample, pair.fullAt(row) ? Sum::full : coverage.partialContribution(row, pair));
+                }
+            });
+            if (cov != decltype(cov)(0)) {
+                const auto pixelOpacity = scaledOpacity(opacity, cov);
+                const int32_t index = wrapAdd(columnStart, row);
+                for (int32_t p = 0; p < numPlanes; ++p) {
+                    blendPixel(planes.plane(p) + index, fillValue[p], pixelOpacity);
+                }
+            }
+        }
+    }
+
     // Blends rows first .. last with the coverage of one span alone,
     // contribution(row, coverage, span) giving its pair's contribution.
     template <class Contribution>
