@@ -575,16 +575,50 @@ void fillColumnFromCache(const Planes &planes, int32_t column, const ClipRectang
     if (!clip.containsColumn(column) || edges.count < 2) {
         return;
     }
-    if (isVertexColumn(edges, column) || edges.count / 2 > cachedPairCapacity) {
+    if (edges.count / 2 > cachedPairCapacity) {
         fillColumnAntialiased(planes, column, clip, numRows, edges, fillValue, opacity, weightTable, limits);
         return;
     }
+    const ColumnFill<T, Planes> fill(planes, column, clip, numRows, fillValue, opacity, weightTable);
     EdgePair pairs[cachedPairCapacity];
+    if (isVertexColumn(edges, column)) {
+        // The spans of the two samples as forEachSpan pairs them. The band
+        // offsets depend on the weight alone, so each edge's cached ones
+        // serve with its key at the sample.
+        int32_t numPairs = 0;
+        auto pairUp = [&](int32_t sample, int32_t quarterColumns, int32_t excludedEndField) {
+            bool pending = false;
+            EdgeCache upper{};
+            for (int32_t k = 0; k < edges.count; ++k) {
+                if (edges.field(excludedEndField, k) == column) {
+                    continue;
+                }
+                EdgeCache edge = cache[k];
+                edge.key = edges.crossingKey(k, quarterColumns);
+                if (pending) {
+                    if (numPairs < cachedPairCapacity) {
+                        pairs[numPairs] = EdgePair(sample, upper, edge);
+                    }
+                    ++numPairs;
+                } else {
+                    upper = edge;
+                }
+                pending = !pending;
+            }
+        };
+        pairUp(0, -1, scanStartField);
+        pairUp(1, 1, scanEndField);
+        if (numPairs > cachedPairCapacity) {
+            fill.fillUncached(edges, column, true, limits);
+        } else {
+            fill.fillCached(pairs, numPairs, true);
+        }
+        return;
+    }
     const int32_t numPairs = edges.count / 2;
     for (int32_t j = 0; j < numPairs; ++j) {
         pairs[j] = EdgePair(0, cache[2 * j], cache[2 * j + 1]);
     }
-    const ColumnFill<T, Planes> fill(planes, column, clip, numRows, fillValue, opacity, weightTable);
     fill.fillCached(pairs, numPairs, false);
 }
 
