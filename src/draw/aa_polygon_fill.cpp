@@ -397,7 +397,8 @@ public:
             if (fullFirst > first) {
                 blendKnown<true, false>(pair, first, fullFirst - 1);
             }
-            blendRows(fullFirst, fullLast, coverage_.cachedRowCoverage(fullFirst, false, &pair, 1));
+            // A lone full span: the capped sum of its one contribution.
+            blendRows(fullFirst, fullLast, ColumnCoverage<T>::Sum::full);
             if (fullLast < last) {
                 blendKnown<false, true>(pair, fullLast + 1, last);
             }
