@@ -164,7 +164,7 @@ struct EdgeCache {
     int32_t upperReach, upperFull, lowerFull, lowerReach;
 
     EdgeCache() = default;
-    EdgeCache(int32_t crossingKey, int32_t clampedWeight, const BandLimits &limits)
+    [[gnu::always_inline]] EdgeCache(int32_t crossingKey, int32_t clampedWeight, const BandLimits &limits)
         : key(crossingKey), weight(clampedWeight), upperReach(firstOffsetReaching(limits.reaching, weight)),
           upperFull(firstOffsetReaching(limits.full, weight)),
           lowerFull(firstOffsetReaching(wrapNeg(limits.full) + 1, weight)),
@@ -188,7 +188,7 @@ struct EdgePair {
     {
     }
 
-    EdgePair(int32_t sampleIndex, const EdgeCache &upperEdge, const EdgeCache &lowerEdge)
+    [[gnu::always_inline]] EdgePair(int32_t sampleIndex, const EdgeCache &upperEdge, const EdgeCache &lowerEdge)
         : sample(sampleIndex), upper{upperEdge.key, upperEdge.weight}, lower{lowerEdge.key, lowerEdge.weight},
           reachFirst(firstRowFrom(upper.key, upperEdge.upperReach)),
           fullFirst(firstRowFrom(upper.key, upperEdge.upperFull)),
@@ -226,10 +226,20 @@ public:
 
     // pairContribution for a pair in reach, reading the table only for the
     // edge that is not full at the row: a full edge's entry is full.
-    Value partialContribution(int32_t row, const EdgePair &pair) const
+    [[gnu::always_inline]] Value partialContribution(int32_t row, const EdgePair &pair) const
     {
         const Value upperWeight = row >= pair.fullFirst ? Sum::full : bandWeight(row, pair.upper, false);
         const Value lowerWeight = row <= pair.fullLast ? Sum::full : bandWeight(row, pair.lower, true);
+        const Value overlap = (upperWeight + lowerWeight) - Sum::full;
+        return overlap > Value(0) ? overlap : Value(0);
+    }
+
+    // partialContribution for rows where it is known which edges are full.
+    template <bool upperPartial, bool lowerPartial>
+    Value knownContribution(int32_t row, const EdgePair &pair) const
+    {
+        const Value upperWeight = upperPartial ? bandWeight(row, pair.upper, false) : Value(Sum::full);
+        const Value lowerWeight = lowerPartial ? bandWeight(row, pair.lower, true) : Value(Sum::full);
         const Value overlap = (upperWeight + lowerWeight) - Sum::full;
         return overlap > Value(0) ? overlap : Value(0);
     }
@@ -348,19 +358,19 @@ public:
     // Rows first .. last of a span alone in its reach, one pixel at a time.
     void blendPartlyCovered(const EdgePair &pair, int32_t first, int32_t last) const
     {
-        using Sum = typename ColumnCoverage<T>::Sum;
-        const int32_t numPlanes = planes_.count();
-        for (int32_t row = first; row <= last; ++row) {
-            const auto sum = Sum::add(decltype(Sum::full)(0), coverage_.partialContribution(row, pair));
-            const auto cov = sum < Sum::full ? sum : Sum::full;
-            if (cov != decltype(cov)(0)) {
-                const auto pixelOpacity = scaledOpacity(opacity_, cov);
-                const int32_t index = wrapAdd(columnStart_, row);
-                for (int32_t p = 0; p < numPlanes; ++p) {
-                    blendRunOfPlane(planes_.plane(p) + index, 1, fillValue_[p], pixelOpacity);
-                }
-            }
-        }
+        blendSpanRows(pair, first, last, [&](int32_t row, const ColumnCoverage<T> &coverage, const EdgePair &span) {
+            return coverage.partialContribution(row, span);
+        });
+    }
+
+    // The same for rows where it is known which of the span's edges are
+    // partly covered: the others are full there.
+    template <bool upperPartial, bool lowerPartial>
+    void blendKnown(const EdgePair &pair, int32_t first, int32_t last) const
+    {
+        blendSpanRows(pair, first, last, [&](int32_t row, const ColumnCoverage<T> &coverage, const EdgePair &span) {
+            return coverage.template knownContribution<upperPartial, lowerPartial>(row, span);
+        });
     }
 
     // Spans that no other span's reach overlaps get their coverage from
@@ -382,12 +392,15 @@ public:
                 blendPartlyCovered(pair, first, last);
                 continue;
             }
+            // Above the full rows only the upper edge is partly covered,
+            // below them only the lower one.
             if (fullFirst > first) {
-                blendPartlyCovered(pair, first, fullFirst - 1);
+                blendKnown<true, false>(pair, first, fullFirst - 1);
             }
-            blendRows(fullFirst, fullLast, coverage_.cachedRowCoverage(fullFirst, false, &pair, 1));
+            // A lone full span: the capped sum of its one contribution.
+            blendRows(fullFirst, fullLast, ColumnCoverage<T>::Sum::full);
             if (fullLast < last) {
-                blendPartlyCovered(pair, fullLast + 1, last);
+                blendKnown<false, true>(pair, fullLast + 1, last);
             }
         }
         return true;
@@ -423,17 +436,22 @@ public:
             if (first > last) {
                 continue;
             }
+            // The pairs in reach throughout the stretch, in list order: the
+            // others add nothing to any of its rows.
+            const EdgePair *inReach[cachedPairCapacity];
+            int32_t numInReach = 0;
             bool partlyCovered = false;
-            for (int32_t j = 0; j < numPairs && !partlyCovered; ++j) {
-                partlyCovered = pairs[j].reaches(first) && !pairs[j].fullAt(first);
+            for (int32_t j = 0; j < numPairs; ++j) {
+                if (pairs[j].reaches(first)) {
+                    inReach[numInReach++] = &pairs[j];
+                    partlyCovered = partlyCovered || !pairs[j].fullAt(first);
+                }
             }
             if (!partlyCovered) {
                 blendRows(first, last, coverage_.cachedRowCoverage(first, vertexColumn, pairs, numPairs));
                 continue;
             }
-            for (int32_t row = first; row <= last; ++row) {
-                blendRows(row, row, coverage_.cachedRowCoverage(row, vertexColumn, pairs, numPairs));
-            }
+            blendRowByRow(first, last, vertexColumn, inReach, numInReach);
         }
     }
 
@@ -458,6 +476,63 @@ public:
     }
 
 private:
+    // Rows first .. last one at a time, each with the coverage of the
+    // listed pairs (all of them in reach there).
+    void blendRowByRow(int32_t first, int32_t last, bool vertexColumn, const EdgePair *const *inReach,
+                       int32_t numInReach) const
+    {
+        using Sum = typename ColumnCoverage<T>::Sum;
+        const Planes planes = planes_;
+        const ColumnCoverage<T> coverage = coverage_;
+        const OpacityOf<T> opacity = opacity_;
+        const int32_t columnStart = columnStart_;
+        const T *fillValue = fillValue_;
+        const int32_t numPlanes = planes.count();
+        for (int32_t row = first; row <= last; ++row) {
+            const auto cov = coverage.rowCoverage(vertexColumn, [&](const auto &visit) {
+                for (int32_t i = 0; i < numInReach; ++i) {
+                    const EdgePair &pair = *inReach[i];
+                    visit(pair.sample, pair.fullAt(row) ? Sum::full : coverage.partialContribution(row, pair));
+                }
+            });
+            if (cov != decltype(cov)(0)) {
+                const auto pixelOpacity = scaledOpacity(opacity, cov);
+                const int32_t index = wrapAdd(columnStart, row);
+                for (int32_t p = 0; p < numPlanes; ++p) {
+                    blendPixel(planes.plane(p) + index, fillValue[p], pixelOpacity);
+                }
+            }
+        }
+    }
+
+    // Blends rows first .. last with the coverage of one span alone,
+    // contribution(row, coverage, span) giving its pair's contribution.
+    template <class Contribution>
+    void blendSpanRows(const EdgePair &pair, int32_t first, int32_t last, const Contribution &contribution) const
+    {
+        // Local copies: the stores into the image could otherwise alias
+        // every member and force it to be read again at each pixel.
+        using Sum = typename ColumnCoverage<T>::Sum;
+        const Planes planes = planes_;
+        const EdgePair span = pair;
+        const ColumnCoverage<T> coverage = coverage_;
+        const OpacityOf<T> opacity = opacity_;
+        const int32_t columnStart = columnStart_;
+        const T *fillValue = fillValue_;
+        const int32_t numPlanes = planes.count();
+        for (int32_t row = first; row <= last; ++row) {
+            const auto sum = Sum::add(decltype(Sum::full)(0), contribution(row, coverage, span));
+            const auto cov = sum < Sum::full ? sum : Sum::full;
+            if (cov != decltype(cov)(0)) {
+                const auto pixelOpacity = scaledOpacity(opacity, cov);
+                const int32_t index = wrapAdd(columnStart, row);
+                for (int32_t p = 0; p < numPlanes; ++p) {
+                    blendPixel(planes.plane(p) + index, fillValue[p], pixelOpacity);
+                }
+            }
+        }
+    }
+
     const Planes &planes_;
     ClipRectangle clip_;
     int32_t columnStart_;
@@ -501,16 +576,50 @@ void fillColumnFromCache(const Planes &planes, int32_t column, const ClipRectang
     if (!clip.containsColumn(column) || edges.count < 2) {
         return;
     }
-    if (isVertexColumn(edges, column) || edges.count / 2 > cachedPairCapacity) {
+    if (edges.count / 2 > cachedPairCapacity) {
         fillColumnAntialiased(planes, column, clip, numRows, edges, fillValue, opacity, weightTable, limits);
         return;
     }
+    const ColumnFill<T, Planes> fill(planes, column, clip, numRows, fillValue, opacity, weightTable);
     EdgePair pairs[cachedPairCapacity];
+    if (isVertexColumn(edges, column)) {
+        // The spans of the two samples as forEachSpan pairs them. The band
+        // offsets depend on the weight alone, so each edge's cached ones
+        // serve with its key at the sample.
+        int32_t numPairs = 0;
+        auto pairUp = [&](int32_t sample, int32_t quarterColumns, int32_t excludedEndField) {
+            bool pending = false;
+            EdgeCache upper{};
+            for (int32_t k = 0; k < edges.count; ++k) {
+                if (edges.field(excludedEndField, k) == column) {
+                    continue;
+                }
+                EdgeCache edge = cache[k];
+                edge.key = edges.crossingKey(k, quarterColumns);
+                if (pending) {
+                    if (numPairs < cachedPairCapacity) {
+                        pairs[numPairs] = EdgePair(sample, upper, edge);
+                    }
+                    ++numPairs;
+                } else {
+                    upper = edge;
+                }
+                pending = !pending;
+            }
+        };
+        pairUp(0, -1, scanStartField);
+        pairUp(1, 1, scanEndField);
+        if (numPairs > cachedPairCapacity) {
+            fill.fillUncached(edges, column, true, limits);
+        } else {
+            fill.fillCached(pairs, numPairs, true);
+        }
+        return;
+    }
     const int32_t numPairs = edges.count / 2;
     for (int32_t j = 0; j < numPairs; ++j) {
         pairs[j] = EdgePair(0, cache[2 * j], cache[2 * j + 1]);
     }
-    const ColumnFill<T, Planes> fill(planes, column, clip, numRows, fillValue, opacity, weightTable);
     fill.fillCached(pairs, numPairs, false);
 }
 

@@ -36,6 +36,18 @@ void blendRunOfPlane(T *run, int32_t count, T fill, OpacityOf<T> opacity)
     }
 }
 
+// One pixel of blendRunOfPlane. Keeping nothing of the old value gives the
+// same value as the replacement there, so no test is needed.
+template <class T>
+inline void blendPixel(T *pixel, T fill, OpacityOf<T> opacity)
+{
+    if constexpr (std::is_floating_point_v<T>) {
+        *pixel = FloatingOpacityBlend<T, double>(fill, double(opacity))(*pixel);
+    } else {
+        *pixel = Q10OpacityBlend<T>(fill, opacity)(*pixel);
+    }
+}
+
 // Blends the fill value of each plane into rows firstRow .. lastRow of one
 // column, the first of them at element startIndex.
 template <class T, class Planes>
