@@ -112,9 +112,10 @@ void blendRingSet(const Planes &planes, int32_t cr, int32_t cc, int32_t a, int32
 // The ring offsets (a, x) for a = max(x, A(x) + 1) .. P(x), as the walk
 // below blends them.
 template <class T, class Planes>
-void blendRingOffsets(const Planes &planes, int32_t cr, int32_t cc, int32_t x, int32_t full, int32_t ring,
-                      const ClipRectangle &clip, int32_t numRows, int32_t radius, const T *colour,
-                      OpacityOf<T> opacity)
+[[gnu::always_inline]] inline void blendRingOffsets(const Planes &planes, int32_t cr, int32_t cc, int32_t x,
+                                                    int32_t full, int32_t ring, const ClipRectangle &clip,
+                                                    int32_t numRows, int32_t radius, const T *colour,
+                                                    OpacityOf<T> opacity)
 {
     const int32_t radiusSquared = wrapMul(radius, radius);
     const int32_t xSquared = wrapMul(x, x);
@@ -162,17 +163,7 @@ void fillDiscByWalking(const Planes &planes, const T *colour, int32_t cr, int32_
         if (x > ring) {
             break;
         }
-        const int32_t xSquared = wrapMul(x, x);
-        for (int32_t a = full + 1 > x ? full + 1 : x; a <= ring; ++a) {
-            const int32_t q = wrapSub(wrapSub(radiusSquared, wrapMul(a, a)), xSquared);
-            const auto coverage = ringCoverage<T>(q, radius);
-            if constexpr (!std::is_floating_point_v<T>) {
-                if (coverage == 0) {
-                    continue;
-                }
-            }
-            blendRingSet(planes, cr, cc, a, x, clip, numRows, colour, scaledOpacity(opacity, coverage));
-        }
+        blendRingOffsets(planes, cr, cc, x, full, ring, clip, numRows, radius, colour, opacity);
     }
 }
 
