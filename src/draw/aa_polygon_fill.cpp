@@ -482,27 +482,14 @@ private:
                        int32_t numInReach) const
     {
         using Sum = typename ColumnCoverage<T>::Sum;
-        const Planes planes = planes_;
-        const ColumnCoverage<T> coverage = coverage_;
-        const OpacityOf<T> opacity = opacity_;
-        const int32_t columnStart = columnStart_;
-        const T *fillValue = fillValue_;
-        const int32_t numPlanes = planes.count();
-        for (int32_t row = first; row <= last; ++row) {
-            const auto cov = coverage.rowCoverage(vertexColumn, [&](const auto &visit) {
+        blendEachRow(first, last, [&](int32_t row, const ColumnCoverage<T> &coverage) {
+            return coverage.rowCoverage(vertexColumn, [&](const auto &visit) {
                 for (int32_t i = 0; i < numInReach; ++i) {
                     const EdgePair &pair = *inReach[i];
                     visit(pair.sample, pair.fullAt(row) ? Sum::full : coverage.partialContribution(row, pair));
                 }
             });
-            if (cov != decltype(cov)(0)) {
-                const auto pixelOpacity = scaledOpacity(opacity, cov);
-                const int32_t index = wrapAdd(columnStart, row);
-                for (int32_t p = 0; p < numPlanes; ++p) {
-                    blendPixel(planes.plane(p) + index, fillValue[p], pixelOpacity);
-                }
-            }
-        }
+        });
     }
 
     // Blends rows first .. last with the coverage of one span alone,
@@ -510,19 +497,29 @@ private:
     template <class Contribution>
     void blendSpanRows(const EdgePair &pair, int32_t first, int32_t last, const Contribution &contribution) const
     {
-        // Local copies: the stores into the image could otherwise alias
-        // every member and force it to be read again at each pixel.
         using Sum = typename ColumnCoverage<T>::Sum;
+        const EdgePair span = pair; // a local copy, for the reason blendEachRow gives
+        blendEachRow(first, last, [&](int32_t row, const ColumnCoverage<T> &coverage) {
+            const auto sum = Sum::add(decltype(Sum::full)(0), contribution(row, coverage, span));
+            return sum < Sum::full ? sum : Sum::full;
+        });
+    }
+
+    // Blends each row of first .. last with the coverage that
+    // rowCoverage(row, coverage) gives it. Works on local copies: the stores
+    // into the image could otherwise alias every member and force it to be
+    // read again at each pixel.
+    template <class RowCoverage>
+    [[gnu::always_inline]] void blendEachRow(int32_t first, int32_t last, const RowCoverage &rowCoverage) const
+    {
         const Planes planes = planes_;
-        const EdgePair span = pair;
         const ColumnCoverage<T> coverage = coverage_;
         const OpacityOf<T> opacity = opacity_;
         const int32_t columnStart = columnStart_;
         const T *fillValue = fillValue_;
         const int32_t numPlanes = planes.count();
         for (int32_t row = first; row <= last; ++row) {
-            const auto sum = Sum::add(decltype(Sum::full)(0), contribution(row, coverage, span));
-            const auto cov = sum < Sum::full ? sum : Sum::full;
+            const auto cov = rowCoverage(row, coverage);
             if (cov != decltype(cov)(0)) {
                 const auto pixelOpacity = scaledOpacity(opacity, cov);
                 const int32_t index = wrapAdd(columnStart, row);
