@@ -12,11 +12,14 @@ root=$(cd "$(dirname "$0")/../.." && pwd)
 build=${1:-$root/build/release}
 "$root/scripts/install-deps.sh" python3-opencv python3-numpy
 
-/usr/bin/python3 - "$build/bench/detection_hough_bench" <<'PY'
-import statistics, subprocess, sys, time
+/usr/bin/python3 - "$build/bench/detection_hough_bench" "$root/bench" <<'PY'
+import statistics, sys, time
 import cv2, numpy as np
 cv2.setNumThreads(1)
 bench = sys.argv[1]
+sys.dont_write_bytecode = True  # nothing written into the source tree
+sys.path.insert(0, sys.argv[2])
+from benchmark_medians import benchmark_medians
 side = 1024
 r = np.arange(side, dtype=np.uint32)[:, None]
 c = np.arange(side, dtype=np.uint32)[None, :]
@@ -40,15 +43,7 @@ def peer_ms():
     return statistics.median(times) * 1000
 
 def ours_ms():
-    out = subprocess.run([bench, "--benchmark_filter=houghVote", "--benchmark_repetitions=5",
-                          "--benchmark_min_time=0.1", "--benchmark_format=csv"],
-                         capture_output=True, text=True, check=True).stdout
-    found = {}
-    for row in out.splitlines():
-        name = row.split(",")[0].strip('"')
-        if name.endswith("_median"):
-            found[name[:-len("_median")]] = float(row.split(",")[3])  # CPU time, ms
-    return found
+    return benchmark_medians(bench, "houghVote", 5)
 
 peer, ours = [], {}
 for _ in range(5):
