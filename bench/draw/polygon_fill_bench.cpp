@@ -53,14 +53,17 @@ void BM_Polygons_D_Half(benchmark::State &state) { fillD(state, 0.5); }
 // follow the few pixels drawn, not the 2^31 columns swept.
 constexpr int32_t farSide = 24;
 constexpr int32_t farPolygon[8] = {5, INT32_MIN, 20, 10, 3, 22, 12, 4};
+// A vertex far off in both directions: two edges whose column spans and row
+// deltas are both beyond 2^30, the hardest error terms to jump.
+constexpr int32_t farDiagonalPolygon[8] = {2, 3, 20, 5, 1987654321, -2101234567, 12, 20};
 
-void BM_FarPolygon_UI8(benchmark::State &state)
+void BM_FarPolygon_UI8(benchmark::State &state, const int32_t *polygon)
 {
     std::vector<uint8_t> image(farSide * farSide, 0);
     std::vector<int32_t> edgeBuffer(64, 0), sortRecords(24, 0);
     const uint8_t fill = 255;
     for (auto _ : state) {
-        ORNEX_FillOnePolygon_I_UI8(edgeBuffer.data(), 8, farPolygon, sortRecords.data(), image.data(), 0, farSide - 1,
+        ORNEX_FillOnePolygon_I_UI8(edgeBuffer.data(), 8, polygon, sortRecords.data(), image.data(), 0, farSide - 1,
                                    0, farSide - 1, farSide, &fill, 1024, 1, farSide * farSide);
         benchmark::DoNotOptimize(image.data());
     }
@@ -97,7 +100,8 @@ void BM_FarWarpCell_R(benchmark::State &state)
     }
 }
 
-BENCHMARK(BM_FarPolygon_UI8)->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(BM_FarPolygon_UI8, column_min, farPolygon)->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(BM_FarPolygon_UI8, diagonal, farDiagonalPolygon)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_FarPolygon_AA_UI8)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_FarWarpCell_R)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_Polygons_UI8_Opaque)->Unit(benchmark::kMillisecond);

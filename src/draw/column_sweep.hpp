@@ -5,6 +5,7 @@
 #include <type_traits>
 
 #include "draw/edge_table.hpp"
+#include "draw/settled_orbit.hpp"
 #include "frame/wrap_arithmetic.hpp"
 
 namespace ornex::draw {
@@ -15,7 +16,6 @@ namespace ornex::draw {
 // and by another at or above it, and how often it carries decides the row.
 namespace edge_steps {
 
-constexpr uint64_t circle = uint64_t(1) << 31;
 constexpr uint64_t none = ~uint64_t(0);
 
 // Smallest x >= 0 with (a*x) mod m in [lo, hi], 0 <= lo <= hi < m, or none
@@ -54,8 +54,8 @@ inline uint64_t firstAtMost(uint64_t a, uint64_t b, uint64_t r)
 // either break point is counted in closed form, and a periodic orbit is
 // found (Brent) and its whole periods counted at once. Orbits that do none
 // of these (both sides visited often, off an interval rotation: spans and
-// row deltas beyond 2^30 with unrelated remainders) are stepped point by
-// point, about as fast as walking the columns.
+// row deltas beyond 2^30 with unrelated remainders) are counted on the
+// union of intervals the map settles onto.
 inline uint64_t highVisits(uint64_t &g, uint64_t split, uint64_t lowShift, uint64_t highShift, uint64_t n)
 {
     const uint64_t m = circle;
@@ -105,12 +105,7 @@ inline uint64_t highVisits(uint64_t &g, uint64_t split, uint64_t lowShift, uint6
         shortRuns += run < 64 ? 1 : 0;
         if (shortRuns > 256) {
             visits += high ? run : 0;
-            for (; n > 0; --n) {
-                const bool above = g >= split;
-                visits += above ? 1 : 0;
-                g = (g + (above ? highShift : lowShift)) & (m - 1);
-            }
-            return visits;
+            return visits + settledHighVisits(g, OrbitMap{split, lowShift, highShift}, n);
         }
         visits += high ? run : 0;
         markSteps += run;
