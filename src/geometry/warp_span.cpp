@@ -7,10 +7,14 @@
 #include "draw/column_sweep.hpp"
 #include "frame/simd_level.hpp"
 #include "geometry/projective_warp.hpp"
+#include "geometry/repeated_sum.hpp"
 #include "geometry/sample_runs.hpp"
 
 namespace ornex::geometry {
 namespace {
+
+// Below this many rows before the window, stepping them is as quick.
+constexpr int64_t rowsSteppedOneByOne = 32;
 
 // Walks the rows spanStart .. spanEnd of one output column with the source
 // position of each, found exactly (one division per coordinate) or on the
@@ -35,7 +39,16 @@ void walkSpan(const T *matrix, int32_t column, int32_t spanStart, int32_t spanEn
     if (exact) {
         const T dq = (last.q - first.q) * t, dp = (last.p - first.p) * t, dw = (last.w - first.w) * t;
         T q = first.q, p = first.p, w = first.w;
-        for (int32_t row = spanStart;; ++row) {
+        int32_t row = spanStart;
+        // Rows before the window only step the position: taken at once.
+        if (firstVisited - int64_t(spanStart) > rowsSteppedOneByOne) {
+            const auto skipped = uint64_t(firstVisited - int64_t(spanStart));
+            q = repeatedSum(q, dq, skipped);
+            p = repeatedSum(p, dp, skipped);
+            w = repeatedSum(w, dw, skipped);
+            row = firstVisited;
+        }
+        for (;; ++row) {
             if (row >= firstVisited) {
                 visit(row, q / w, p / w);
             }
