@@ -54,15 +54,15 @@ inline uint64_t firstAtMost(uint64_t a, uint64_t b, uint64_t r)
 // either break point is counted in closed form, and a periodic orbit is
 // found (Brent) and its whole periods counted at once. Orbits that do none
 // of these (both sides visited often, off an interval rotation: spans and
-// row deltas beyond 2^30 with unrelated remainders) are counted on the
-// union of intervals the map settles onto.
+// row deltas beyond 2^30 with unrelated remainders) are counted through
+// their returns to the intervals they settle onto.
 inline uint64_t highVisits(uint64_t &g, uint64_t split, uint64_t lowShift, uint64_t highShift, uint64_t n)
 {
     const uint64_t m = circle;
     lowShift %= m;
     highShift %= m;
     uint64_t visits = 0;
-    uint64_t mark = g, markSteps = 0, markVisits = 0, markEvents = 0, power = 1, shortRuns = 0;
+    uint64_t mark = g, markSteps = 0, markVisits = 0, markEvents = 0, power = 1, shortRuns = 0, events = 0;
     while (n > 0) {
         {
             // [split - x, split + y) turned by y within its length.
@@ -100,14 +100,33 @@ inline uint64_t highVisits(uint64_t &g, uint64_t split, uint64_t lowShift, uint6
         }
         g = (g + run % m * shift) % m;
         n -= run;
-        // An orbit that keeps switching sides after short runs gains nothing
-        // from the search: it is stepped one point at a time.
-        shortRuns += run < 64 ? 1 : 0;
-        if (shortRuns > 256) {
-            visits += high ? run : 0;
-            return visits + settledHighVisits(g, OrbitMap{split, lowShift, highShift}, n);
-        }
         visits += high ? run : 0;
+        // An orbit still switching sides after many runs is counted on the
+        // structure it settles onto, or else stepped one point at a time
+        // when its runs are short.
+        shortRuns += run < 64 ? 1 : 0;
+        if (++events == 256 && n > 0 && n <= (uint64_t(1) << 32)) {
+            Progress progress{g, 0, visits};
+            const bool counted = advanceOnReturns(edgeOrbitMap(split, lowShift, highShift), progress, n);
+            g = progress.x;
+            n -= progress.used;
+            visits = progress.visits;
+            if (counted) {
+                return visits;
+            }
+            mark = g;
+            markSteps = markVisits = markEvents = 0;
+            power = 1;
+            continue;
+        }
+        if (shortRuns > 256) {
+            for (; n > 0; --n) {
+                const bool above = g >= split;
+                visits += above ? 1 : 0;
+                g = (g + (above ? highShift : lowShift)) & (m - 1);
+            }
+            return visits;
+        }
         markSteps += run;
         markVisits += high ? run : 0;
         if (g == mark) {

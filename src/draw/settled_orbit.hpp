@@ -4,15 +4,20 @@
 #include <array>
 #include <cstdint>
 
+
+
+
 namespace ornex::draw::edge_steps {
 
-// The maps here take g to g + lowShift below split and to g + highShift
-// from split on, modulo 2^31. A map of this kind that is not one-to-one
-// sends the whole circle, after a few steps, onto a union of intervals that
-// it permutes; on that union every point comes back to the interval it
-// started in after one of two numbers of steps, rotated within it. That is
-// what lets an orbit that switches sides at nearly every step be counted in
-// closed form.
+// Orbits of maps that move each point of a circle by the amount of the arc
+// it lies in. An edge's error term follows one with two arcs on a circle of
+// 2^31 points; when the map is not one-to-one it sends the whole circle,
+// after a few steps, onto a union of intervals that it permutes, and every
+// one of those intervals comes back to itself as a rotation. Where that
+// union is too fragmented, the first return to the shortest arc is again
+// such a map, on a shorter circle, and the search repeats there. A step of
+// a derived map stands for several steps of the edge's map: it carries
+// their count (its weight) and how many of them were at or above the split.
 
 constexpr uint64_t circle = uint64_t(1) << 31;
 
@@ -43,23 +48,76 @@ inline uint64_t floorSum(uint64_t n, uint64_t m, uint64_t a, uint64_t b)
 }
 
 // How many of c, c + r, ..., c + (count-1)*r fall below u modulo length;
-// c, r, u below length, length at most 2^31, count at most 2^32.
+// c and r below length, u at most length, length at most 2^31, count at
+// most 2^32.
 inline uint64_t rotationHitsBelow(uint64_t c, uint64_t r, uint64_t u, uint64_t length, uint64_t count)
 {
+    if (u >= length) {
+        return count;
+    }
     // x mod length >= u exactly when floor((x + length - u) / length) exceeds floor(x / length).
-    const uint64_t atOrAbove = floorSum(count, length, r, c + length - u) - floorSum(count, length, r, c);
-    return count - atOrAbove;
+    return count - (floorSum(count, length, r, c + length - u) - floorSum(count, length, r, c));
 }
 
-struct OrbitMap {
-    uint64_t split, lowShift, highShift;
-
-    bool high(uint64_t g) const { return g >= split; }
-    uint64_t operator()(uint64_t g) const { return (g + (high(g) ? highShift : lowShift)) & (circle - 1); }
+// An arc [lo, hi) moved by shift (modulo the circle); a step from it stands
+// for `weight` steps of the edge's map, `visits` of them at or above the
+// split, and for `hops` steps of the map it belongs to before inducing.
+struct Arc {
+    uint64_t lo, hi, shift, weight, visits;
 };
 
+constexpr int maxArcs = 16;
+
+struct ArcMap {
+    uint64_t length = 0;
+    int count = 0;
+    std::array<Arc, maxArcs> arcs{};
+
+    const Arc &at(uint64_t x) const
+    {
+        int i = 0;
+        while (arcs[size_t(i)].hi <= x) {
+            ++i;
+        }
+        return arcs[size_t(i)];
+    }
+    uint64_t move(uint64_t x, const Arc &arc) const { return (x + arc.shift) % length; }
+
+    // How many steps in a row, from x on, start inside x's arc: a small
+    // move up or down stays in it for many steps without wrapping.
+    uint64_t runFrom(uint64_t x, const Arc &arc) const
+    {
+        if (arc.shift == 0) {
+            return ~uint64_t(0);
+        }
+        const uint64_t down = length - arc.shift;
+        uint64_t run = 1;
+        if (x + arc.shift < arc.hi) {
+            run = (arc.hi - 1 - x) / arc.shift + 1;
+        }
+        if (down <= x - arc.lo) {
+            run = std::max(run, (x - arc.lo) / down + 1);
+        }
+        return run;
+    }
+};
+
+// The edge's map: g + lowShift below split, g + highShift from split on.
+inline ArcMap edgeOrbitMap(uint64_t split, uint64_t lowShift, uint64_t highShift)
+{
+    ArcMap map;
+    map.length = circle;
+    if (split > 0) {
+        map.arcs[size_t(map.count++)] = {0, split, lowShift % circle, 1, 0};
+    }
+    if (split < circle) {
+        map.arcs[size_t(map.count++)] = {split, circle, highShift % circle, 1, 1};
+    }
+    return map;
+}
+
 struct Interval {
-    uint64_t lo, hi; // [lo, hi), 0 <= lo < hi <= 2^31
+    uint64_t lo, hi; // [lo, hi)
     bool operator==(const Interval &) const = default;
 };
 
@@ -75,29 +133,37 @@ public:
         return count_ == other.count_ && std::equal(intervals_.begin(), intervals_.begin() + count_, other.intervals_.begin());
     }
 
-    // The image under the map, or false when it would need more intervals.
-    bool imageOf(const IntervalSet &from, const OrbitMap &map)
+    void setWhole(uint64_t length)
     {
-        // Each interval gives one piece per side of the split, and one piece
-        // on either side may wrap.
-        std::array<Interval, capacity + 4> pieces;
+        count_ = 1;
+        intervals_[0] = {0, length};
+    }
+
+    // The image under the map, or false when it would need more intervals.
+    bool imageOf(const IntervalSet &from, const ArcMap &map)
+    {
+        // Each interval gives one piece per arc it meets, and the image of
+        // each arc wraps at most once.
+        std::array<Interval, capacity + 2 * maxArcs> pieces;
         int numPieces = 0;
-        auto translated = [&](uint64_t lo, uint64_t hi, uint64_t shift) {
-            const uint64_t start = (lo + shift) % circle, end = start + (hi - lo);
-            if (end <= circle) {
-                pieces[size_t(numPieces++)] = {start, end};
-            } else {
-                pieces[size_t(numPieces++)] = {start, circle};
-                pieces[size_t(numPieces++)] = {0, end - circle};
-            }
-        };
         for (int i = 0; i < from.count_; ++i) {
             const Interval &v = from[i];
-            if (v.lo < map.split) {
-                translated(v.lo, std::min(v.hi, map.split), map.lowShift);
-            }
-            if (v.hi > map.split) {
-                translated(std::max(v.lo, map.split), v.hi, map.highShift);
+            for (int a = 0; a < map.count; ++a) {
+                const Arc &arc = map.arcs[size_t(a)];
+                const uint64_t lo = std::max(v.lo, arc.lo), hi = std::min(v.hi, arc.hi);
+                if (lo >= hi) {
+                    continue;
+                }
+                const uint64_t start = map.move(lo, arc), end = start + (hi - lo);
+                if (numPieces + 2 > int(pieces.size())) {
+                    return false;
+                }
+                if (end <= map.length) {
+                    pieces[size_t(numPieces++)] = {start, end};
+                } else {
+                    pieces[size_t(numPieces++)] = {start, map.length};
+                    pieces[size_t(numPieces++)] = {0, end - map.length};
+                }
             }
         }
         std::sort(pieces.begin(), pieces.begin() + numPieces, [](const Interval &x, const Interval &y) { return x.lo < y.lo; });
@@ -114,20 +180,14 @@ public:
         return true;
     }
 
-    void setWhole()
-    {
-        count_ = 1;
-        intervals_[0] = {0, circle};
-    }
-
     const Interval *find(uint64_t g) const
     {
-        for (int i = 0; i < count_; ++i) {
-            if (g >= intervals_[size_t(i)].lo && g < intervals_[size_t(i)].hi) {
-                return &intervals_[size_t(i)];
-            }
+        const auto it = std::upper_bound(intervals_.begin(), intervals_.begin() + count_, g,
+                                         [](uint64_t x, const Interval &v) { return x < v.lo; });
+        if (it == intervals_.begin() || g >= (it - 1)->hi) {
+            return nullptr;
         }
-        return nullptr;
+        return &*(it - 1);
     }
 
 private:
@@ -135,41 +195,67 @@ private:
     int count_ = 0;
 };
 
-// The first return of an interval to itself as a rotation: points below
-// base + belowSplit come back after lowSteps steps with lowVisits of them
-// at or above split and land belowSplit further on, cyclically; the others
-// after highSteps with highVisits.
-struct ReturnRotation {
-    uint64_t base, length, belowSplit;
-    uint64_t lowSteps, lowVisits, highSteps, highVisits;
-};
+// Shrinks `settled` from the whole circle to the union of intervals the map
+// sends onto itself; `settlingSteps` steps bring every point into it.
+// False when that takes too many steps or intervals.
+// Gives up after about maxWork interval images.
+inline bool settle(const ArcMap &map, IntervalSet &settled, int &settlingSteps, int64_t maxWork)
+{
+    IntervalSet next;
+    settled.setWhole(map.length);
+    int64_t work = 0;
+    for (settlingSteps = 0; work < maxWork; ++settlingSteps) {
+        if (!next.imageOf(settled, map)) {
+            return false;
+        }
+        if (next == settled) {
+            return true;
+        }
+        work += next.count();
+        settled = next;
+    }
+    return false;
+}
 
-// Follows the pieces of `base` until each is back in it, or returns false
-// when the return is not a rotation of at most two pieces or takes too long.
-inline bool returnRotation(const OrbitMap &map, const Interval &base, ReturnRotation &rotation)
+// The first return of the map to `base`, as a map on a circle of its length
+// (positions from base.lo), the hops of its longest return in `longest`.
+// False when some point takes too long to return or the return needs too
+// many arcs.
+inline bool firstReturn(const ArcMap &map, const Interval &base, ArcMap &induced, uint64_t &longest)
 {
     struct Piece {
-        uint64_t from, length, at, steps, visits; // source start, length, current start
+        uint64_t from, length, at, weight, visits, hops; // source start, length, current start
     };
     constexpr int maxPieces = 64;
     constexpr uint64_t maxWork = uint64_t(1) << 15;
     std::array<Piece, maxPieces> travelling, returned;
-    int numTravelling = 0, numReturned = 0;
-    travelling[0] = {base.lo, base.hi - base.lo, base.lo, 0, 0};
-    numTravelling = 1;
+    int numTravelling = 1, numReturned = 0;
+    travelling[0] = {base.lo, base.hi - base.lo, base.lo, 0, 0, 0};
     for (uint64_t work = 0; numTravelling > 0; ++work) {
         if (work == maxWork) {
             return false;
         }
         Piece piece = travelling[size_t(--numTravelling)];
-        // Cut where the map changes and where the image wraps or leaves the base.
-        uint64_t cut = piece.at + piece.length;
-        if (piece.at < map.split && cut > map.split) {
-            cut = map.split;
+        const Arc &arc = map.at(piece.at);
+        if (arc.shift != 0 && piece.hops > 0 && piece.at + piece.length <= arc.hi) {
+            // Whole steps that keep a piece lying inside one arc there, and
+            // short of the base, at once (it is outside the base after its
+            // first step).
+            const uint64_t down = map.length - arc.shift, top = piece.at + piece.length;
+            const uint64_t upTo = base.lo >= top ? std::min(arc.hi, base.lo) : arc.hi;
+            const uint64_t downTo = base.hi <= piece.at ? std::max(arc.lo, base.hi) : arc.lo;
+            uint64_t run = top + arc.shift <= upTo ? (upTo - top) / arc.shift : 0;
+            run = std::max(run, down <= piece.at - downTo ? (piece.at - downTo) / down : 0);
+            if (run > 0) {
+                piece.at = (piece.at + run % map.length * arc.shift) % map.length;
+                piece.weight += run * arc.weight;
+                piece.visits += run * arc.visits;
+                piece.hops += run;
+            }
         }
-        const uint64_t shift = map.high(piece.at) ? map.highShift : map.lowShift;
-        const uint64_t start = (piece.at + shift) % circle;
-        uint64_t length = std::min(cut - piece.at, circle - start);
+        // Cut where the arc ends, and where the image wraps or leaves the base.
+        const uint64_t start = map.move(piece.at, arc);
+        uint64_t length = std::min({piece.length, arc.hi - piece.at, map.length - start});
         const bool inBase = start >= base.lo && start < base.hi;
         length = std::min(length, inBase ? base.hi - start : (start < base.lo ? base.lo - start : length));
         if (piece.length > length) {
@@ -177,9 +263,10 @@ inline bool returnRotation(const OrbitMap &map, const Interval &base, ReturnRota
                 return false;
             }
             travelling[size_t(numTravelling++)] = {piece.from + length, piece.length - length, piece.at + length,
-                                                   piece.steps, piece.visits};
+                                                   piece.weight, piece.visits, piece.hops};
         }
-        const Piece moved{piece.from, length, start, piece.steps + 1, piece.visits + (map.high(piece.at) ? 1 : 0)};
+        const Piece moved{piece.from,          length, start, piece.weight + arc.weight, piece.visits + arc.visits,
+                          piece.hops + 1};
         Piece *list = inBase ? returned.data() : travelling.data();
         int &count = inBase ? numReturned : numTravelling;
         if (count == maxPieces) {
@@ -188,100 +275,176 @@ inline bool returnRotation(const OrbitMap &map, const Interval &base, ReturnRota
         list[size_t(count++)] = moved;
     }
     std::sort(returned.begin(), returned.begin() + numReturned, [](const Piece &x, const Piece &y) { return x.from < y.from; });
-    // Neighbours that moved alike are one piece.
-    int merged = 0;
+    const uint64_t length = base.hi - base.lo;
+    induced = ArcMap{};
+    induced.length = length;
+    longest = 0;
     for (int i = 0; i < numReturned; ++i) {
         const Piece &p = returned[size_t(i)];
-        Piece &last = returned[size_t(merged > 0 ? merged - 1 : 0)];
-        if (merged > 0 && last.steps == p.steps && last.visits == p.visits && last.at + last.length == p.at) {
-            last.length += p.length;
-        } else {
-            returned[size_t(merged++)] = p;
+        const uint64_t lo = p.from - base.lo, shift = (p.at - p.from + length) % length;
+        longest = std::max(longest, p.hops);
+        Arc *last = induced.count > 0 ? &induced.arcs[size_t(induced.count - 1)] : nullptr;
+        // Neighbours that moved alike are one arc.
+        if (last != nullptr && last->shift == shift && last->weight == p.weight && last->visits == p.visits) {
+            last->hi = lo + p.length;
+            continue;
         }
+        if (induced.count == maxArcs) {
+            return false;
+        }
+        induced.arcs[size_t(induced.count++)] = {lo, lo + p.length, shift, p.weight, p.visits};
     }
-    const uint64_t length = base.hi - base.lo;
-    rotation.base = base.lo;
-    rotation.length = length;
-    if (merged == 1 && returned[0].at == base.lo) {
-        rotation.belowSplit = length;
-        rotation.lowSteps = rotation.highSteps = returned[0].steps;
-        rotation.lowVisits = rotation.highVisits = returned[0].visits;
-        return true;
-    }
-    if (merged != 2) {
-        return false;
-    }
-    const Piece &first = returned[0], &second = returned[1];
-    if (first.at != base.lo + second.length || second.at != base.lo) {
-        return false;
-    }
-    rotation.belowSplit = first.length;
-    rotation.lowSteps = first.steps;
-    rotation.lowVisits = first.visits;
-    rotation.highSteps = second.steps;
-    rotation.highVisits = second.visits;
     return true;
 }
 
-// Shrinks `settled` from the whole circle to the union of intervals the map
-// sends onto itself; `settlingSteps` steps bring every point into it.
-// False when that takes too many steps or intervals.
-inline bool settle(const OrbitMap &map, IntervalSet &settled, int &settlingSteps, int maxSettlingSteps = 1 << 14)
+// Progress along an orbit: the point, the edge-map steps taken and how many
+// of them were at or above the split.
+struct Progress {
+    uint64_t x, used, visits;
+};
+
+// Takes steps of the map while their weight fits the budget, at most `most`
+// of them and stopping early at a point inside `stop` when one is given, or
+// after `mostRuns` runs along one arc, each taken at once. Returns how many
+// steps it took.
+inline uint64_t stepWhileFits(const ArcMap &map, Progress &p, uint64_t budget, uint64_t most,
+                              const Interval *stop = nullptr, uint64_t mostRuns = ~uint64_t(0))
 {
-    IntervalSet next;
-    settled.setWhole();
-    for (settlingSteps = 0; settlingSteps < maxSettlingSteps; ++settlingSteps) {
-        if (!next.imageOf(settled, map)) {
-            return false;
+    uint64_t taken = 0;
+    for (uint64_t runs = 0; taken < most && runs < mostRuns && (stop == nullptr || p.x < stop->lo || p.x >= stop->hi);
+         ++runs) {
+        const Arc &arc = map.at(p.x);
+        const uint64_t run = std::min({map.runFrom(p.x, arc), most - taken, (budget - p.used) / arc.weight});
+        if (run == 0) {
+            break;
         }
-        if (next == settled) {
+        p.used += run * arc.weight;
+        p.visits += run * arc.visits;
+        p.x = (p.x + run % map.length * arc.shift) % map.length;
+        taken += run;
+    }
+    return taken;
+}
+
+// Whole returns of a map whose first return to an interval is a rotation
+// by one turn, taken in closed form while they fit the budget.
+inline void countRotationReturns(const ArcMap &rotation, uint64_t baseLo, Progress &p, uint64_t budget)
+{
+    const uint64_t length = rotation.length, turn = rotation.arcs[0].shift, start = p.x - baseLo;
+    auto returnsBelow = [&](uint64_t u, uint64_t k) { return rotationHitsBelow(start, turn, u, length, k); };
+    // The weight and visits of the first k returns; none when the weight
+    // passes the budget.
+    auto total = [&](uint64_t k, uint64_t &visits) {
+        uint64_t weight = 0;
+        visits = 0;
+        for (int i = 0; i < rotation.count; ++i) {
+            const Arc &arc = rotation.arcs[size_t(i)];
+            const uint64_t hits = returnsBelow(arc.hi, k) - returnsBelow(arc.lo, k);
+            uint64_t part = 0;
+            if (__builtin_mul_overflow(hits, arc.weight, &part) || __builtin_add_overflow(weight, part, &weight)) {
+                return ~uint64_t(0);
+            }
+            visits += hits * arc.visits;
+        }
+        return weight;
+    };
+    uint64_t lightest = ~uint64_t(0);
+    for (int i = 0; i < rotation.count; ++i) {
+        lightest = std::min(lightest, rotation.arcs[size_t(i)].weight);
+    }
+    const uint64_t room = budget - p.used;
+    uint64_t fewest = 0, most = std::min<uint64_t>(room / lightest + 1, uint64_t(1) << 32); // total(most) > room
+    uint64_t visits = 0;
+    while (most - fewest > 1) {
+        const uint64_t k = fewest + (most - fewest) / 2;
+        (total(k, visits) <= room ? fewest : most) = k;
+    }
+    p.used += total(fewest, visits);
+    p.visits += visits;
+    p.x = baseLo + (start + fewest % length * turn) % length;
+}
+
+// Takes as many steps of the map from p as fit the budget, in closed form
+// through the structures above; false when none was found (p may have moved
+// on consistently).
+// The settled union and its rotation, when found: steps into the union and
+// counts the returns. Kept apart so that its interval sets leave the stack
+// before any deeper search.
+enum class Tower { counted, notFound };
+[[gnu::noinline]] inline Tower countOnSettledTower(const ArcMap &map, Progress &p, uint64_t budget, int64_t maxWork)
+{
+    IntervalSet settled;
+    int settlingSteps = 0;
+    if (!settle(map, settled, settlingSteps, maxWork)) {
+        return Tower::notFound;
+    }
+    if (stepWhileFits(map, p, budget, uint64_t(settlingSteps)) < uint64_t(settlingSteps)) {
+        return Tower::counted;
+    }
+    const Interval *base = settled.find(p.x);
+    ArcMap rotation;
+    uint64_t longest = 0;
+    if (base == nullptr || !firstReturn(map, *base, rotation, longest) ||
+        !std::all_of(rotation.arcs.begin(), rotation.arcs.begin() + rotation.count,
+                     [&](const Arc &arc) { return arc.shift == rotation.arcs[0].shift; })) {
+        return Tower::notFound;
+    }
+    countRotationReturns(rotation, base->lo, p, budget);
+    // What is left is less than one return.
+    return stepWhileFits(map, p, budget, longest + 1) <= longest ? Tower::counted : Tower::notFound;
+}
+
+// The first return to one of the map's arcs, the shortest that every point
+// comes back to; false when none does.
+inline bool returnToAnArc(const ArcMap &map, Interval &base, ArcMap &induced, uint64_t &longest)
+{
+    uint32_t tried = 0;
+    for (int k = 0; k < map.count; ++k) {
+        int shortest = -1;
+        for (int i = 0; i < map.count; ++i) {
+            const Arc &arc = map.arcs[size_t(i)];
+            if ((tried >> i & 1) == 0 &&
+                (shortest < 0 || arc.hi - arc.lo < map.arcs[size_t(shortest)].hi - map.arcs[size_t(shortest)].lo)) {
+                shortest = i;
+            }
+        }
+        tried |= uint32_t(1) << shortest;
+        base = {map.arcs[size_t(shortest)].lo, map.arcs[size_t(shortest)].hi};
+        if (firstReturn(map, base, induced, longest)) {
             return true;
         }
-        settled = next;
     }
     return false;
 }
 
-// Counts the points at or above split among the n points g, F(g), ...,
-// F^(n-1)(g) and leaves g at F^n(g), stepping only a bounded number of
-// points when the map settles onto a union of intervals returning as a
-// rotation; otherwise every point is stepped.
-inline uint64_t settledHighVisits(uint64_t &g, const OrbitMap &map, uint64_t n)
+inline bool advanceOnReturns(const ArcMap &map, Progress &p, uint64_t budget, int depth = 0)
 {
-    uint64_t visits = 0;
-    auto step = [&](uint64_t count) {
-        for (; count > 0; --count, --n) {
-            visits += map.high(g) ? 1 : 0;
-            g = map(g);
+    constexpr int maxDepth = 6;
+    // A union that settles quickly is used at once; a fragmented one is
+    // better left to the search on a shorter circle, and tried at length
+    // only where that search ends.
+    constexpr int64_t quickWork = int64_t(1) << 10, longWork = int64_t(1) << 18;
+    if (countOnSettledTower(map, p, budget, quickWork) == Tower::counted) {
+        return true;
+    }
+    Interval base{};
+    ArcMap induced;
+    uint64_t longest = 0;
+    if (depth < maxDepth && returnToAnArc(map, base, induced, longest)) {
+        // Into the base: every point of the circle reaches it within a few
+        // runs, or the map is not of this kind.
+        stepWhileFits(map, p, budget, ~uint64_t(0), &base, 4096);
+        if (map.at(p.x).weight > budget - p.used) {
+            return true; // the budget ran out first
         }
-    };
-    IntervalSet settled;
-    int settlingSteps = 0;
-    ReturnRotation r{};
-    if (n > (uint64_t(1) << 32) || !settle(map, settled, settlingSteps) || n <= uint64_t(settlingSteps)) {
-        step(n);
-        return visits;
+        if (p.x >= base.lo && p.x < base.hi) {
+            Progress inside{p.x - base.lo, p.used, p.visits};
+            const bool counted = advanceOnReturns(induced, inside, budget, depth + 1);
+            p = {base.lo + inside.x, inside.used, inside.visits};
+            return counted && stepWhileFits(map, p, budget, longest + 1) <= longest;
+        }
     }
-    step(uint64_t(settlingSteps));
-    const Interval *base = settled.find(g);
-    if (base == nullptr || !returnRotation(map, *base, r)) {
-        step(n);
-        return visits;
-    }
-    const uint64_t start = g - r.base, turn = (r.length - r.belowSplit) % r.length;
-    // Steps taken by the first k returns, increasing in k.
-    auto stepsOf = [&](uint64_t k, uint64_t lowReturns) { return lowReturns * r.lowSteps + (k - lowReturns) * r.highSteps; };
-    uint64_t fewest = 0, most = n / std::min(r.lowSteps, r.highSteps) + 1; // stepsOf(most) > n
-    while (most - fewest > 1) {
-        const uint64_t k = fewest + (most - fewest) / 2;
-        (stepsOf(k, rotationHitsBelow(start, turn, r.belowSplit, r.length, k)) <= n ? fewest : most) = k;
-    }
-    const uint64_t lowReturns = rotationHitsBelow(start, turn, r.belowSplit, r.length, fewest);
-    visits += lowReturns * r.lowVisits + (fewest - lowReturns) * r.highVisits;
-    n -= stepsOf(fewest, lowReturns);
-    g = r.base + (start + fewest % r.length * turn) % r.length;
-    step(n);
-    return visits;
+    return countOnSettledTower(map, p, budget, longWork) == Tower::counted;
 }
 
 } // namespace ornex::draw::edge_steps

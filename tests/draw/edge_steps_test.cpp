@@ -16,17 +16,17 @@ int64_t uniform64(std::mt19937 &rng, int64_t low, int64_t high)
 }
 
 // The map an edge's error term follows, as the fillers build it.
-OrbitMap edgeMap(int32_t rowDelta, int32_t scanLength, int32_t rowStep)
+ArcMap edgeMap(int32_t rowDelta, int32_t scanLength, int32_t rowStep)
 {
     const int32_t stepped = ornex::wrapMul(rowStep, scanLength);
     if (rowDelta > 0) {
         const int32_t added = ornex::wrapSub(rowDelta, stepped);
-        return {uint64_t(ceilHalf(scanLength) + (int64_t(1) << 30)), uint32_t(added) % circle,
-                uint32_t(ornex::wrapSub(added, scanLength)) % circle};
+        return edgeOrbitMap(uint64_t(ceilHalf(scanLength) + (int64_t(1) << 30)), uint32_t(added),
+                            uint32_t(ornex::wrapSub(added, scanLength)));
     }
     const int32_t added = ornex::wrapAdd(stepped, rowDelta);
-    return {uint64_t(ceilHalf(ornex::wrapNeg(scanLength)) + (int64_t(1) << 30)),
-            uint32_t(ornex::wrapAdd(added, scanLength)) % circle, uint32_t(added) % circle};
+    return edgeOrbitMap(uint64_t(ceilHalf(ornex::wrapNeg(scanLength)) + (int64_t(1) << 30)),
+                        uint32_t(ornex::wrapAdd(added, scanLength)), uint32_t(added));
 }
 
 // Row deltas and spans from a few columns to all of 32 bits, most of them
@@ -66,42 +66,91 @@ TEST(EdgeSteps, FarEdgesJumpToTheRowOfTheColumnWalk)
 }
 
 // Maps of every kind (one-to-one or not, shifts and splits at the ends of the
-// circle), counted on the set they settle onto or stepped, against stepping.
-TEST(EdgeSteps, SettledOrbitsCountLikeStepping)
+// circle), counted through their returns and by the whole jump, against
+// stepping point by point.
+TEST(EdgeSteps, ReturnsCountLikeStepping)
 {
     std::mt19937 rng(32);
-    int settledAsRotation = 0, edgeMaps = 0;
+    int counted = 0, farEdges = 0;
     for (int trial = 0; trial < 400; ++trial) {
-        OrbitMap map{};
+        uint64_t split = 0, lowShift = 0, highShift = 0;
         int32_t rowDelta = 0, scanLength = 0, rowStep = 0;
         if (trial % 2 == 0) {
             randomEdge(rng, rowDelta, scanLength, rowStep);
-            map = edgeMap(rowDelta, scanLength, rowStep);
+            const ArcMap edge = edgeMap(rowDelta, scanLength, rowStep);
+            split = edge.count == 2 ? edge.arcs[0].hi : edge.arcs[0].visits ? 0 : circle;
+            lowShift = edge.arcs[0].shift;
+            highShift = edge.arcs[edge.count - 1].shift;
         } else {
             const uint64_t ends[4] = {0, 1, circle - 1, circle};
-            map.split = trial % 7 == 1 ? ends[rng() % 4] : rng() % circle;
-            map.lowShift = trial % 5 == 1 ? ends[rng() % 3] : rng() % circle;
-            map.highShift = trial % 9 == 1 ? map.lowShift : rng() % circle;
+            split = trial % 7 == 1 ? ends[rng() % 4] : rng() % circle;
+            lowShift = trial % 5 == 1 ? ends[rng() % 3] : rng() % circle;
+            highShift = trial % 9 == 1 ? lowShift : rng() % circle;
         }
+        const uint64_t start = rng() % circle, n = uint64_t(uniform64(rng, 0, 1 << 19));
+        uint64_t stepped = start, steppedVisits = 0;
+        for (uint64_t k = 0; k < n; ++k) {
+            const bool above = stepped >= split;
+            steppedVisits += above ? 1 : 0;
+            stepped = (stepped + (above ? highShift : lowShift)) % circle;
+        }
+        uint64_t g = start;
+        ASSERT_EQ(highVisits(g, split, lowShift, highShift, n), steppedVisits) << "trial " << trial;
+        ASSERT_EQ(g, stepped) << "trial " << trial;
+
+        Progress progress{start, 0, 0};
+        const bool found = advanceOnReturns(edgeOrbitMap(split, lowShift, highShift), progress, n);
+        const bool farEdge = scanLength >= int32_t(1) << 30;
+        farEdges += farEdge ? 1 : 0;
+        counted += farEdge && found ? 1 : 0;
+        if (found) {
+            ASSERT_EQ(progress.used, n) << "trial " << trial;
+            ASSERT_EQ(progress.visits, steppedVisits) << "trial " << trial;
+            ASSERT_EQ(progress.x, stepped) << "trial " << trial;
+        }
+    }
+    // The closed forms must carry the far edges, not the stepping behind them.
+    EXPECT_GT(counted, farEdges * 9 / 10) << counted << " of " << farEdges;
+}
+
+// First returns to an arc or to a piece of the settled union, point by point.
+TEST(EdgeSteps, FirstReturnsMatchPointByPoint)
+{
+    std::mt19937 rng(33);
+    int checked = 0;
+    for (int trial = 0; trial < 300; ++trial) {
+        int32_t rowDelta, scanLength, rowStep;
+        randomEdge(rng, rowDelta, scanLength, rowStep);
+        const ArcMap map = edgeMap(rowDelta, scanLength, rowStep);
         IntervalSet settled;
         int settlingSteps = 0;
-        ReturnRotation rotation{};
-        const bool counted = settle(map, settled, settlingSteps) && returnRotation(map, settled[0], rotation);
-        const bool farEdge = scanLength >= int32_t(1) << 30;
-        edgeMaps += farEdge ? 1 : 0;
-        settledAsRotation += farEdge && counted ? 1 : 0;
-
-        uint64_t start = rng() % circle, g = start, stepped = start, steppedVisits = 0;
-        const auto n = uint64_t(uniform64(rng, 0, 1 << 19));
-        for (uint64_t k = 0; k < n; ++k) {
-            steppedVisits += map.high(stepped) ? 1 : 0;
-            stepped = map(stepped);
+        Interval base{map.arcs[0].lo, map.arcs[0].hi};
+        if (trial % 2 == 0 && settle(map, settled, settlingSteps, 1 << 12)) {
+            base = settled[int(rng() % uint32_t(settled.count()))];
         }
-        ASSERT_EQ(settledHighVisits(g, map, n), steppedVisits) << "trial " << trial << " start " << start;
-        ASSERT_EQ(g, stepped) << "trial " << trial;
+        ArcMap induced;
+        uint64_t longest = 0;
+        if (!firstReturn(map, base, induced, longest)) {
+            continue;
+        }
+        ++checked;
+        for (int k = 0; k < 20; ++k) {
+            const uint64_t x = base.lo + rng() % (base.hi - base.lo);
+            uint64_t at = x, steps = 0, visits = 0;
+            do {
+                const Arc &arc = map.at(at);
+                visits += arc.visits;
+                at = map.move(at, arc);
+                ++steps;
+            } while (at < base.lo || at >= base.hi);
+            const Arc &arc = induced.at(x - base.lo);
+            ASSERT_EQ(arc.weight, steps) << "trial " << trial << " x " << x;
+            ASSERT_EQ(arc.visits, visits) << "trial " << trial << " x " << x;
+            ASSERT_EQ(induced.move(x - base.lo, arc), at - base.lo) << "trial " << trial << " x " << x;
+            ASSERT_LE(steps, longest);
+        }
     }
-    // The closed form must carry the far edges, not the stepping behind it.
-    EXPECT_GT(settledAsRotation, edgeMaps * 8 / 10) << settledAsRotation << " of " << edgeMaps;
+    EXPECT_GT(checked, 200);
 }
 
 } // namespace
