@@ -16,37 +16,6 @@ namespace ornex::draw {
 // and by another at or above it, and how often it carries decides the row.
 namespace edge_steps {
 
-constexpr uint64_t none = ~uint64_t(0);
-
-// Smallest x >= 0 with (a*x) mod m in [lo, hi], 0 <= lo <= hi < m, or none
-// (Euclid's descent on the moduli).
-inline uint64_t firstMultipleIn(uint64_t a, uint64_t m, uint64_t lo, uint64_t hi)
-{
-    if (lo == 0) {
-        return 0;
-    }
-    a %= m;
-    if (a == 0) {
-        return none;
-    }
-    if (2 * a > m) {
-        return firstMultipleIn(m - a, m, m - hi, m - lo);
-    }
-    const uint64_t k = (lo + a - 1) / a;
-    if (a * k <= hi) {
-        return k;
-    }
-    const uint64_t over = (a - lo % a) % a;
-    const uint64_t y = firstMultipleIn(m % a, a, over - (hi - lo), over);
-    return y == none ? none : (lo + m * y + a - 1) / a;
-}
-
-// Smallest k >= 0 with (b + k*a) mod circle <= r.
-inline uint64_t firstAtMost(uint64_t a, uint64_t b, uint64_t r)
-{
-    return b <= r ? 0 : firstMultipleIn(a, circle, circle - b, circle - b + r);
-}
-
 // Of the n points g, F(g), ..., F^(n-1)(g) of F(g) = g + lowShift below
 // split and g + highShift from split on (modulo 2^31), counts those at or
 // above split and leaves g at F^n(g). Runs on one side are found in closed

@@ -21,6 +21,37 @@ namespace ornex::draw::edge_steps {
 
 constexpr uint64_t circle = uint64_t(1) << 31;
 
+constexpr uint64_t none = ~uint64_t(0);
+
+// Smallest x >= 0 with (a*x) mod m in [lo, hi], 0 <= lo <= hi < m, or none
+// (Euclid's descent on the moduli).
+inline uint64_t firstMultipleIn(uint64_t a, uint64_t m, uint64_t lo, uint64_t hi)
+{
+    if (lo == 0) {
+        return 0;
+    }
+    a %= m;
+    if (a == 0) {
+        return none;
+    }
+    if (2 * a > m) {
+        return firstMultipleIn(m - a, m, m - hi, m - lo);
+    }
+    const uint64_t k = (lo + a - 1) / a;
+    if (a * k <= hi) {
+        return k;
+    }
+    const uint64_t over = (a - lo % a) % a;
+    const uint64_t y = firstMultipleIn(m % a, a, over - (hi - lo), over);
+    return y == none ? none : (lo + m * y + a - 1) / a;
+}
+
+// Smallest k >= 0 with (b + k*a) mod m <= r, b below m.
+inline uint64_t firstAtMost(uint64_t a, uint64_t b, uint64_t r, uint64_t m = circle)
+{
+    return b <= r ? 0 : firstMultipleIn(a, m, m - b, m - b + r);
+}
+
 // Sum of floor((a*k + b) / m) over k = 0 .. n-1, modulo 2^64; n at most
 // 2^32, a and b below 2^32, m from 1 to 2^32. Differences of two such sums
 // that fit in 64 bits are exact.
@@ -126,6 +157,16 @@ class IntervalSet {
 public:
     static constexpr int capacity = 1024;
 
+    IntervalSet() = default;
+    // Only the intervals in use are copied.
+    IntervalSet(const IntervalSet &other) { *this = other; }
+    IntervalSet &operator=(const IntervalSet &other)
+    {
+        count_ = other.count_;
+        std::copy_n(other.intervals_.begin(), count_, intervals_.begin());
+        return *this;
+    }
+
     int count() const { return count_; }
     const Interval &operator[](int i) const { return intervals_[size_t(i)]; }
     bool operator==(const IntervalSet &other) const
@@ -191,7 +232,7 @@ public:
     }
 
 private:
-    std::array<Interval, capacity> intervals_{};
+    std::array<Interval, capacity> intervals_; // the first count_ in use
     int count_ = 0;
 };
 
@@ -227,7 +268,7 @@ inline bool firstReturn(const ArcMap &map, const Interval &base, ArcMap &induced
         uint64_t from, length, at, weight, visits, hops; // source start, length, current start
     };
     constexpr int maxPieces = 64;
-    constexpr uint64_t maxWork = uint64_t(1) << 15;
+    constexpr uint64_t maxWork = uint64_t(1) << 10;
     std::array<Piece, maxPieces> travelling, returned;
     int numTravelling = 1, numReturned = 0;
     travelling[0] = {base.lo, base.hi - base.lo, base.lo, 0, 0, 0};
@@ -394,12 +435,46 @@ enum class Tower { counted, notFound };
     return stepWhileFits(map, p, budget, longest + 1) <= longest ? Tower::counted : Tower::notFound;
 }
 
-// The first return to one of the map's arcs, the shortest that every point
-// comes back to; false when none does.
-inline bool returnToAnArc(const ArcMap &map, Interval &base, ArcMap &induced, uint64_t &longest)
+// On a short circle every orbit soon runs round a cycle: found (Brent), it is
+// gone round as often as the budget allows at once.
+constexpr uint64_t shortCircle = 4096;
+inline void countOnCycle(const ArcMap &map, Progress &p, uint64_t budget)
 {
-    uint32_t tried = 0;
-    for (int k = 0; k < map.count; ++k) {
+    auto stepOnce = [&](Progress &q) {
+        const Arc &arc = map.at(q.x);
+        q.used += arc.weight;
+        q.visits += arc.visits;
+        q.x = map.move(q.x, arc);
+    };
+    Progress mark = p, walker = p;
+    uint64_t power = 1, cycle = 0;
+    do {
+        if (cycle == power) {
+            mark = walker;
+            power *= 2;
+            cycle = 0;
+        }
+        stepOnce(walker);
+        ++cycle;
+    } while (walker.x != mark.x);
+    // Onto the cycle, round it, and the rest of the way.
+    while (p.x != mark.x && map.at(p.x).weight <= budget - p.used) {
+        stepOnce(p);
+    }
+    if (p.x == mark.x) {
+        const uint64_t weight = walker.used - mark.used, visits = walker.visits - mark.visits;
+        const uint64_t rounds = (budget - p.used) / weight;
+        p.used += rounds * weight;
+        p.visits += rounds * visits;
+    }
+    stepWhileFits(map, p, budget, cycle);
+}
+
+// The first return to the shortest arc not yet tried (marked in `tried`)
+// that every point comes back to; false when none is left.
+inline bool returnToAnArc(const ArcMap &map, uint32_t &tried, Interval &base, ArcMap &induced, uint64_t &longest)
+{
+    for (;;) {
         int shortest = -1;
         for (int i = 0; i < map.count; ++i) {
             const Arc &arc = map.arcs[size_t(i)];
@@ -408,13 +483,34 @@ inline bool returnToAnArc(const ArcMap &map, Interval &base, ArcMap &induced, ui
                 shortest = i;
             }
         }
+        if (shortest < 0) {
+            return false;
+        }
         tried |= uint32_t(1) << shortest;
         base = {map.arcs[size_t(shortest)].lo, map.arcs[size_t(shortest)].hi};
         if (firstReturn(map, base, induced, longest)) {
             return true;
         }
     }
-    return false;
+}
+
+// Steps from p into `base`, one of the map's arcs; false when that takes
+// too long (the orbit may settle elsewhere).
+inline bool enterArc(const ArcMap &map, Progress &p, uint64_t budget, const Interval &base)
+{
+    if (map.count == 2 && (p.x < base.lo || p.x >= base.hi)) {
+        // Off the base the map is one turn: the way in has a closed form.
+        const Arc &other = map.arcs[map.arcs[0].lo == base.lo ? 1 : 0];
+        const uint64_t first = firstAtMost(other.shift, (p.x + other.shift + map.length - base.lo) % map.length,
+                                           base.hi - base.lo - 1, map.length);
+        const uint64_t room = (budget - p.used) / other.weight;
+        const uint64_t steps = first == none ? room : std::min(first + 1, room);
+        p.used += steps * other.weight;
+        p.visits += steps * other.visits;
+        p.x = (p.x + steps % map.length * other.shift) % map.length;
+    }
+    stepWhileFits(map, p, budget, ~uint64_t(0), &base, 4096);
+    return p.x >= base.lo && p.x < base.hi;
 }
 
 inline bool advanceOnReturns(const ArcMap &map, Progress &p, uint64_t budget, int depth = 0)
@@ -422,27 +518,34 @@ inline bool advanceOnReturns(const ArcMap &map, Progress &p, uint64_t budget, in
     constexpr int maxDepth = 6;
     // A union that settles quickly is used at once; a fragmented one is
     // better left to the search on a shorter circle, and tried at length
-    // only where that search ends.
+    // only where that search fails.
     constexpr int64_t quickWork = int64_t(1) << 10, longWork = int64_t(1) << 18;
+    if (map.length <= shortCircle) {
+        countOnCycle(map, p, budget);
+        return true;
+    }
     if (countOnSettledTower(map, p, budget, quickWork) == Tower::counted) {
         return true;
     }
     Interval base{};
     ArcMap induced;
     uint64_t longest = 0;
-    if (depth < maxDepth && returnToAnArc(map, base, induced, longest)) {
-        // Into the base: every point of the circle reaches it within a few
-        // runs, or the map is not of this kind.
-        stepWhileFits(map, p, budget, ~uint64_t(0), &base, 4096);
+    uint32_t tried = 0;
+    while (depth < maxDepth && returnToAnArc(map, tried, base, induced, longest)) {
+        const bool entered = enterArc(map, p, budget, base);
         if (map.at(p.x).weight > budget - p.used) {
             return true; // the budget ran out first
         }
-        if (p.x >= base.lo && p.x < base.hi) {
-            Progress inside{p.x - base.lo, p.used, p.visits};
-            const bool counted = advanceOnReturns(induced, inside, budget, depth + 1);
-            p = {base.lo + inside.x, inside.used, inside.visits};
-            return counted && stepWhileFits(map, p, budget, longest + 1) <= longest;
+        if (!entered) {
+            continue;
         }
+        Progress inside{p.x - base.lo, p.used, p.visits};
+        const bool counted = advanceOnReturns(induced, inside, budget, depth + 1);
+        p = {base.lo + inside.x, inside.used, inside.visits};
+        if (counted) {
+            return stepWhileFits(map, p, budget, longest + 1) <= longest;
+        }
+        break;
     }
     return countOnSettledTower(map, p, budget, longWork) == Tower::counted;
 }
