@@ -95,14 +95,14 @@ constexpr int32_t farRowsCell[8] = {-1000000000, 0, -1000000000, 23, 1000000000,
 constexpr float identity[9] = {1, 0, 0, 0, 1, 0, 0, 0, 1};
 constexpr float gentlePerspective[9] = {1, 0, 0, 0.001f, 1, 0, 1e-7f, 0, 1};
 
-void BM_FarWarpCell_R(benchmark::State &state, const int32_t *corners, const float *matrix)
+void BM_FarWarpCell_R(benchmark::State &state, const int32_t *corners, const float *matrix, uint8_t exact)
 {
     std::vector<float> source(farSide * farSide, 1.0f), output(farSide * farSide, 0.0f);
     std::vector<int32_t> edgeBuffer(64, 0), sortScratch(24, 0);
     for (auto _ : state) {
         ORNEX_XformOneSubdivision_R(edgeBuffer.data(), 8, corners, sortScratch.data(), output.data(), nullptr, nullptr,
                                     0, farSide - 1, 0, farSide - 1, farSide, 0, matrix, source.data(), nullptr,
-                                    nullptr, 1, farSide, farSide, farSide, 2, 0, 0, 1);
+                                    nullptr, exact, farSide, farSide, farSide, 2, 0, 0, 1);
         benchmark::DoNotOptimize(output.data());
     }
 }
@@ -110,8 +110,9 @@ void BM_FarWarpCell_R(benchmark::State &state, const int32_t *corners, const flo
 BENCHMARK_CAPTURE(BM_FarPolygon_UI8, column_min, farPolygon)->Unit(benchmark::kMicrosecond);
 BENCHMARK_CAPTURE(BM_FarPolygon_UI8, diagonal, farDiagonalPolygon)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_FarPolygon_AA_UI8)->Unit(benchmark::kMicrosecond);
-BENCHMARK_CAPTURE(BM_FarWarpCell_R, far_columns, farColumnsCell, identity)->Unit(benchmark::kMicrosecond);
-BENCHMARK_CAPTURE(BM_FarWarpCell_R, far_rows, farRowsCell, gentlePerspective)->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(BM_FarWarpCell_R, far_columns, farColumnsCell, identity, 1)->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(BM_FarWarpCell_R, far_rows, farRowsCell, gentlePerspective, 1)->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(BM_FarWarpCell_R, far_rows_quadratic, farRowsCell, gentlePerspective, 0)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_Polygons_UI8_Opaque)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_Polygons_UI8_Half)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_Polygons_D_Opaque)->Unit(benchmark::kMillisecond);

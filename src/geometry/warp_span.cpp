@@ -8,6 +8,7 @@
 #include "frame/simd_level.hpp"
 #include "geometry/projective_warp.hpp"
 #include "geometry/repeated_sum.hpp"
+#include "geometry/second_order_sum.hpp"
 #include "geometry/sample_runs.hpp"
 
 namespace ornex::geometry {
@@ -70,7 +71,14 @@ void walkSpan(const T *matrix, int32_t column, int32_t spanStart, int32_t spanEn
     T y = startY, x = startX;
     T stepY = slopeY + curveY, stepX = slopeX + curveX;
     const T stepChangeY = T(2) * curveY, stepChangeX = T(2) * curveX;
-    for (int32_t row = spanStart;; ++row) {
+    int32_t row = spanStart;
+    if (firstVisited - int64_t(spanStart) > rowsSteppedOneByOne) {
+        const auto skipped = uint64_t(firstVisited - int64_t(spanStart));
+        secondOrderSum(y, stepY, stepChangeY, skipped);
+        secondOrderSum(x, stepX, stepChangeX, skipped);
+        row = firstVisited;
+    }
+    for (;; ++row) {
         if (row >= firstVisited) {
             visit(row, y, x);
         }
