@@ -660,7 +660,11 @@ ORNEX_API void ORNEX_FillBackgroundValues_R(const float *background, float *out0
  * Q10 (1024 = 1): new = ((old * keep) >> 10) + term, stored truncated (no
  * saturation). Intensity members draw numPlanes planes planeStride elements
  * apart (with two numPlanes-value scratch arrays from the heap); RGB
- * members three planes (no allocation).
+ * members three planes (no allocation). Steps whose points cannot reach
+ * the clip rectangle are skipped in closed form while the walk's values fit
+ * in 32 bits (radius below about 2^29); beyond that its decision value
+ * wraps, and every step before the first that can draw is walked (about
+ * 0.5 ns each).
  * Kernels: ORNEX_AACircle_SymQuadPts*: the four points (cr +- a, cc +- b),
  * or with a = 0 the four axis points at distance b, replaced by values.
  * ORNEX_AACircle_SymOctantPts*: the eight points of (a, b) blended with
