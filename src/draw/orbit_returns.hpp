@@ -194,7 +194,7 @@ inline bool enterArc(const ArcMap &map, Progress &p, uint64_t budget, const Inte
 // on consistently).
 inline bool advanceOnReturns(const ArcMap &map, Progress &p, uint64_t budget, int depth = 0)
 {
-    constexpr int maxDepth = 6;
+    constexpr int maxDepth = 48;
     // A union that settles quickly is used at once; a fragmented one is
     // better left to the search on a shorter circle, and tried at length
     // only where that search fails.
