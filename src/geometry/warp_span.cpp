@@ -1,6 +1,7 @@
 #include "ornex_rt.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <type_traits>
 
@@ -16,6 +17,22 @@ namespace {
 
 // Below this many rows before the window, stepping them is as quick.
 constexpr int64_t rowsSteppedOneByOne = 32;
+
+// The positions after rows that only step them, out of line and returned
+// by value, so that the walks' own loops keep their values in registers.
+template <class T>
+[[gnu::noinline]] std::array<T, 3> skipExactRows(T q, T dq, T p, T dp, T w, T dw, uint64_t rows)
+{
+    return {repeatedSum(q, dq, rows), repeatedSum(p, dp, rows), repeatedSum(w, dw, rows)};
+}
+
+template <class T>
+[[gnu::noinline]] std::array<T, 4> skipQuadraticRows(T y, T stepY, T changeY, T x, T stepX, T changeX, uint64_t rows)
+{
+    secondOrderSum(y, stepY, changeY, rows);
+    secondOrderSum(x, stepX, changeX, rows);
+    return {y, stepY, x, stepX};
+}
 
 // Walks the rows spanStart .. spanEnd of one output column with the source
 // position of each, found exactly (one division per coordinate) or on the
@@ -43,10 +60,10 @@ void walkSpan(const T *matrix, int32_t column, int32_t spanStart, int32_t spanEn
         int32_t row = spanStart;
         // Rows before the window only step the position: taken at once.
         if (firstVisited - int64_t(spanStart) > rowsSteppedOneByOne) {
-            const auto skipped = uint64_t(firstVisited - int64_t(spanStart));
-            q = repeatedSum(q, dq, skipped);
-            p = repeatedSum(p, dp, skipped);
-            w = repeatedSum(w, dw, skipped);
+            const auto skipped = skipExactRows(q, dq, p, dp, w, dw, uint64_t(firstVisited - int64_t(spanStart)));
+            q = skipped[0];
+            p = skipped[1];
+            w = skipped[2];
             row = firstVisited;
         }
         for (;; ++row) {
@@ -73,9 +90,12 @@ void walkSpan(const T *matrix, int32_t column, int32_t spanStart, int32_t spanEn
     const T stepChangeY = T(2) * curveY, stepChangeX = T(2) * curveX;
     int32_t row = spanStart;
     if (firstVisited - int64_t(spanStart) > rowsSteppedOneByOne) {
-        const auto skipped = uint64_t(firstVisited - int64_t(spanStart));
-        secondOrderSum(y, stepY, stepChangeY, skipped);
-        secondOrderSum(x, stepX, stepChangeX, skipped);
+        const auto skipped =
+            skipQuadraticRows(y, stepY, stepChangeY, x, stepX, stepChangeX, uint64_t(firstVisited - int64_t(spanStart)));
+        y = skipped[0];
+        stepY = skipped[1];
+        x = skipped[2];
+        stepX = skipped[3];
         row = firstVisited;
     }
     for (;; ++row) {
