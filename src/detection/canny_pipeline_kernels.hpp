@@ -150,7 +150,6 @@ T largerWith(T largest, const T *values, int32_t count, bool packed)
     return candidate > largest ? candidate : largest;
 }
 
-
 #ifdef __SSE2__
 #if ORNEX_PACK_BYTES == 32 && defined(__AVX2__)
 constexpr int32_t streamBytes = 32;

@@ -116,28 +116,43 @@ inline int64_t ceilHalf(int64_t v) { return (v + 1) >> 1; }
 
 // The row and error term of an edge after `steps` error-term steps, with
 // the 32-bit wrap-around of stepping one column at a time.
+// The map an edge's error term follows from column to column, on the
+// first tested value moved so that its doubled 32-bit value is ordered like
+// the position on [0, 2^31). Rising edges carry where twice the error is at
+// least the scan length, the others where it is below minus the scan
+// length: for those the points at or above the split are the ones that do
+// not carry.
+struct EdgeErrorMap {
+    bool rising;
+    int32_t added;
+    uint64_t split, lowShift, highShift;
+};
+
+inline EdgeErrorMap edgeErrorMap(int32_t rowDelta, int32_t scanLength, int32_t rowStep)
+{
+    using edge_steps::ceilHalf;
+    const bool rising = rowDelta > 0;
+    const int32_t stepped = wrapMul(rowStep, scanLength);
+    const int32_t added = rising ? wrapSub(rowDelta, stepped) : wrapAdd(stepped, rowDelta);
+    if (rising) {
+        return {true, added, uint64_t(ceilHalf(scanLength) + (int64_t(1) << 30)), uint32_t(added),
+                uint32_t(wrapSub(added, scanLength))};
+    }
+    return {false, added, uint64_t(ceilHalf(wrapNeg(scanLength)) + (int64_t(1) << 30)),
+            uint32_t(wrapAdd(added, scanLength)), uint32_t(added)};
+}
+
 inline void advanceEdgeBy(int32_t rowDelta, int32_t scanLength, int32_t rowStep, int32_t &row, int32_t &error,
                           uint64_t steps)
 {
     using namespace edge_steps;
-    const bool rising = rowDelta > 0;
-    const int32_t stepped = wrapMul(rowStep, scanLength);
-    const int32_t added = rising ? wrapSub(rowDelta, stepped) : wrapAdd(stepped, rowDelta);
-    // The first tested value, moved so that its doubled 32-bit value is
-    // ordered like the position on [0, 2^31).
+    const EdgeErrorMap map = edgeErrorMap(rowDelta, scanLength, rowStep);
+    const int32_t added = map.added;
     uint64_t g = (uint64_t(uint32_t(wrapAdd(error, added))) + (uint64_t(1) << 30)) % circle;
-    uint64_t carries;
-    if (rising) {
-        // Carries where twice the error is at least the scan length.
-        const auto split = uint64_t(ceilHalf(scanLength) + (int64_t(1) << 30));
-        carries = highVisits(g, split, uint32_t(added), uint32_t(wrapSub(added, scanLength)), steps);
-    } else {
-        // Carries where twice the error is below minus the scan length.
-        const auto split = uint64_t(ceilHalf(wrapNeg(scanLength)) + (int64_t(1) << 30));
-        carries = steps - highVisits(g, split, uint32_t(wrapAdd(added, scanLength)), uint32_t(added), steps);
-    }
+    const uint64_t visits = highVisits(g, map.split, map.lowShift, map.highShift, steps);
+    const uint64_t carries = map.rising ? visits : steps - visits;
     const auto n32 = int32_t(uint32_t(steps)), c32 = int32_t(uint32_t(carries));
-    const int32_t direction = rising ? 1 : -1;
+    const int32_t direction = map.rising ? 1 : -1;
     error = wrapSub(wrapAdd(error, wrapMul(n32, added)), wrapMul(wrapMul(c32, direction), scanLength));
     row = wrapAdd(wrapAdd(row, wrapMul(n32, wrapMul(direction, rowStep))), wrapMul(c32, direction));
 }

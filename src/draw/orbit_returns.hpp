@@ -85,18 +85,17 @@ inline void countRotationReturns(const ArcMap &rotation, uint64_t baseLo, Progre
 }
 
 // The settled union and its rotation, when found: steps into the union and
-// counts the returns. Kept apart so that its interval sets leave the stack
-// before any deeper search.
-enum class Tower { counted, notFound };
-[[gnu::noinline]] inline Tower countOnSettledTower(const ArcMap &map, Progress &p, uint64_t budget, int64_t maxWork)
+// counts the returns; true when the budget is spent. Kept apart so that its
+// interval sets leave the stack before any deeper search.
+[[gnu::noinline]] inline bool countOnSettledTower(const ArcMap &map, Progress &p, uint64_t budget, int64_t maxWork)
 {
     IntervalSet settled;
     int settlingSteps = 0;
     if (!settle(map, settled, settlingSteps, maxWork)) {
-        return Tower::notFound;
+        return false;
     }
     if (stepWhileFits(map, p, budget, uint64_t(settlingSteps)) < uint64_t(settlingSteps)) {
-        return Tower::counted;
+        return true;
     }
     const Interval *base = settled.find(p.x);
     ArcMap rotation;
@@ -104,11 +103,11 @@ enum class Tower { counted, notFound };
     if (base == nullptr || !firstReturn(map, *base, rotation, longest) ||
         !std::all_of(rotation.arcs.begin(), rotation.arcs.begin() + rotation.count,
                      [&](const Arc &arc) { return arc.shift == rotation.arcs[0].shift; })) {
-        return Tower::notFound;
+        return false;
     }
     countRotationReturns(rotation, base->lo, p, budget);
     // What is left is less than one return.
-    return stepWhileFits(map, p, budget, longest + 1) <= longest ? Tower::counted : Tower::notFound;
+    return stepWhileFits(map, p, budget, longest + 1) <= longest;
 }
 
 // On a short circle every orbit soon runs round a cycle: found (Brent), it is
@@ -203,7 +202,7 @@ inline bool advanceOnReturns(const ArcMap &map, Progress &p, uint64_t budget, in
         countOnCycle(map, p, budget);
         return true;
     }
-    if (countOnSettledTower(map, p, budget, quickWork) == Tower::counted) {
+    if (countOnSettledTower(map, p, budget, quickWork)) {
         return true;
     }
     Interval base{};
@@ -226,7 +225,7 @@ inline bool advanceOnReturns(const ArcMap &map, Progress &p, uint64_t budget, in
         }
         break;
     }
-    return countOnSettledTower(map, p, budget, longWork) == Tower::counted;
+    return countOnSettledTower(map, p, budget, longWork);
 }
 
 } // namespace ornex::draw::edge_steps

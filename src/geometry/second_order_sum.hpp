@@ -141,9 +141,8 @@ void secondOrderSum(T &value, T &step, T change, uint64_t count)
         value = nextValue;
         step = nextStep;
 #if defined(__SIZEOF_INT128__)
-        const RoundingGrid<T> valueGrid(value);
         const bool normal = std::fabs(step) >= std::numeric_limits<T>::min() && std::fabs(value) >= std::numeric_limits<T>::min();
-        if (stepRun >= 3 && count > 0 && normal && valueGrid.interior(value)) {
+        if (stepRun >= 3 && count > 0 && normal && RoundingGrid<T>(value).interior(value)) {
             // Rounding to nearest is symmetric: a negative step is walked mirrored.
             const T sign = step < 0 ? T(-1) : T(1);
             T mirroredValue = sign * value, mirroredStep = sign * step;

@@ -18,15 +18,8 @@ int64_t uniform64(std::mt19937 &rng, int64_t low, int64_t high)
 // The map an edge's error term follows, as the fillers build it.
 ArcMap edgeMap(int32_t rowDelta, int32_t scanLength, int32_t rowStep)
 {
-    const int32_t stepped = ornex::wrapMul(rowStep, scanLength);
-    if (rowDelta > 0) {
-        const int32_t added = ornex::wrapSub(rowDelta, stepped);
-        return edgeOrbitMap(uint64_t(ceilHalf(scanLength) + (int64_t(1) << 30)), uint32_t(added),
-                            uint32_t(ornex::wrapSub(added, scanLength)));
-    }
-    const int32_t added = ornex::wrapAdd(stepped, rowDelta);
-    return edgeOrbitMap(uint64_t(ceilHalf(ornex::wrapNeg(scanLength)) + (int64_t(1) << 30)),
-                        uint32_t(ornex::wrapAdd(added, scanLength)), uint32_t(added));
+    const EdgeErrorMap map = edgeErrorMap(rowDelta, scanLength, rowStep);
+    return edgeOrbitMap(map.split, map.lowShift, map.highShift);
 }
 
 // Row deltas and spans from a few columns to all of 32 bits, most of them
