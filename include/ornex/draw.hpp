@@ -811,7 +811,7 @@ Point drawText(RgbView<T> image, std::string_view text, Point position, const F 
 // takes a value's place). When the values run out, the rest of the format
 // from the next conversion on is left out.
 //   formatNumbers("x=%d, y=%d", std::vector<int32_t>{3, 4});   // "x=3, y=4"
-//   formatNumbers("%.2f%%", std::vector<double>{99.5});         // "99.50%"
+//   formatNumbers("%.1f%% of %d", std::vector<double>{99.5}); // "99.5" (the rest waits for a value)
 template <FormatNumber T>
 std::string formatNumbers(std::string_view format, const std::vector<T> &values)
 {
