@@ -1,11 +1,13 @@
 #!/usr/bin/env bash
-# Builds ornex_rt and runs every test in three configurations:
+# Builds ornex_rt and runs every test in five configurations:
 #   release   64-bit optimised build
 #   m32       32-bit build (SSE2 floating point)
 #   sanitize  64-bit build with AddressSanitizer and UndefinedBehaviorSanitizer
 #   windows   32-bit Windows DLL cross-built with mingw-w64; its tests cannot
 #             run here, so only its export table is checked
-# Usage: scripts/test.sh [configuration ...]   (default: all four)
+#   python    the Python module, installed with pip into a fresh virtual
+#             environment as the README says, and its pytest suite
+# Usage: scripts/test.sh [configuration ...]   (default: all five)
 set -euo pipefail
 
 root=$(cd "$(dirname "$0")/.." && pwd)
@@ -15,8 +17,22 @@ cd "$root"
 jobs=$(nproc 2>/dev/null || echo 2)
 configurations=("$@")
 if [ ${#configurations[@]} -eq 0 ]; then
-  configurations=(release m32 sanitize windows)
+  configurations=(release m32 sanitize windows python)
 fi
+
+# The module is installed as a user would install it; the tests then compare
+# it with the C++ layer's results, written by a small program of the build.
+test_python() {
+  local build="$root/build/python"
+  cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=Release -DORNEX_BUILD_PYTHON=ON -DORNEX_BUILD_TESTS=OFF \
+    -DORNEX_BUILD_TOOL=OFF -DORNEX_BUILD_BENCHMARKS=OFF -DPython_EXECUTABLE=/usr/bin/python3 >/dev/null
+  cmake --build "$build" -j "$jobs" --target ornex_layer_cases
+  rm -rf "$build/cases" && mkdir -p "$build/cases"
+  "$build/python/ornex_layer_cases" "$build/cases"
+  /usr/bin/python3 -m venv --system-site-packages --clear "$build/venv"
+  "$build/venv/bin/python" -m pip install --quiet --no-build-isolation "$root/python"
+  (cd "$build" && ORNEX_LAYER_CASES="$build/cases" "$build/venv/bin/python" -m pytest -q -p no:cacheprovider "$root/python/tests")
+}
 
 for configuration in "${configurations[@]}"; do
   case $configuration in
@@ -24,6 +40,7 @@ for configuration in "${configurations[@]}"; do
     m32) options=(-DCMAKE_BUILD_TYPE=Release -DCMAKE_TOOLCHAIN_FILE="$root/cmake/toolchain-linux-i686.cmake") ;;
     sanitize) options=(-DCMAKE_BUILD_TYPE=RelWithDebInfo -DORNEX_SANITIZE=ON) ;;
     windows) options=(-DCMAKE_BUILD_TYPE=Release -DCMAKE_TOOLCHAIN_FILE="$root/cmake/toolchain-mingw-i686.cmake") ;;
+    python) echo "=== python"; test_python; continue ;;
     *) echo "unknown configuration: $configuration" >&2; exit 2 ;;
   esac
   echo "=== $configuration"

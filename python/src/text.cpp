@@ -49,13 +49,12 @@ std::string textBytes(const py::object &text)
     if (py::isinstance<py::bytes>(text)) {
         return text.cast<std::string>();
     }
-    try {
-        return py::reinterpret_steal<py::bytes>(
-                   PyUnicode_AsEncodedString(py::str(text).ptr(), "latin-1", "strict"))
-            .cast<std::string>();
-    } catch (const py::error_already_set &) {
+    PyObject *latin1 = PyUnicode_AsEncodedString(py::str(text).ptr(), "latin-1", "strict");
+    if (latin1 == nullptr) {
+        PyErr_Clear();
         badValue("text", "has characters beyond U+00FF; glyphs are looked up one byte at a time");
     }
+    return py::reinterpret_steal<py::bytes>(latin1).cast<std::string>();
 }
 
 py::tuple drawTextCall(const py::object &image, const py::object &text, const py::object &position,
