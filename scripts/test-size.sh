@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
-# Prints the non-blank lines of tests (tests/) and of everything else that is
-# code (src/, include/, tools/, bench/, cmake/, scripts/, python/ and the top
-# CMakeLists.txt) among the files git tracks, and the ratio of the two.
+# Prints the non-blank lines of tests (tests/ and python/tests/) and of
+# everything else that is code (src/, include/, tools/, bench/, cmake/,
+# scripts/, the rest of python/ and the top CMakeLists.txt) among the files
+# git tracks, and the ratio of the two.
 # Usage: scripts/test-size.sh
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -13,7 +14,7 @@ count() {
     grep -cv '^[[:space:]]*$' || true
 }
 
-tests=$(count tests)
-code=$(count src include tools bench cmake scripts python CMakeLists.txt)
+tests=$(count tests python/tests)
+code=$(count src include tools bench cmake scripts python CMakeLists.txt ':(exclude)python/tests')
 awk -v tests="$tests" -v code="$code" \
   'BEGIN { printf "tests %d lines, code %d lines, ratio %.2f\n", tests, code, tests / code }'

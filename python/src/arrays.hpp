@@ -91,8 +91,7 @@ inline int32_t checkedExtent(py::ssize_t extent, const char *argument)
     return static_cast<int32_t>(extent);
 }
 
-// The image's rows, cols and planes; a plane count of 0 asks for one plane
-// only (shape (rows, cols)).
+// Images are (rows, cols), or (rows, cols, planes) where planes are allowed.
 inline void requireImageShape(const py::array &array, const char *argument, bool onePlane)
 {
     if (onePlane) {

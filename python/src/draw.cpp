@@ -99,7 +99,7 @@ void fillAntialiasedPolygonCall(const py::object &image, const py::object &verti
 
 constexpr const char *imageNote = R"(
     image: the array drawn into, (rows, cols) or (rows, cols, planes),
-        Fortran-ordered and writeable.)";
+        Fortran-ordered and writeable, of dtype )";
 
 std::string withImage(const char *first, const char *rest)
 {
@@ -118,8 +118,7 @@ The line is clipped to clip before it is walked, so a clipped line starts
 afresh at the clipped end. Values are copied as they are.
 
 Parameters:)",
-                         R"(
-        Any integer, float or bool dtype.
+                         R"(any integer, float or bool.
     start, end: (row, col) end points, at most 32000 rows and columns apart.
     value: one value for all planes or one per plane.
     clip: (row_min, row_max, col_min, col_max), inclusive; default the image.
@@ -143,8 +142,7 @@ in steps of 1/1024 and wrap rather than saturate at the ends of their range.
 A vertical line given bottom-up draws nothing.
 
 Parameters:)",
-                         R"(
-        float64, float32, uint8, int8, uint16 or int16.
+                         R"(float64, float32, uint8, int8, uint16 or int16.
     start, end: (row, col) end points, at most 32000 rows and columns apart.
     colour: one value for all planes or one per plane.
     opacity: 0..1.
@@ -161,8 +159,7 @@ Example:
                withImage(R"(Sets the pixels of the digital circle of radius around centre.
 
 Parameters:)",
-                         R"(
-        Any integer, float or bool dtype.
+                         R"(any integer, float or bool.
     centre: (row, col), within -2^28 .. 2^28.
     radius: pixels, 1 .. 32000.
     value: one value for all planes or one per plane.
@@ -182,8 +179,7 @@ Each step shares colour between the two pixels either side of the exact
 circle by their distances from it.
 
 Parameters:)",
-                         R"(
-        float64, float32, uint8, int8, uint16 or int16.
+                         R"(float64, float32, uint8, int8, uint16 or int16.
     centre: (row, col), within -2^28 .. 2^28.
     radius: pixels, 1 .. 32000.
     colour: one value for all planes or one per plane.
@@ -203,8 +199,7 @@ New pixels are value * opacity + old * (1 - opacity); integer and bool
 images blend in steps of 1/1024 (the opacity rounded to the nearest step).
 
 Parameters:)",
-                         R"(
-        float64, float32, uint8, int8, uint16, int16 or bool.
+                         R"(float64, float32, uint8, int8, uint16, int16 or bool.
     vertices: (n, 2) integer array of (row, col) corners, n >= 3; they may
         lie outside the image.
     value: one value for all planes or one per plane.
@@ -226,8 +221,7 @@ A pixel wholly inside is blended at opacity, a pixel the circle passes
 through at opacity times the share of it the disc covers.
 
 Parameters:)",
-                         R"(
-        float64, float32, uint8, int8, uint16 or int16.
+                         R"(float64, float32, uint8, int8, uint16 or int16.
     centre: (row, col), within -2^28 .. 2^28.
     radius: pixels, 1 .. 32000.
     colour: one value for all planes or one per plane.
@@ -253,8 +247,7 @@ inside an edge. The default box profile, clamp(1/2 + (i - 24)/16, 0, 1),
 runs the edges through the vertex centres.
 
 Parameters:)",
-                         R"(
-        float64, float32, uint8, int8, uint16, int16 or bool.
+                         R"(float64, float32, uint8, int8, uint16, int16 or bool.
     vertices: (n, 2) integer array of (row, col) corners, n >= 3, rows within
         -524288 .. 524287 and edges at most 32767 rows and columns long.
     value: one value for all planes or one per plane.

@@ -4,6 +4,7 @@ same calls, from arrays in each memory order, and must give the same bits."""
 
 import json
 import os
+import re
 import tracemalloc
 from pathlib import Path
 
@@ -136,3 +137,13 @@ def test_fortran_input_is_read_in_place_and_other_orders_copied_once():
     fortran = np.asfortranarray(image)
     assert numpy_peak_bytes(lambda: ornex.canny(fortran)) < size / 10
     assert size <= numpy_peak_bytes(lambda: ornex.canny(image)) < 2 * size
+
+
+def test_version_is_the_librarys_and_the_packages():
+    from importlib.metadata import PackageNotFoundError, version
+
+    assert re.fullmatch(r"\d+\.\d+\.\d+\.\d+", ornex.__version__)
+    try:
+        assert version("ornex") == ornex.__version__
+    except PackageNotFoundError:
+        pytest.skip("the module is not installed as a package here")
