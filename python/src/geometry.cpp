@@ -134,8 +134,26 @@ Attributes:
                                               ? py::dtype::of<double>()
                                               : py::dtype::of<float>();
                                })
-        .def_property_readonly("matrices", [](const Transform &t) {
-            return py::make_tuple(matrix(t, 0), matrix(t, 1));
+        .def_property_readonly("matrices",
+                               [](const Transform &t) { return py::make_tuple(matrix(t, 0), matrix(t, 1)); })
+        .def("__repr__", [](const Transform &t) {
+            return std::visit(
+                [](const auto &made) {
+                    std::string source;
+                    if (made.fromQuad) {
+                        for (const Point &p : made.quad) {
+                            source += (source.empty() ? "[(" : ", (") + std::to_string(p.row) + ", " +
+                                      std::to_string(p.col) + ")";
+                        }
+                        source += "]";
+                    } else {
+                        source = "(" + std::to_string(made.rect.row) + ", " + std::to_string(made.rect.col) + ", " +
+                                 std::to_string(made.rect.rows) + ", " + std::to_string(made.rect.cols) + ")";
+                    }
+                    using T = typename decltype(made.block)::value_type;
+                    return "<ProjectiveTransform " + dtypeName<T>() + " from " + source + ">";
+                },
+                t.made);
         });
 
     module.def("homography", &homographyCall, "source"_a, "to"_a, "source_shape"_a, py::kw_only(),

@@ -214,8 +214,9 @@ Parameters:
         'spatial_derivative', 'spatial_smoothing' and 'window'.
 
 Returns:
-    complex array of shape (rows, cols): u + v*1j in pixels per frame; the
-    first window_length // 2 rows and columns are zero.
+    complex array of shape (rows, cols): u + v*1j in pixels per frame, in the
+    kernel's derivative convention (content that moves right reads as
+    negative u); the first window_length // 2 rows and columns are zero.
 
 Example:
     >>> flow = ornex.lucas_kanade_gder([frame0, frame1, frame2],
