@@ -1,19 +1,38 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that building and testing ornex_rt needs,
-# skipping those already present. Safe to run again. Extra package names
-# given as arguments are installed too (the benchmark yardsticks use this).
+# skipping those already present. Safe to run again.
+# Usage: scripts/install-deps.sh [CONFIGURATION ...] [PACKAGE ...]
+# Configurations (as scripts/test.sh names them, and demo) install only what
+# they need: release, sanitize, m32, windows, python, demo. Without one,
+# everything is installed. Other arguments are extra package names (the
+# benchmark yardsticks use this).
 set -euo pipefail
 
-packages=(
+base=(
   cmake g++ make pkg-config binutils
   googletest libgtest-dev libbenchmark-dev
-  gcc-multilib g++-multilib
-  g++-mingw-w64-i686-win32
   libpng-dev libfreetype-dev fonts-dejavu-core
-  python3-dev python3-numpy python3-pybind11 pybind11-dev python3-pytest
-  python3-setuptools python3-pip python3-venv
-  "$@"
 )
+m32=(gcc-multilib g++-multilib)
+windows=(g++-mingw-w64-i686-win32)
+python=(python3-dev python3-numpy python3-pybind11 pybind11-dev python3-pytest python3-setuptools python3-pip python3-venv)
+
+packages=("${base[@]}")
+extra=()
+named=0
+for argument in "$@"; do
+  case $argument in
+    release | sanitize | demo) named=1 ;;
+    m32) named=1; packages+=("${m32[@]}") ;;
+    windows) named=1; packages+=("${windows[@]}") ;;
+    python) named=1; packages+=("${python[@]}") ;;
+    *) extra+=("$argument") ;;
+  esac
+done
+if [ "$named" -eq 0 ]; then
+  packages+=("${m32[@]}" "${windows[@]}" "${python[@]}")
+fi
+packages+=(${extra[@]+"${extra[@]}"})
 
 missing=()
 for package in "${packages[@]}"; do

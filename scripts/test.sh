@@ -12,13 +12,12 @@ set -euo pipefail
 
 root=$(cd "$(dirname "$0")/.." && pwd)
 cd "$root"
-"$root/scripts/install-deps.sh"
-
 jobs=$(nproc 2>/dev/null || echo 2)
 configurations=("$@")
 if [ ${#configurations[@]} -eq 0 ]; then
   configurations=(release m32 sanitize windows python)
 fi
+"$root/scripts/install-deps.sh" "${configurations[@]}"
 
 # The module is installed as a user would install it; the tests then compare
 # it with the C++ layer's results, written by a small program of the build.
