@@ -85,10 +85,37 @@ inline void requireSourceExtent(int32_t sourceRows, int32_t sourceCols)
     require(sourceCols > 0, "sourceCols", "must be positive");
 }
 
-inline void requireQuadCorners(const Quad &quad, const char *argument)
+// Corners further out would let the corner differences and their cross
+// products leave 64-bit integers.
+inline constexpr int64_t maxCornerCoordinate = int64_t(1) << 29;
+
+// A projective map carries a rectangle onto a convex quadrilateral, and only
+// then keeps every output pixel's source position finite and inside the
+// source region; any other corners would have the warp read outside.
+inline void requireConvexQuad(const Quad &quad, const char *argument)
 {
-    const auto values = quadCorners(quad);
-    require(ORNEX_Are3PtsCollinear(values.data()) == 0, argument, "three corners must not be collinear");
+    for (const Point &p : quad) {
+        require(std::llabs(p.row) <= maxCornerCoordinate && std::llabs(p.col) <= maxCornerCoordinate, argument,
+                "corners must lie within -536870912 .. 536870912");
+    }
+    int turn = 0;
+    for (size_t k = 0; k < 4; ++k) {
+        const Point &a = quad[k], &b = quad[(k + 1) % 4], &c = quad[(k + 2) % 4];
+        const int64_t cross = (int64_t(b.col) - a.col) * (int64_t(c.row) - b.row) -
+                              (int64_t(b.row) - a.row) * (int64_t(c.col) - b.col);
+        const int sign = (cross > 0) - (cross < 0);
+        require(sign != 0 && (turn == 0 || sign == turn), argument,
+                "must be a convex quadrilateral with its corners going round");
+        turn = sign;
+    }
+}
+
+template <class T>
+void requireFiniteMatrices(const std::array<T, 18> &block, const char *argument, const char *constraint)
+{
+    for (const T value : block) {
+        require(std::isfinite(value), argument, constraint);
+    }
 }
 
 } // namespace detail
@@ -97,7 +124,9 @@ inline void requireQuadCorners(const Quad &quad, const char *argument)
 // Projective transforms
 
 // The transform that carries the rectangle rect of a sourceRows x sourceCols
-// image onto the quadrilateral to (corner k of the rectangle onto to[k]).
+// image onto the quadrilateral to (corner k of the rectangle onto to[k]),
+// which must be convex with its corners going round (either way), within
+// -2^29 .. 2^29.
 // Both matrices take image coordinates: the rectangle's origin is taken off
 // on the way in and added back on the way out.
 //   ornex::Quad to{{{0, 4}, {2, 40}, {30, 44}, {28, 0}}};
@@ -109,7 +138,7 @@ ProjectiveTransform<T> homography(const Rect &rect, const Quad &to, int32_t sour
     detail::requireSourceExtent(sourceRows, sourceCols);
     detail::require(rect.rows >= 2 && rect.cols >= 2, "rect", "must have at least two rows and two columns");
     detail::require(detail::regionInside(rect, sourceRows, sourceCols), "rect", "must lie inside the image");
-    detail::requireQuadCorners(to, "to");
+    detail::requireConvexQuad(to, "to");
     ProjectiveTransform<T> transform;
     transform.rect = rect;
     const auto points = detail::quadCorners(to);
@@ -118,11 +147,13 @@ ProjectiveTransform<T> homography(const Rect &rect, const Quad &to, int32_t sour
     // off and the adjugate adds it back, which is what the warp expects.
     detail::Kernels<T>::rectTransform(points.data(), rectangle.data(), uint32_t(sourceRows), uint32_t(sourceCols), 2,
                                       1, 1, transform.block.data());
+    detail::requireFiniteMatrices(transform.block, "to", "too far out for this precision");
     return transform;
 }
 
 // The transform that carries the quadrilateral from of a sourceRows x
-// sourceCols image onto the quadrilateral to (from[k] onto to[k]). Both are
+// sourceCols image onto the quadrilateral to (from[k] onto to[k]), both
+// convex as above. Both are
 // first mapped from a sourceRows x sourceCols rectangle; the result is not
 // normalised.
 //   ornex::Quad from{{{2, 2}, {0, 30}, {25, 28}, {20, 0}}};
@@ -133,8 +164,8 @@ ProjectiveTransform<T> homography(const Quad &from, const Quad &to, int32_t sour
 {
     detail::requireSourceExtent(sourceRows, sourceCols);
     detail::require(detail::regionInside(from, sourceRows, sourceCols), "from", "must lie inside the image");
-    detail::requireQuadCorners(from, "from");
-    detail::requireQuadCorners(to, "to");
+    detail::requireConvexQuad(from, "from");
+    detail::requireConvexQuad(to, "to");
     ProjectiveTransform<T> transform;
     transform.fromQuad = true;
     transform.quad = from;
@@ -145,6 +176,7 @@ ProjectiveTransform<T> homography(const Quad &from, const Quad &to, int32_t sour
     // 36-44 map the output quadrilateral back to the source one, 45-53 the
     // source forward: the quadrilateral warp reads them in that order.
     std::copy(block.begin() + 36, block.end(), transform.block.begin());
+    detail::requireFiniteMatrices(transform.block, "to", "too far out for this precision");
     return transform;
 }
 
@@ -189,6 +221,7 @@ Image<T> warp(const WarpPlanes<T> &source, int32_t outputRows, int32_t outputCol
     require(transform.fromQuad ? regionInside(transform.quad, source.rows, source.cols)
                                : regionInside(transform.rect, source.rows, source.cols),
             "transform", "its source region must lie inside the source image");
+    requireFiniteMatrices(transform.block, "transform", "its matrices must be finite");
 
     Image<T> output(outputRows, outputCols, source.planes);
     const ImageView<T> out = output.view();

@@ -89,6 +89,58 @@ struct RgbView {
     int32_t cols() const { return red.cols; }
 };
 
+// Copies a row-major image (a cv::Mat's data and step, a C-ordered numpy
+// array's buffer and strides[0]) into a column-major Image: rows lie
+// rowStride bytes apart (0: packed), and within a row each pixel's planes
+// follow each other (plane k is channel k; OpenCV's colour images are BGR).
+//   cv::Mat frame = cv::imread("frame.png", cv::IMREAD_GRAYSCALE);
+//   frame.convertTo(frame, CV_32F, 1.0 / 255);
+//   auto image = ornex::fromRowMajor(frame.ptr<float>(), frame.rows, frame.cols, 1, frame.step);
+template <class T>
+Image<T> fromRowMajor(const T *data, int32_t rows, int32_t cols, int32_t planes = 1, size_t rowStride = 0)
+{
+    Image<T> image(rows, cols, planes);
+    const size_t pixelsBytes = static_cast<size_t>(cols) * static_cast<size_t>(planes) * sizeof(T);
+    const size_t stride = rowStride == 0 ? pixelsBytes : rowStride;
+    if (rows > 0 && stride < pixelsBytes) {
+        throw std::invalid_argument("rowStride: shorter than a row");
+    }
+    const auto *bytes = reinterpret_cast<const unsigned char *>(data);
+    for (int32_t r = 0; r < rows; ++r) {
+        const T *row = reinterpret_cast<const T *>(bytes + static_cast<size_t>(r) * stride);
+        for (int32_t c = 0; c < cols; ++c) {
+            for (int32_t p = 0; p < planes; ++p) {
+                image(r, c, p) = row[static_cast<size_t>(c) * static_cast<size_t>(planes) + static_cast<size_t>(p)];
+            }
+        }
+    }
+    return image;
+}
+
+// The other way: writes the image into a row-major buffer laid out as
+// above, which must hold rows rows of rowStride bytes (0: packed).
+//   cv::Mat out(image.rows(), image.cols(), CV_32FC1);
+//   ornex::toRowMajor(image.view(), out.ptr<float>(), out.step);
+template <class T>
+void toRowMajor(std::type_identity_t<ImageView<const T>> image, T *data, size_t rowStride = 0)
+{
+    const size_t pixelsBytes = static_cast<size_t>(image.cols) * static_cast<size_t>(image.planes) * sizeof(T);
+    const size_t stride = rowStride == 0 ? pixelsBytes : rowStride;
+    if (image.rows > 0 && stride < pixelsBytes) {
+        throw std::invalid_argument("rowStride: shorter than a row");
+    }
+    auto *bytes = reinterpret_cast<unsigned char *>(data);
+    for (int32_t r = 0; r < image.rows; ++r) {
+        T *row = reinterpret_cast<T *>(bytes + static_cast<size_t>(r) * stride);
+        for (int32_t c = 0; c < image.cols; ++c) {
+            for (int32_t p = 0; p < image.planes; ++p) {
+                row[static_cast<size_t>(c) * static_cast<size_t>(image.planes) + static_cast<size_t>(p)] =
+                    image(r, c, p);
+            }
+        }
+    }
+}
+
 // A (row, column) position.
 struct Point {
     int32_t row = 0;

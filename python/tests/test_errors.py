@@ -54,7 +54,7 @@ REFUSALS = [
     (lambda im: ornex.hough(canvas(np.uint8), theta_resolution=0.7), ValueError,
      "thetaResolution: must divide 90 degrees"),
     (lambda im: ornex.homography((0, 0, 20, 30), [(0, 0), (1, 1), (2, 2), (9, 0)], (20, 30)), ValueError,
-     "to: three corners must not be collinear"),
+     "to: must be a convex quadrilateral with its corners going round"),
     (lambda im: ornex.horn_schunck(FLOAT, FLOAT, max_iterations=None), ValueError,
      "options: needs an iteration limit or a threshold"),
     (lambda im: ornex.block_matching(FLOAT, FLOAT, overlap=8), ValueError, "overlap: must be smaller than the block"),

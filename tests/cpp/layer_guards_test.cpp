@@ -1,0 +1,155 @@
+// The hazards the C interface leaves to its caller, which the C++ layer must
+// close: whatever it accepts runs inside its buffers (the sanitizer build
+// runs these too), and what it cannot do safely it refuses.
+
+#include <random>
+
+#include "support.hpp"
+
+using namespace ornex;
+
+namespace {
+
+std::mt19937 random32(20261124);
+
+int32_t coordinate(int64_t range)
+{
+    return int32_t(int64_t(random32() % uint64_t(2 * range + 1)) - range);
+}
+
+bool convex(const Quad &q)
+{
+    int turn = 0;
+    for (int k = 0; k < 4; ++k) {
+        const Point &a = q[k], &b = q[(k + 1) % 4], &c = q[(k + 2) % 4];
+        const long double cross = (long double)(b.col - (int64_t)a.col) * (c.row - (int64_t)b.row) -
+                                  (long double)(b.row - (int64_t)a.row) * (c.col - (int64_t)b.col);
+        const int sign = (cross > 0) - (cross < 0);
+        if (sign == 0 || (turn != 0 && sign != turn)) {
+            return false;
+        }
+        turn = sign;
+    }
+    return true;
+}
+
+} // namespace
+
+TYPED_TEST_SUITE(Typed, RealTypes);
+
+TYPED_TEST(Typed, WarpsOnlyOntoConvexQuadrilaterals)
+{
+    using T = TypeParam;
+    const Image<T> source = makeImage<T>(20, 24, 1, [](int r, int c, int) { return r * 0.25 + c; });
+    const Rect whole{0, 0, 20, 24};
+    const Quad from{{{1, 1}, {0, 20}, {19, 23}, {15, 2}}};
+    const char *const notConvex = "to: must be a convex quadrilateral with its corners going round";
+    expectRejections({
+        {[&] { homography<T>(whole, Quad{{{0, 0}, {0, 30}, {0, 10}, {30, 30}}}, 20, 24); }, notConvex}, // bow-tie
+        {[&] { homography<T>(whole, Quad{{{0, 0}, {0, 30}, {5, 15}, {30, 0}}}, 20, 24); }, notConvex},  // dart
+        {[&] { homography<T>(from, Quad{{{7, 11}, {1, 14}, {21, -10}, {-15, 22}}}, 20, 24); }, notConvex},
+        {[&] { homography<T>(whole, Quad{{{0, 0}, {0, 1 << 30}, {9, 9}, {9, 0}}}, 20, 24); },
+         "to: corners must lie within -536870912 .. 536870912"},
+    });
+    ProjectiveTransform<T> broken = homography<T>(whole, Quad{{{0, 0}, {0, 23}, {19, 23}, {19, 0}}}, 20, 24);
+    broken.block[4] = std::numeric_limits<T>::quiet_NaN();
+    expectRejections({{[&] { warp(source.view(), 10, 10, broken); }, "transform: its matrices must be finite"}});
+
+    // Corners going round either way, and far out, are accepted and warp
+    // inside the source; random corners are refused exactly when not convex.
+    int warped = 0;
+    for (int k = 0; k < 600; ++k) {
+        const int64_t range = k % 3 == 0 ? 40 : k % 3 == 1 ? 4000 : int64_t(1) << 29;
+        const Quad to{{{coordinate(range), coordinate(range)},
+                       {coordinate(range), coordinate(range)},
+                       {coordinate(range), coordinate(range)},
+                       {coordinate(range), coordinate(range)}}};
+        try {
+            const auto t = k % 2 ? homography<T>(whole, to, 20, 24) : homography<T>(from, to, 20, 24);
+            warp(source.view(), 30, 30, t, {Interpolation(1 + k % 3), k % 4 < 2, k % 5});
+            EXPECT_TRUE(convex(to));
+            ++warped;
+        } catch (const std::invalid_argument &) {
+            EXPECT_FALSE(convex(to));
+        }
+    }
+    EXPECT_GT(warped, 100);
+}
+
+TYPED_TEST(Typed, BlockMatchingFindsAShiftWithEveryOverlap)
+{
+    using T = TypeParam;
+    const auto texture = [](double r, double c) { return std::sin(0.9 * r + 0.3 * c) + std::cos(0.5 * c - 0.7 * r); };
+    const Image<T> frame1 = makeImage<T>(23, 29, 1, [&](int r, int c, int) { return texture(r, c); });
+    // The content moves 1 row down and 2 columns right.
+    const Image<T> frame2 = makeImage<T>(23, 29, 1, [&](int r, int c, int) { return texture(r - 1, c - 2); });
+    for (const int32_t block : {5, 6, 7})
+        for (int32_t overlap = 0; overlap < block; ++overlap)
+            for (const BlockSearch search : {BlockSearch::full, BlockSearch::threeStep}) {
+                BlockMatchingOptions options;
+                options.blockSize = {block, block + 1};
+                options.overlap = {overlap, overlap};
+                options.maxDisplacement = {3, 3};
+                options.search = search;
+                const auto motion = blockMatching(frame1.view(), frame2.view(), options);
+                const int32_t step = block - overlap;
+                ASSERT_EQ(motion.rows(), 23 / step);
+                if (search == BlockSearch::full) {
+                    // A block well inside both frames sees the whole move.
+                    EXPECT_EQ(motion(1, 1), (MotionVector<T>{2, 1})) << block << ' ' << overlap;
+                }
+            }
+}
+
+TEST(LayerGuards, LinesFarOutsideStayInsideTheImage)
+{
+    // The image sits inside a larger buffer whose other bytes must stay 0.
+    constexpr int32_t rows = 40, cols = 50, guard = 4096;
+    std::vector<uint8_t> buffer(size_t(rows) * cols + 2 * guard, 0);
+    const ImageView<uint8_t> image{buffer.data() + guard, rows, cols, 1};
+    std::vector<float> fbuffer(size_t(rows) * cols + 2 * guard, 0.0f);
+    const ImageView<float> fimage{fbuffer.data() + guard, rows, cols, 1};
+    int drawn = 0;
+    for (int k = 0; k < 20000; ++k) {
+        const int64_t range = int64_t(1) << (random32() % 31);
+        const Point from{coordinate(range), coordinate(range)};
+        const Point to{int32_t(std::clamp<int64_t>(from.row + coordinate(32000), INT32_MIN, INT32_MAX)),
+                       int32_t(std::clamp<int64_t>(from.col + coordinate(32000), INT32_MIN, INT32_MAX))};
+        drawLine(image, from, to, {uint8_t(1)});
+        drawAntialiasedLine(fimage, from, to, {1.0f});
+        ++drawn;
+    }
+    EXPECT_EQ(drawn, 20000);
+    for (int32_t i = 0; i < guard; ++i) {
+        ASSERT_EQ(buffer[size_t(i)], 0);
+        ASSERT_EQ(buffer[buffer.size() - 1 - size_t(i)], 0);
+        ASSERT_EQ(fbuffer[size_t(i)], 0.0f);
+        ASSERT_EQ(fbuffer[fbuffer.size() - 1 - size_t(i)], 0.0f);
+    }
+    expectRejections({{[&] { drawLine(image, {0, 0}, {0, 40000}, {uint8_t(1)}); },
+                       "to: must lie within 32000 rows and columns of from"}});
+}
+
+TEST(LayerGuards, RowMajorBuffersCopyBothWays)
+{
+    // Pixel (r, c) channel p holds 100 r + 10 c + p, rows 7 values apart
+    // (two of them padding), as a cv::Mat with a padded step lays them out.
+    constexpr int32_t rows = 3, cols = 2, planes = 2, pitch = 7;
+    std::vector<int16_t> rowMajor(rows * pitch, -1);
+    for (int32_t r = 0; r < rows; ++r)
+        for (int32_t c = 0; c < cols; ++c)
+            for (int32_t p = 0; p < planes; ++p)
+                rowMajor[size_t(r * pitch + c * planes + p)] = int16_t(100 * r + 10 * c + p);
+    const Image<int16_t> image = fromRowMajor(rowMajor.data(), rows, cols, planes, pitch * sizeof(int16_t));
+    for (int32_t r = 0; r < rows; ++r)
+        for (int32_t c = 0; c < cols; ++c)
+            for (int32_t p = 0; p < planes; ++p)
+                EXPECT_EQ(image.data()[p * rows * cols + c * rows + r], 100 * r + 10 * c + p);
+    std::vector<int16_t> back(rows * pitch, -1);
+    toRowMajor(image.view(), back.data(), pitch * sizeof(int16_t));
+    EXPECT_EQ(back, rowMajor); // the padding is left alone
+    std::vector<int16_t> packed(rows * cols * planes);
+    toRowMajor(image.view(), packed.data());
+    EXPECT_EQ(fromRowMajor(packed.data(), rows, cols, planes).values(), image.values());
+    expectRejections({{[&] { fromRowMajor(packed.data(), rows, cols, planes, 2); }, "rowStride: shorter than a row"}});
+}
