@@ -88,15 +88,18 @@ std::vector<Option> with(std::vector<Option> options, const std::vector<Option> 
 int runEdges(const std::vector<std::string> &words)
 {
     const auto arguments = parse(words, "ornex edges INPUT OUTPUT [options]",
-                                 "Canny edges of an image (colour images are averaged to grey), white on black.",
+                                 "Canny edges of an image (colour images are turned to grey by luma), white on black.",
                                  cannyOptionList, 2);
     if (!arguments) {
         return 0;
     }
-    const Picture grey = toGrey(readImage(arguments->positional()[0]).view());
+    const LoadedImage input = readPicture(arguments->positional()[0]);
+    const Picture grey = toGrey(input.pixels.view());
     const auto edges = canny(grey.view(), cannyOptions(*arguments));
-    writeImage(arguments->positional()[1], edgePicture(edges.edges).view());
-    std::printf("%td edge pixels\n", std::count(edges.edges.values().begin(), edges.edges.values().end(), 1));
+    const std::string &output = arguments->positional()[1];
+    writePicture(output, edgePicture(edges.edges).view(), std::nullopt, input.bitDepth);
+    std::fprintf(reportStreamFor(output), "%td edge pixels\n",
+                 std::count(edges.edges.values().begin(), edges.edges.values().end(), 1));
     return 0;
 }
 
@@ -112,7 +115,9 @@ int runLines(const std::vector<std::string> &words)
     if (!arguments) {
         return 0;
     }
-    const Picture image = readImage(arguments->positional()[0]);
+    const LoadedImage input = readPicture(arguments->positional()[0]);
+    const Picture &image = input.pixels;
+    const std::string &output = arguments->positional()[1];
     const int32_t count = countOption(*arguments, "count", 5, 1, 1000);
     HoughOptions houghOptions;
     houghOptions.thetaResolution = arguments->number("theta-step", 1.0);
@@ -122,14 +127,14 @@ int runLines(const std::vector<std::string> &words)
     Picture drawn = toColour(image.view());
     for (const HoughPeak &peak : strongestLines(hough, size_t(count))) {
         const auto ends = houghLines<double>({peak.theta}, {peak.rho}, image.rows(), image.cols())[0];
-        std::printf("theta %7.2f  rho %8.2f  votes %6.0f  from (%d, %d) to (%d, %d)\n",
-                    peak.theta * 180 / std::numbers::pi, peak.rho, peak.votes, ends.first.row, ends.first.col,
-                    ends.second.row, ends.second.col);
+        std::fprintf(reportStreamFor(output), "theta %7.2f  rho %8.2f  votes %6.0f  from (%d, %d) to (%d, %d)\n",
+                     peak.theta * 180 / std::numbers::pi, peak.rho, peak.votes, ends.first.row, ends.first.col,
+                     ends.second.row, ends.second.col);
         if (ends.first.row >= 0) {
             drawAntialiasedLine(colourPlanes(drawn), ends.first, ends.second, {1.0, 0.15, 0.15});
         }
     }
-    writeImage(arguments->positional()[1], drawn.view());
+    writePicture(output, {std::move(drawn), input.alpha, input.bitDepth}); // the input's alpha as it was
     return 0;
 }
 
@@ -245,7 +250,8 @@ int runWarp(const std::vector<std::string> &words)
     options.exact = !arguments->has("approximate");
     options.subdivisions = countOption(*arguments, "subdivisions", 4, 0, 1000);
     options.background = {arguments->number("background", 0.0)};
-    Picture image = readImage(arguments->positional()[0]);
+    const LoadedImage input = readPicture(arguments->positional()[0]);
+    const Picture &image = input.pixels;
     int32_t rows = image.rows(), cols = image.cols();
     if (arguments->has("size")) {
         const std::vector<double> size = arguments->numbers("size", 2);
@@ -255,7 +261,12 @@ int runWarp(const std::vector<std::string> &words)
         rows = int32_t(size[0]), cols = int32_t(size[1]);
     }
     const auto transform = homography<double>(Rect{0, 0, image.rows(), image.cols()}, to, image.rows(), image.cols());
-    writeImage(arguments->positional()[1], warp<double>(image.view(), rows, cols, transform, options).view());
+    LoadedImage warped{warp<double>(image.view(), rows, cols, transform, options), std::nullopt, input.bitDepth};
+    if (input.alpha) { // warped as one more plane, transparent where nothing lands
+        options.background = {0.0};
+        warped.alpha = warp<double>(input.alpha->view(), rows, cols, transform, options);
+    }
+    writePicture(arguments->positional()[1], warped);
     return 0;
 }
 
@@ -283,9 +294,14 @@ int runShear(const std::vector<std::string> &words)
     ShearOptions options;
     options.interpolation = interpolationOption(*arguments);
     options.background = {arguments->number("background", 0.0)};
-    const Picture image = readImage(arguments->positional()[0]);
+    const LoadedImage input = readPicture(arguments->positional()[0]);
     const auto direction = arguments->has("vertical") ? ShearDirection::vertical : ShearDirection::horizontal;
-    writeImage(arguments->positional()[1], shear(image.view(), direction, amount, options).view());
+    LoadedImage sheared{shear(input.pixels.view(), direction, amount, options), std::nullopt, input.bitDepth};
+    if (input.alpha) { // sheared as one more plane, transparent where nothing lands
+        options.background = {0.0};
+        sheared.alpha = shear(input.alpha->view(), direction, amount, options);
+    }
+    writePicture(arguments->positional()[1], sheared);
     return 0;
 }
 

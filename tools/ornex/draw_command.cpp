@@ -103,8 +103,10 @@ int runDraw(const std::vector<std::string> &words)
         items.push_back(parseItem(arguments.positional()[k]));
     }
     Picture canvas;
+    LoadedImage input; // no alpha and 8 bits unless an input says otherwise
     if (arguments.has("input")) {
-        canvas = toColour(readImage(arguments.text("input", "")).view());
+        input = readPicture(arguments.text("input", ""));
+        canvas = toColour(input.pixels.view());
     } else {
         const std::vector<double> size = arguments.has("size") ? arguments.numbers("size", 2) : std::vector<double>{240, 320};
         if (size[0] < 1 || size[1] < 1 || size[0] > 30000 || size[1] > 30000) {
@@ -138,7 +140,8 @@ int runDraw(const std::vector<std::string> &words)
             drawText(planes, item.text, at(n, 0), font, item.colour);
         }
     }
-    writeImage(arguments.positional()[0], canvas.view());
+    input.pixels = std::move(canvas); // drawn over; the input's alpha as it was
+    writePicture(arguments.positional()[0], input);
     return 0;
 }
 

@@ -1,32 +1,36 @@
 #include "image_io.hpp"
 
-#include <png.h>
+#include <OpenImageIO/imageio.h>
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cctype>
 #include <cerrno>
 #include <cmath>
-#include <csetjmp>
 #include <cstdint>
-#include <cstdio>
 #include <cstring>
+#include <filesystem>
+#include <limits>
+#include <map>
 #include <memory>
 #include <new>
-#include <string>
-#include <vector>
 
 #include "tool_error.hpp"
 
 namespace ornex::tool {
 namespace {
 
+namespace fs = std::filesystem;
+
 // Enough for any picture the tool is meant for, and a guard against headers
 // that announce gigantic images (a PNG can do so in a few bytes).
 constexpr uint64_t kMaxPixels = uint64_t(1) << 30;
 
-[[noreturn]] void readFailure(const std::string &path, const std::string &why)
+[[noreturn]] void readFailure(const std::string &label, const std::string &why)
 {
-    throw ToolError("cannot read '" + path + "': " + why);
+    throw ToolError("cannot read " + label + ": " + why);
 }
 
 [[noreturn]] void writeFailure(const std::string &path, const std::string &why)
@@ -39,508 +43,574 @@ std::string systemMessage(int error, const char *fallback)
     return error != 0 ? std::string(std::strerror(error)) : std::string(fallback);
 }
 
-struct FileCloser {
-    void operator()(FILE *file) const { std::fclose(file); }
-};
-
-std::vector<unsigned char> readWholeFile(const std::string &path)
+// OpenImageIO's message, or a fallback when it has none (its netpbm reader
+// fails on truncated data without one).
+std::string oiioMessage(std::string message, const char *fallback)
 {
-    errno = 0;
-    FILE *file = std::fopen(path.c_str(), "rb");
-    if (file == nullptr) {
-        const int error = errno;
-        readFailure(path, error == ENOENT ? std::string("no such file") : systemMessage(error, "cannot open"));
+    while (!message.empty() && (message.back() == '\n' || message.back() == ' ')) {
+        message.pop_back();
     }
-    std::unique_ptr<FILE, FileCloser> closer(file);
-    std::vector<unsigned char> bytes;
-    unsigned char chunk[1 << 16];
-    for (;;) {
-        errno = 0;
-        const size_t got = std::fread(chunk, 1, sizeof chunk, file);
-        bytes.insert(bytes.end(), chunk, chunk + got);
-        if (got < sizeof chunk) {
-            if (std::ferror(file)) {
-                readFailure(path, systemMessage(errno, "read error"));
-            }
-            break;
-        }
-    }
-    return bytes;
+    return message.empty() ? std::string(fallback) : message;
 }
 
-// ---------------------------------------------------------------- PNG input
-
-// libpng reports errors by longjmp. Everything it may jump over (its own
-// frames and the callbacks below) holds no C++ object with a destructor, and
-// the functions that call setjmp hold plain values only; the owning C++ code
-// runs before and after them.
-struct PngSource {
-    const unsigned char *data;
-    size_t size;
-    size_t position;
-    bool truncated;
-    char message[256];
-};
-
-void pngRead(png_structp png, png_bytep out, size_t length)
+std::string lower(std::string text)
 {
-    auto *source = static_cast<PngSource *>(png_get_io_ptr(png));
-    if (source->size - source->position < length) {
-        source->truncated = true;
-        png_error(png, "truncated PNG data");
+    for (char &ch : text) {
+        ch = char(std::tolower(static_cast<unsigned char>(ch)));
     }
-    std::memcpy(out, source->data + source->position, length);
-    source->position += length;
+    return text;
 }
 
-void pngFail(png_structp png, png_const_charp message)
-{
-    auto *source = static_cast<PngSource *>(png_get_error_ptr(png));
-    std::snprintf(source->message, sizeof source->message, "%s", message != nullptr ? message : "unknown error");
-    png_longjmp(png, 1);
-}
-
-void pngIgnoreWarning(png_structp, png_const_charp) {}
-
-struct PngLayout {
-    png_uint_32 width;
-    png_uint_32 height;
-    int channels;
-    int bitDepth;
-    size_t rowBytes;
-};
-
-// Reads the header and sets the transforms: palettes become RGB, grey below
-// 8 bits is widened to 8, alpha (stored or from tRNS) is dropped, 16 bits
-// stay 16 bits, and gamma is left alone so that the stored values come out.
-bool readPngHeader(png_structp png, png_infop info, PngLayout *layout)
-{
-    if (setjmp(png_jmpbuf(png))) {
-        return false;
-    }
-    png_set_read_fn(png, png_get_error_ptr(png), pngRead);
-    png_read_info(png, info);
-    const int colorType = png_get_color_type(png, info);
-    const int bitDepth = png_get_bit_depth(png, info);
-    if (colorType == PNG_COLOR_TYPE_PALETTE) {
-        png_set_palette_to_rgb(png);
-    }
-    if (colorType == PNG_COLOR_TYPE_GRAY && bitDepth < 8) {
-        png_set_expand_gray_1_2_4_to_8(png);
-    }
-    png_set_strip_alpha(png);
-    png_set_interlace_handling(png);
-    png_read_update_info(png, info);
-    layout->width = png_get_image_width(png, info);
-    layout->height = png_get_image_height(png, info);
-    layout->channels = png_get_channels(png, info);
-    layout->bitDepth = png_get_bit_depth(png, info);
-    layout->rowBytes = png_get_rowbytes(png, info);
-    return true;
-}
-
-bool readPngRows(png_structp png, png_bytepp rows)
-{
-    if (setjmp(png_jmpbuf(png))) {
-        return false;
-    }
-    png_read_image(png, rows);
-    return true;
-}
-
-struct PngReader {
-    png_structp png = nullptr;
-    png_infop info = nullptr;
-    ~PngReader() { png_destroy_read_struct(&png, info != nullptr ? &info : nullptr, nullptr); }
-};
-
-Image<double> decodePng(const std::string &path, const std::vector<unsigned char> &bytes)
-{
-    PngSource source{bytes.data(), bytes.size(), 0, false, {}};
-    PngReader reader;
-    reader.png = png_create_read_struct(PNG_LIBPNG_VER_STRING, &source, pngFail, pngIgnoreWarning);
-    if (reader.png == nullptr || (reader.info = png_create_info_struct(reader.png)) == nullptr) {
-        readFailure(path, "not enough memory");
-    }
-    auto failure = [&]() -> std::string {
-        return source.truncated ? std::string("truncated PNG data")
-                                : "invalid PNG file (" + std::string(source.message) + ")";
-    };
-
-    PngLayout layout{};
-    if (!readPngHeader(reader.png, reader.info, &layout)) {
-        readFailure(path, failure());
-    }
-    const bool wide = layout.bitDepth == 16;
-    if ((layout.bitDepth != 8 && !wide) || layout.channels < 1 || layout.channels > 4) {
-        readFailure(path, "unsupported PNG layout");
-    }
-    if (uint64_t(layout.width) * layout.height > kMaxPixels) {
-        readFailure(path, "image too large");
-    }
-    const int32_t rows = int32_t(layout.height);
-    const int32_t cols = int32_t(layout.width);
-    const int32_t planes = layout.channels >= 3 ? 3 : 1;
-    const size_t bytesPerSample = wide ? 2 : 1;
-    if (layout.rowBytes < size_t(cols) * size_t(layout.channels) * bytesPerSample) {
-        readFailure(path, "unsupported PNG layout");
-    }
-
-    std::vector<unsigned char> pixels(layout.rowBytes * size_t(rows));
-    std::vector<png_bytep> rowPointers(static_cast<size_t>(rows));
-    for (int32_t r = 0; r < rows; ++r) {
-        rowPointers[size_t(r)] = pixels.data() + size_t(r) * layout.rowBytes;
-    }
-    if (!readPngRows(reader.png, rowPointers.data())) {
-        readFailure(path, failure());
-    }
-
-    Image<double> image(rows, cols, planes);
-    const double maximum = wide ? 65535.0 : 255.0;
-    for (int32_t r = 0; r < rows; ++r) {
-        const unsigned char *row = rowPointers[size_t(r)];
-        for (int32_t c = 0; c < cols; ++c) {
-            const unsigned char *pixel = row + size_t(c) * size_t(layout.channels) * bytesPerSample;
-            for (int32_t p = 0; p < planes; ++p) {
-                const unsigned char *sample = pixel + size_t(p) * bytesPerSample;
-                const unsigned value = wide ? (unsigned(sample[0]) << 8) | sample[1] : sample[0];
-                image(r, c, p) = double(value) / maximum;
-            }
-        }
-    }
-    return image;
-}
-
-// ------------------------------------------------------------ PGM/PPM input
-
-bool isSpace(unsigned char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\v' || c == '\f'; }
-bool isDigit(unsigned char c) { return c >= '0' && c <= '9'; }
-
-class NetpbmParser {
+// A file removed when this goes out of scope, unless released.
+class FileRemover {
 public:
-    NetpbmParser(const std::string &path, const std::vector<unsigned char> &bytes)
-        : path_(path), bytes_(bytes), plain_(bytes[1] == '2' || bytes[1] == '3'),
-          planes_(bytes[1] == '3' || bytes[1] == '6' ? 3 : 1), kind_(planes_ == 3 ? "PPM" : "PGM")
+    explicit FileRemover(std::string path) : path_(std::move(path)) {}
+    FileRemover(const FileRemover &) = delete;
+    FileRemover &operator=(const FileRemover &) = delete;
+    ~FileRemover()
     {
+        if (!path_.empty()) {
+            ::unlink(path_.c_str());
+        }
     }
-
-    Image<double> parse()
-    {
-        position_ = 2;
-        const uint64_t width = headerNumber();
-        const uint64_t height = headerNumber();
-        const uint64_t maxval = headerNumber();
-        if (width == 0 || height == 0) {
-            fail("invalid " + kind_ + " header (no pixels)");
-        }
-        if (maxval == 0 || maxval > 65535) {
-            fail("invalid " + kind_ + " header (maximum value must be 1 to 65535)");
-        }
-        // Exactly one whitespace character separates the header from the
-        // pixels; binary pixels may themselves look like whitespace.
-        if (position_ >= bytes_.size() || !isSpace(bytes_[position_])) {
-            fail(position_ >= bytes_.size() ? std::string("truncated pixel data") : "invalid " + kind_ + " header");
-        }
-        ++position_;
-
-        const uint64_t pixels = width * height; // both below 2^31 here
-        const uint64_t samples = pixels * uint64_t(planes_);
-        const uint64_t remaining = bytes_.size() - position_;
-        // Every sample takes at least one byte in either encoding.
-        if (samples > remaining) {
-            fail("truncated pixel data");
-        }
-        if (pixels > kMaxPixels) {
-            fail("image too large");
-        }
-        const int32_t rows = int32_t(height);
-        const int32_t cols = int32_t(width);
-        const unsigned maximum = unsigned(maxval);
-        const size_t bytesPerSample = maximum > 255 ? 2 : 1;
-        if (!plain_ && samples * bytesPerSample > remaining) {
-            fail("truncated pixel data");
-        }
-
-        Image<double> image(rows, cols, planes_);
-        for (int32_t r = 0; r < rows; ++r) {
-            for (int32_t c = 0; c < cols; ++c) {
-                for (int32_t p = 0; p < planes_; ++p) {
-                    uint64_t value;
-                    if (plain_) {
-                        value = plainSample();
-                    } else if (bytesPerSample == 2) {
-                        value = (uint64_t(bytes_[position_]) << 8) | bytes_[position_ + 1];
-                        position_ += 2;
-                    } else {
-                        value = bytes_[position_++];
-                    }
-                    if (value > maximum) {
-                        fail("pixel value " + std::to_string(value) + " above the maximum " +
-                             std::to_string(maximum));
-                    }
-                    image(r, c, p) = double(value) / double(maximum);
-                }
-            }
-        }
-        return image;
-    }
+    const std::string &path() const { return path_; }
+    void release() { path_.clear(); }
 
 private:
-    [[noreturn]] void fail(const std::string &why) const { readFailure(path_, why); }
-
-    void skipSpaceAndComments()
-    {
-        while (position_ < bytes_.size()) {
-            if (isSpace(bytes_[position_])) {
-                ++position_;
-            } else if (bytes_[position_] == '#') {
-                while (position_ < bytes_.size() && bytes_[position_] != '\n' && bytes_[position_] != '\r') {
-                    ++position_;
-                }
-            } else {
-                break;
-            }
-        }
-    }
-
-    // A decimal number; false if there is none. Values above 2^31 - 1 are
-    // reported as such.
-    bool number(uint64_t &value)
-    {
-        if (position_ >= bytes_.size() || !isDigit(bytes_[position_])) {
-            return false;
-        }
-        value = 0;
-        while (position_ < bytes_.size() && isDigit(bytes_[position_])) {
-            value = value * 10 + (bytes_[position_++] - '0');
-            if (value > 0x7fffffffu) {
-                value = uint64_t(0x7fffffffu) + 1;
-                while (position_ < bytes_.size() && isDigit(bytes_[position_])) {
-                    ++position_;
-                }
-                break;
-            }
-        }
-        return true;
-    }
-
-    uint64_t headerNumber()
-    {
-        skipSpaceAndComments();
-        uint64_t value = 0;
-        if (!number(value)) {
-            fail(position_ >= bytes_.size() ? "truncated " + kind_ + " header" : "invalid " + kind_ + " header");
-        }
-        if (value > 0x7fffffffu) {
-            fail("image too large");
-        }
-        return value;
-    }
-
-    uint64_t plainSample()
-    {
-        skipSpaceAndComments();
-        uint64_t value = 0;
-        if (!number(value)) {
-            fail(position_ >= bytes_.size() ? "truncated pixel data" : "invalid pixel value");
-        }
-        if (position_ < bytes_.size() && !isSpace(bytes_[position_]) && bytes_[position_] != '#') {
-            fail("invalid pixel value");
-        }
-        return value;
-    }
-
-    const std::string &path_;
-    const std::vector<unsigned char> &bytes_;
-    const bool plain_;
-    const int32_t planes_;
-    const std::string kind_;
-    size_t position_ = 0;
+    std::string path_;
 };
 
-// ------------------------------------------------------------------ output
+// A new empty file in the system's temporary folder.
+std::string makeTemporaryFile(const char *stem, int &descriptor)
+{
+    std::string name = (fs::temp_directory_path() / (std::string(stem) + "-XXXXXX")).string();
+    descriptor = ::mkstemp(name.data());
+    if (descriptor < 0) {
+        throw ToolError(std::string("cannot create a temporary file: ") + std::strerror(errno));
+    }
+    return name;
+}
 
-enum class Format { Png, Pgm, Ppm };
+// ----------------------------------------------------------------- reading
 
-Format formatFor(const std::string &path)
+// The format from the file's first bytes.
+const char *formatFromContent(const unsigned char *head, size_t size)
+{
+    auto starts = [&](const char *magic, size_t length, size_t at = 0) {
+        return size >= at + length && std::memcmp(head + at, magic, length) == 0;
+    };
+    if (starts("\x89PNG\r\n\x1a\n", 8)) {
+        return "png";
+    }
+    if (starts("\xff\xd8\xff", 3)) {
+        return "jpeg";
+    }
+    if (starts("II*\0", 4) || starts("MM\0*", 4) || starts("II+\0", 4) || starts("MM\0+", 4)) {
+        return "tiff";
+    }
+    if (starts("RIFF", 4) && starts("WEBP", 4, 8)) {
+        return "webp";
+    }
+    if (size >= 3 && head[0] == 'P' && head[1] >= '1' && head[1] <= '6' &&
+        (std::isspace(head[2]) != 0 || head[2] == '#')) {
+        return "pnm";
+    }
+    return nullptr;
+}
+
+// Spools standard input into a temporary file, for OpenImageIO to read as a
+// file (some of its readers need to seek).
+class SpooledInput {
+public:
+    SpooledInput() : file_(spool()) {}
+    const std::string &path() const { return file_.path(); }
+
+private:
+    static std::string spool()
+    {
+        int descriptor = -1;
+        const std::string name = makeTemporaryFile("ornex-stdin", descriptor);
+        FileRemover remover(name);
+        char chunk[1 << 16];
+        for (;;) {
+            const ssize_t got = ::read(STDIN_FILENO, chunk, sizeof chunk);
+            if (got == 0) {
+                break;
+            }
+            if (got < 0) {
+                if (errno == EINTR) {
+                    continue;
+                }
+                const int error = errno;
+                ::close(descriptor);
+                readFailure("standard input", std::strerror(error));
+            }
+            for (ssize_t done = 0; done < got;) {
+                const ssize_t put = ::write(descriptor, chunk + done, size_t(got - done));
+                if (put < 0 && errno != EINTR) {
+                    const int error = errno;
+                    ::close(descriptor);
+                    readFailure("standard input", std::string("cannot keep it in a temporary file: ") +
+                                                      std::strerror(error));
+                }
+                done += std::max<ssize_t>(put, 0);
+            }
+        }
+        ::close(descriptor);
+        remover.release();
+        return name;
+    }
+
+    FileRemover file_;
+};
+
+LoadedImage decode(const std::string &file, const std::string &label)
+{
+    struct stat info {};
+    if (::stat(file.c_str(), &info) != 0) {
+        readFailure(label, errno == ENOENT ? std::string("no such file") : systemMessage(errno, "cannot open"));
+    }
+    if (S_ISDIR(info.st_mode)) {
+        readFailure(label, std::strerror(EISDIR));
+    }
+    unsigned char head[16] = {};
+    size_t headSize = 0;
+    {
+        std::FILE *stream = std::fopen(file.c_str(), "rb");
+        if (stream == nullptr) {
+            readFailure(label, systemMessage(errno, "cannot open"));
+        }
+        headSize = std::fread(head, 1, sizeof head, stream);
+        std::fclose(stream);
+    }
+    const char *format = formatFromContent(head, headSize);
+    if (format == nullptr) {
+        readFailure(label, "not a PNG, JPEG, TIFF, WebP, PGM or PPM file");
+    }
+
+    auto input = OIIO::ImageInput::create(format);
+    if (!input) {
+        readFailure(label, oiioMessage(OIIO::geterror(), "no reader for this format"));
+    }
+    OIIO::ImageSpec config, spec;
+    config.attribute("oiio:UnassociatedAlpha", 1);
+    if (!input->open(file, spec, config)) {
+        readFailure(label, oiioMessage(input->geterror(), "cannot decode the file"));
+    }
+    if (spec.deep) {
+        readFailure(label, "deep images are not supported");
+    }
+    if (spec.width <= 0 || spec.height <= 0 || spec.nchannels <= 0) {
+        readFailure(label, "the image has no pixels");
+    }
+    if (uint64_t(spec.width) * uint64_t(spec.height) > kMaxPixels) {
+        readFailure(label, "image too large");
+    }
+
+    // Integer samples of one byte read as such, wider ones as 16 bits, floats
+    // as floats: each then becomes a double by one division.
+    const int channels = spec.nchannels;
+    OIIO::TypeDesc type = OIIO::TypeDesc::UINT16;
+    int bitDepth = 16;
+    if (spec.format.is_floating_point()) {
+        type = OIIO::TypeDesc::FLOAT;
+    } else if (spec.format.size() == 1) {
+        type = OIIO::TypeDesc::UINT8;
+        bitDepth = 8;
+    }
+    const size_t sampleCount = size_t(spec.width) * size_t(spec.height) * size_t(channels);
+    std::vector<uint8_t> narrow(type == OIIO::TypeDesc::UINT8 ? sampleCount : 0);
+    std::vector<uint16_t> broad(type == OIIO::TypeDesc::UINT16 ? sampleCount : 0);
+    std::vector<float> real(type == OIIO::TypeDesc::FLOAT ? sampleCount : 0);
+    void *const data = !narrow.empty() ? static_cast<void *>(narrow.data())
+                       : !broad.empty() ? static_cast<void *>(broad.data())
+                                        : static_cast<void *>(real.data());
+    if (!input->read_image(0, 0, 0, channels, type, data)) {
+        readFailure(label, oiioMessage(input->geterror(), "truncated or damaged image data"));
+    }
+    int orientation = spec.get_int_attribute("Orientation", 1);
+    orientation = orientation >= 1 && orientation <= 8 ? orientation : 1;
+    const bool unassociated = spec.get_int_attribute("oiio:UnassociatedAlpha", 0) != 0;
+    input->close();
+
+    // Channels: grey, grey+alpha, RGB, RGBA; past that the first three colour
+    // channels and the alpha that the file names.
+    int alphaChannel = spec.alpha_channel;
+    const bool namedAlpha = alphaChannel >= 0 && alphaChannel < channels;
+    if (!namedAlpha) {
+        alphaChannel = channels == 2 || channels == 4 ? channels - 1 : -1;
+    }
+    std::vector<int> colour;
+    for (int ch = 0; ch < channels && colour.size() < 3; ++ch) {
+        if (ch != alphaChannel) {
+            colour.push_back(ch);
+        }
+    }
+    if (colour.empty()) {
+        readFailure(label, "the image has only an alpha channel");
+    }
+    const int planes = colour.size() >= 3 ? 3 : 1;
+
+    // The EXIF orientation, applied here: OpenImageIO 2.4's reorient swaps
+    // 5 (transpose) and 7 (transverse). Pixel (r, c) as shown is stored at
+    // (storedRow, storedCol).
+    const int32_t height = spec.height, width = spec.width;
+    const bool turned = orientation >= 5;
+    const int32_t rows = turned ? width : height, cols = turned ? height : width;
+    auto sample = [&](int32_t r, int32_t c, int ch) -> double {
+        int32_t storedRow = r, storedCol = c;
+        switch (orientation) {
+        case 2: storedCol = width - 1 - c; break;
+        case 3: storedRow = height - 1 - r, storedCol = width - 1 - c; break;
+        case 4: storedRow = height - 1 - r; break;
+        case 5: storedRow = c, storedCol = r; break;
+        case 6: storedRow = height - 1 - c, storedCol = r; break;
+        case 7: storedRow = height - 1 - c, storedCol = width - 1 - r; break;
+        case 8: storedRow = c, storedCol = width - 1 - r; break;
+        default: break;
+        }
+        const size_t k = (size_t(storedRow) * size_t(width) + size_t(storedCol)) * size_t(channels) + size_t(ch);
+        if (!narrow.empty()) {
+            return narrow[k] / 255.0;
+        }
+        if (!broad.empty()) {
+            return broad[k] / 65535.0;
+        }
+        return real[k];
+    };
+    LoadedImage loaded;
+    loaded.bitDepth = bitDepth;
+    loaded.pixels = Image<double>(rows, cols, planes);
+    for (int p = 0; p < planes; ++p) {
+        for (int32_t c = 0; c < cols; ++c) {
+            for (int32_t r = 0; r < rows; ++r) {
+                loaded.pixels(r, c, p) = sample(r, c, colour[size_t(p)]);
+            }
+        }
+    }
+    if (alphaChannel >= 0) {
+        Image<double> alpha(rows, cols);
+        for (int32_t c = 0; c < cols; ++c) {
+            for (int32_t r = 0; r < rows; ++r) {
+                alpha(r, c) = sample(r, c, alphaChannel);
+            }
+        }
+        // Colours stored multiplied by alpha (associated), as TIFF may and
+        // as OpenImageIO 2.4 hands over WebP whatever it is asked, are
+        // divided back.
+        if (namedAlpha && !unassociated) {
+            for (int p = 0; p < planes; ++p) {
+                for (int32_t c = 0; c < cols; ++c) {
+                    for (int32_t r = 0; r < rows; ++r) {
+                        if (alpha(r, c) > 0) {
+                            loaded.pixels(r, c, p) = std::min(1.0, loaded.pixels(r, c, p) / alpha(r, c));
+                        }
+                    }
+                }
+            }
+        }
+        loaded.alpha = std::move(alpha);
+    }
+    return loaded;
+}
+
+// ----------------------------------------------------------------- writing
+
+struct Format {
+    const char *name;     // for messages
+    const char *oiioName; // OpenImageIO's plug-in
+    int maxBitDepth;
+    bool alpha;     // keeps an alpha plane
+    bool greyOnly;  // refuses colour
+    bool colourOnly; // grey is written as RGB
+    int32_t maxSide = std::numeric_limits<int32_t>::max();
+};
+
+const Format kPng{"PNG", "png", 16, true, false, false};
+// libjpeg ends the process on a larger image instead of reporting it.
+const Format kJpeg{"JPEG", "jpeg", 8, false, false, false, 65500};
+const Format kTiff{"TIFF", "tiff", 16, true, false, false};
+const Format kWebp{"WebP", "webp", 8, false, false, true};
+const Format kPgm{"PGM", "pnm", 8, false, true, false};
+const Format kPpm{"PPM", "pnm", 8, false, false, true};
+
+const Format *formatNamed(const std::string &name)
+{
+    static const std::pair<const char *, const Format *> names[] = {
+        {"png", &kPng},  {"jpg", &kJpeg},  {"jpeg", &kJpeg}, {"tif", &kTiff},
+        {"tiff", &kTiff}, {"webp", &kWebp}, {"pgm", &kPgm},   {"ppm", &kPpm}};
+    const std::string key = lower(name);
+    for (const auto &[known, format] : names) {
+        if (key == known) {
+            return format;
+        }
+    }
+    return nullptr;
+}
+
+std::string extensionOf(const std::string &path)
 {
     const size_t slash = path.find_last_of('/');
     const size_t dot = path.find_last_of('.');
-    std::string extension;
     if (dot != std::string::npos && (slash == std::string::npos || dot > slash)) {
-        extension = path.substr(dot + 1);
-        for (char &ch : extension) {
-            ch = char(std::tolower(static_cast<unsigned char>(ch)));
+        return path.substr(dot + 1);
+    }
+    return "";
+}
+
+const Format &formatFor(const std::string &path, const std::string &explicitFormat)
+{
+    if (!explicitFormat.empty()) {
+        const Format *format = formatNamed(explicitFormat);
+        if (format == nullptr) {
+            writeFailure(path, "unsupported format '" + explicitFormat + "' (use png, jpeg, tiff, webp, pgm or ppm)");
         }
+        return *format;
     }
-    if (extension == "png") {
-        return Format::Png;
+    if (path == "-") {
+        return kPng;
     }
-    if (extension == "pgm") {
-        return Format::Pgm;
+    const Format *format = formatNamed(extensionOf(path));
+    if (format == nullptr) {
+        writeFailure(path, "unsupported extension (use .png, .jpg, .tif, .webp, .pgm or .ppm)");
     }
-    if (extension == "ppm") {
-        return Format::Ppm;
-    }
-    writeFailure(path, "unsupported extension (use .png, .pgm or .ppm)");
+    return *format;
 }
 
 // Clamped to [0, 1] and rounded half away from zero; NaN counts as 0.
-unsigned char toByte(double value)
+template <class Sample>
+Sample quantised(double value)
 {
+    constexpr double maximum = double(std::numeric_limits<Sample>::max());
     if (!(value > 0.0)) {
         return 0;
     }
     if (value >= 1.0) {
-        return 255;
+        return Sample(maximum);
     }
-    return static_cast<unsigned char>(std::lround(value * 255.0));
+    return static_cast<Sample>(std::lround(value * maximum));
 }
 
-// Pixels in file order: rows top to bottom, samples of a pixel together.
-std::vector<unsigned char> interleave(ImageView<const double> image, int32_t channels)
+// Samples in file order: rows top to bottom, a pixel's channels together
+// (colour, then alpha).
+template <class Sample>
+std::vector<Sample> interleave(ImageView<const double> pixels, const ImageView<const double> *alpha,
+                               int colourChannels)
 {
-    std::vector<unsigned char> out(size_t(image.rows) * size_t(image.cols) * size_t(channels));
-    size_t i = 0;
-    for (int32_t r = 0; r < image.rows; ++r) {
-        for (int32_t c = 0; c < image.cols; ++c) {
-            for (int32_t ch = 0; ch < channels; ++ch) {
-                out[i++] = toByte(image(r, c, image.planes == 1 ? 0 : ch));
+    const int channels = colourChannels + (alpha != nullptr ? 1 : 0);
+    std::vector<Sample> out(size_t(pixels.rows) * size_t(pixels.cols) * size_t(channels));
+    size_t k = 0;
+    for (int32_t r = 0; r < pixels.rows; ++r) {
+        for (int32_t c = 0; c < pixels.cols; ++c) {
+            for (int ch = 0; ch < colourChannels; ++ch) {
+                out[k++] = quantised<Sample>(pixels(r, c, pixels.planes == 1 ? 0 : ch));
+            }
+            if (alpha != nullptr) {
+                out[k++] = quantised<Sample>((*alpha)(r, c));
             }
         }
     }
     return out;
 }
 
-// A temporary file next to the target, removed unless renamed over it.
-class TemporaryFile {
-public:
-    explicit TemporaryFile(const std::string &target)
-        : target_(target), name_(target + ".tmp-" + std::to_string(long(getpid())))
-    {
-        errno = 0;
-        file_ = std::fopen(name_.c_str(), "wb");
-        if (file_ == nullptr) {
-            writeFailure(target_, systemMessage(errno, "cannot create a file"));
-        }
-    }
-    TemporaryFile(const TemporaryFile &) = delete;
-    TemporaryFile &operator=(const TemporaryFile &) = delete;
-    ~TemporaryFile()
-    {
-        if (file_ != nullptr) {
-            std::fclose(file_);
-        }
-        if (!renamed_) {
-            std::remove(name_.c_str());
-        }
-    }
-
-    FILE *file() const { return file_; }
-
-    void write(const void *data, size_t size)
-    {
-        errno = 0;
-        if (std::fwrite(data, 1, size, file_) != size) {
-            writeFailure(target_, systemMessage(errno, "write error"));
-        }
-    }
-
-    void commit()
-    {
-        errno = 0;
-        const bool flushed = std::fflush(file_) == 0 && !std::ferror(file_);
-        int error = errno;
-        const bool closed = std::fclose(file_) == 0;
-        file_ = nullptr;
-        if (!flushed || !closed) {
-            if (error == 0) {
-                error = errno;
-            }
-            writeFailure(target_, systemMessage(error, "write error"));
-        }
-        errno = 0;
-        if (std::rename(name_.c_str(), target_.c_str()) != 0) {
-            writeFailure(target_, systemMessage(errno, "cannot replace the file"));
-        }
-        renamed_ = true;
-    }
-
-private:
-    std::string target_;
-    std::string name_;
-    FILE *file_ = nullptr;
-    bool renamed_ = false;
-};
-
-void writePng(const std::string &path, TemporaryFile &out, ImageView<const double> image,
-              const std::vector<unsigned char> &pixels)
+// A new file next to the target, which OpenImageIO then writes over: made
+// here so that a missing or unwritable folder is reported as such.
+std::string createSibling(const std::string &target)
 {
-    png_image description;
-    std::memset(&description, 0, sizeof description);
-    description.version = PNG_IMAGE_VERSION;
-    description.width = png_uint_32(image.cols);
-    description.height = png_uint_32(image.rows);
-    description.format = image.planes == 3 ? PNG_FORMAT_RGB : PNG_FORMAT_GRAY;
-    errno = 0;
-    const int written = png_image_write_to_stdio(&description, out.file(), 0, pixels.data(), 0, nullptr);
-    const int error = errno;
-    const std::string message = description.message;
-    png_image_free(&description);
-    if (!written) {
-        writeFailure(path, error != 0 ? std::string(std::strerror(error)) : message);
+    static unsigned counter = 0;
+    for (int attempt = 0;; ++attempt) {
+        const std::string name =
+            target + ".tmp-" + std::to_string(long(::getpid())) + "-" + std::to_string(counter++);
+        const int descriptor = ::open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+        if (descriptor >= 0) {
+            ::close(descriptor);
+            return name;
+        }
+        if (errno != EEXIST || attempt >= 100) {
+            writeFailure(target, systemMessage(errno, "cannot create a file"));
+        }
+    }
+}
+
+void encode(const std::string &target, const std::string &file, const Format &format, const OIIO::ImageSpec &spec,
+            const void *samples)
+{
+    // OpenImageIO names the file it writes: the user knows it as the target.
+    auto failure = [&](std::string message) {
+        message = oiioMessage(std::move(message), "cannot encode the image");
+        for (size_t at = message.find(file); at != std::string::npos; at = message.find(file, at + target.size())) {
+            message.replace(at, file.size(), target);
+        }
+        writeFailure(target, message);
+    };
+    auto output = OIIO::ImageOutput::create(format.oiioName);
+    if (!output) {
+        failure(OIIO::geterror());
+    }
+    if (!output->open(file, spec)) {
+        failure(output->geterror());
+    }
+    const bool written = output->write_image(spec.format, samples);
+    const bool closed = output->close();
+    if (!written || !closed) {
+        failure(output->geterror());
+    }
+}
+
+void copyToStandardOutput(const std::string &file)
+{
+    std::FILE *in = std::fopen(file.c_str(), "rb");
+    if (in == nullptr) {
+        writeFailure("-", systemMessage(errno, "cannot reopen the encoded image"));
+    }
+    std::unique_ptr<std::FILE, int (*)(std::FILE *)> closer(in, std::fclose);
+    std::fflush(stdout);
+    char chunk[1 << 16];
+    size_t got;
+    while ((got = std::fread(chunk, 1, sizeof chunk, in)) > 0) {
+        if (std::fwrite(chunk, 1, got, stdout) != got) {
+            writeFailure("-", systemMessage(errno, "write error"));
+        }
+    }
+    if (std::ferror(in) || std::fflush(stdout) != 0) {
+        writeFailure("-", systemMessage(errno, "write error"));
     }
 }
 
 } // namespace
 
-Image<double> readImage(const std::string &path)
+LoadedImage readPicture(const std::string &path)
 {
     try {
-        const std::vector<unsigned char> bytes = readWholeFile(path);
-        if (bytes.size() >= 8 && png_sig_cmp(bytes.data(), 0, 8) == 0) {
-            return decodePng(path, bytes);
+        if (path == "-") {
+            const SpooledInput spooled;
+            return decode(spooled.path(), "standard input");
         }
-        if (bytes.size() >= 2 && bytes[0] == 'P' &&
-            (bytes[1] == '2' || bytes[1] == '3' || bytes[1] == '5' || bytes[1] == '6') &&
-            (bytes.size() == 2 || isSpace(bytes[2]) || bytes[2] == '#')) {
-            return NetpbmParser(path, bytes).parse();
-        }
-        readFailure(path, "not a PNG, PGM or PPM file");
+        return decode(path, "'" + path + "'");
     } catch (const std::bad_alloc &) {
-        readFailure(path, "not enough memory");
+        readFailure(path == "-" ? std::string("standard input") : "'" + path + "'", "not enough memory");
     }
 }
 
-void writeImage(const std::string &path, ImageView<const double> image)
+Image<double> readImage(const std::string &path) { return readPicture(path).pixels; }
+
+void writePicture(const std::string &path, ImageView<const double> pixels,
+                  std::optional<ImageView<const double>> alpha, int bitDepth, const std::string &format)
 {
-    const Format format = formatFor(path);
-    if (image.empty()) {
+    const Format &chosen = formatFor(path, format);
+    if (pixels.empty()) {
         writeFailure(path, "the image is empty");
     }
-    if (image.planes != 1 && image.planes != 3) {
-        writeFailure(path, "the image has " + std::to_string(image.planes) +
+    if (pixels.planes != 1 && pixels.planes != 3) {
+        writeFailure(path, "the image has " + std::to_string(pixels.planes) +
                                " planes; only 1 (grey) or 3 (colour) can be saved");
     }
-    if (format == Format::Pgm && image.planes != 1) {
+    if (alpha && (alpha->planes != 1 || alpha->rows != pixels.rows || alpha->cols != pixels.cols)) {
+        writeFailure(path, "the alpha plane does not match the image");
+    }
+    if (bitDepth != 8 && bitDepth != 16) {
+        writeFailure(path, "a bit depth is 8 or 16, not " + std::to_string(bitDepth));
+    }
+    if (pixels.rows > chosen.maxSide || pixels.cols > chosen.maxSide) {
+        writeFailure(path, std::string("a ") + chosen.name + " image has at most " + std::to_string(chosen.maxSide) +
+                               " rows and columns");
+    }
+    if (chosen.greyOnly && pixels.planes != 1) {
         writeFailure(path, "a PGM file holds grey images only (use .ppm or .png for colour)");
     }
+    const int colourChannels = chosen.colourOnly ? 3 : pixels.planes;
+    const ImageView<const double> *keptAlpha = alpha && chosen.alpha ? &*alpha : nullptr;
+    const bool wide = std::min(bitDepth, chosen.maxBitDepth) == 16;
+
+    OIIO::ImageSpec spec(pixels.cols, pixels.rows, colourChannels + (keptAlpha != nullptr ? 1 : 0),
+                         wide ? OIIO::TypeDesc::UINT16 : OIIO::TypeDesc::UINT8);
+    if (keptAlpha != nullptr) {
+        spec.alpha_channel = colourChannels;
+        spec.attribute("oiio:UnassociatedAlpha", 1);
+    }
+    if (&chosen == &kJpeg) {
+        spec.attribute("Compression", "jpeg:95");
+        spec.attribute("jpeg:subsampling", "4:4:4");
+    }
     try {
-        const int32_t channels = format == Format::Ppm ? 3 : image.planes;
-        const std::vector<unsigned char> pixels = interleave(image, channels);
-        TemporaryFile out(path);
-        if (format == Format::Png) {
-            writePng(path, out, image, pixels);
+        std::vector<uint8_t> narrow;
+        std::vector<uint16_t> broad;
+        const void *samples = nullptr;
+        if (wide) {
+            broad = interleave<uint16_t>(pixels, keptAlpha, colourChannels);
+            samples = broad.data();
         } else {
-            const std::string header = std::string(format == Format::Pgm ? "P5" : "P6") + "\n" +
-                                       std::to_string(image.cols) + " " + std::to_string(image.rows) + "\n255\n";
-            out.write(header.data(), header.size());
-            out.write(pixels.data(), pixels.size());
+            narrow = interleave<uint8_t>(pixels, keptAlpha, colourChannels);
+            samples = narrow.data();
         }
-        out.commit();
+        if (path == "-") {
+            int descriptor = -1;
+            FileRemover encoded(makeTemporaryFile("ornex-stdout", descriptor));
+            ::close(descriptor);
+            encode(path, encoded.path(), chosen, spec, samples);
+            copyToStandardOutput(encoded.path());
+            return;
+        }
+        FileRemover temporary(createSibling(path));
+        encode(path, temporary.path(), chosen, spec, samples);
+        if (std::rename(temporary.path().c_str(), path.c_str()) != 0) {
+            writeFailure(path, systemMessage(errno, "cannot replace the file"));
+        }
+        temporary.release();
     } catch (const std::bad_alloc &) {
         writeFailure(path, "not enough memory");
     }
 }
+
+void writePicture(const std::string &path, const LoadedImage &picture, const std::string &format)
+{
+    std::optional<ImageView<const double>> alpha;
+    if (picture.alpha) {
+        alpha = picture.alpha->view();
+    }
+    writePicture(path, picture.pixels.view(), alpha, picture.bitDepth, format);
+}
+
+void writeImage(const std::string &path, ImageView<const double> image, const std::string &format)
+{
+    writePicture(path, image, std::nullopt, 8, format);
+}
+
+std::string outputPathFor(const std::string &input, const std::string &outDir, const std::string &suffix,
+                          const std::string &extension)
+{
+    const bool standardInput = input == "-";
+    const fs::path in(input);
+    std::string stem = standardInput ? std::string("stdin") : in.stem().string();
+    std::string ending = extension;
+    if (ending.empty()) {
+        ending = standardInput || in.extension().empty() ? std::string(".png") : in.extension().string();
+    }
+    const fs::path folder = !outDir.empty() ? fs::path(outDir) : standardInput ? fs::path() : in.parent_path();
+    const std::string output = (folder / (stem + suffix + ending)).string();
+    std::error_code error;
+    if (!standardInput && fs::equivalent(fs::path(output), in, error)) {
+        throw ToolError("the output for '" + input + "' would be '" + output + "', the input itself");
+    }
+    return output;
+}
+
+std::vector<std::string> outputPathsFor(const std::vector<std::string> &inputs, const std::string &outDir,
+                                        const std::string &suffix, const std::string &extension)
+{
+    std::vector<std::string> outputs;
+    std::map<std::string, size_t> firstInput; // by the output's normal form
+    for (size_t k = 0; k < inputs.size(); ++k) {
+        outputs.push_back(outputPathFor(inputs[k], outDir, suffix, extension));
+        const auto [at, isNew] = firstInput.emplace(fs::path(outputs.back()).lexically_normal().string(), k);
+        if (!isNew) {
+            throw ToolError("'" + inputs[at->second] + "' and '" + inputs[k] + "' would both be written to '" +
+                            outputs.back() + "'");
+        }
+    }
+    return outputs;
+}
+
+std::FILE *reportStreamFor(const std::string &outputPath) { return outputPath == "-" ? stderr : stdout; }
 
 } // namespace ornex::tool

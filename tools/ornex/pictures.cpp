@@ -7,13 +7,16 @@ namespace ornex::tool {
 Picture toGrey(ImageView<const double> picture)
 {
     Picture grey(picture.rows, picture.cols, 1);
+    if (picture.planes < 3) {
+        std::copy(picture.data, picture.data + picture.planeSize(), grey.data());
+        return grey;
+    }
+    // 0.299 R + 0.587 G + 0.114 B, written around green so that R = G = B
+    // gives that value exactly.
     for (int32_t c = 0; c < picture.cols; ++c) {
         for (int32_t r = 0; r < picture.rows; ++r) {
-            double sum = 0;
-            for (int32_t p = 0; p < picture.planes; ++p) {
-                sum += picture(r, c, p);
-            }
-            grey(r, c) = sum / picture.planes;
+            const double green = picture(r, c, 1);
+            grey(r, c) = green + 0.299 * (picture(r, c, 0) - green) + 0.114 * (picture(r, c, 2) - green);
         }
     }
     return grey;

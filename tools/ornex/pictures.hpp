@@ -12,6 +12,8 @@ namespace ornex::tool {
 // (red, green, blue).
 using Picture = Image<double>;
 
+// Luma of sRGB values, 0.299 R + 0.587 G + 0.114 B (as OpenCV and
+// ImageMagick do); a grey picture is copied.
 Picture toGrey(ImageView<const double> picture);
 Picture toColour(ImageView<const double> picture);
 RgbView<double> colourPlanes(Picture &colour);
