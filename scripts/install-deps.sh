@@ -9,7 +9,7 @@ packages=(
   googletest libgtest-dev libbenchmark-dev
   gcc-multilib g++-multilib
   g++-mingw-w64-i686-win32
-  libpng-dev libfreetype-dev fonts-dejavu-core
+  libpng-dev libfreetype-dev libfontconfig-dev fonts-dejavu-core
   python3-dev python3-numpy python3-pybind11 pybind11-dev python3-pytest
   python3-setuptools python3-pip python3-venv
   "$@"
