@@ -181,7 +181,8 @@ TEST_F(CommandLine, OpacityBlendsOverTheBackground)
     ASSERT_EQ(ornex("draw o.ppm 'polygon:2,2,2,7,7,7,7,2@#ff0000/0.25' 'line:10,0,10,23@1,0,0/0.25' 'aadisc:17,17,5@#FF0000/0.25' "
                     "'circle:17,5,4@#ff0000/0.25' 'text:23,36@#ff0000/0.25,|' --font-size 24 --input bg.ppm").code, 0);
     const Image<double> o = readImage("o.ppm");
-    const Glyph bar = Font(24).glyph(U'|');
+    const Font font(24);
+    const Glyph bar = font.glyph(U'|');
     const int barRow = 23 - bar.yOffset + bar.height / 2, barCol = 36 + bar.xOffset + bar.width / 2; // the middle of the bar's stem
     ASSERT_EQ(bar.bitmap[size_t(bar.height / 2 * bar.width + bar.width / 2)], 255);
     for (const auto &[r, c] : {std::pair{4, 4}, {10, 12}, {17, 17}, {13, 5}, {barRow, barCol}})
