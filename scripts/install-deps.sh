@@ -11,7 +11,7 @@ set -euo pipefail
 base=(
   cmake g++ make pkg-config binutils
   googletest libgtest-dev libbenchmark-dev
-  libopenimageio-dev libfreetype-dev fonts-dejavu-core
+  libopenimageio-dev libfreetype-dev libfontconfig-dev fonts-dejavu-core
 )
 m32=(gcc-multilib g++-multilib)
 windows=(g++-mingw-w64-i686-win32)

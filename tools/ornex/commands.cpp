@@ -8,28 +8,45 @@
 
 #include "analysis.hpp"
 #include "arguments.hpp"
+#include "file_jobs.hpp"
 #include "image_io.hpp"
 #include "pictures.hpp"
+#include "progress.hpp"
 #include "tool_error.hpp"
 
 namespace ornex::tool {
 namespace {
 
-// Parses a command's words; prints its usage and returns nothing for --help.
+// Parses a command's words, adding the options every command has; prints
+// the usage and returns nothing for --help. `positionalCount` file names
+// are expected unless it is zero.
 std::optional<Arguments> parse(const std::vector<std::string> &words, const std::string &synopsis,
                                const std::string &description, std::vector<Option> options,
                                size_t positionalCount)
 {
+    options.push_back({"quiet", false, "no progress lines on stderr for long work"});
     options.push_back({"help", false, "show this text"});
     Arguments arguments(words, options);
     if (arguments.has("help")) {
         std::fputs(usage(synopsis, description, options).c_str(), stdout);
         return std::nullopt;
     }
-    if (arguments.positional().size() != positionalCount) {
-        throw ToolError("expects " + std::to_string(positionalCount) + " file names; usage: " + synopsis);
+    if (arguments.has("quiet")) {
+        silenceProgress();
+    }
+    if (positionalCount > 0 && arguments.positional().size() != positionalCount) {
+        throw UsageError("expects " + std::to_string(positionalCount) + " file names; usage: " + synopsis);
     }
     return arguments;
+}
+
+// The same for a command on single images: INPUT OUTPUT, or INPUT... with
+// --out-dir.
+std::optional<Arguments> parseFiles(const std::vector<std::string> &words, const std::string &synopsis,
+                                    const std::string &description, std::vector<Option> options)
+{
+    options.push_back(outDirOption);
+    return parse(words, synopsis, description, options, 0);
 }
 
 Interpolation interpolationOption(const Arguments &arguments)
@@ -44,7 +61,7 @@ Interpolation interpolationOption(const Arguments &arguments)
     if (name == "bicubic") {
         return Interpolation::bicubic;
     }
-    throw ToolError("--interpolation: expects nearest, bilinear or bicubic, got '" + name + "'");
+    throw UsageError("--interpolation: expects nearest, bilinear or bicubic, got '" + name + "'");
 }
 
 // A whole number within [low, high], for options that size things.
@@ -52,7 +69,7 @@ int32_t countOption(const Arguments &arguments, const std::string &name, int32_t
 {
     const int32_t value = arguments.integer(name, fallback);
     if (value < low || value > high) {
-        throw ToolError("--" + name + ": expects a whole number from " + std::to_string(low) + " to " +
+        throw UsageError("--" + name + ": expects a whole number from " + std::to_string(low) + " to " +
                         std::to_string(high));
     }
     return value;
@@ -60,12 +77,40 @@ int32_t countOption(const Arguments &arguments, const std::string &name, int32_t
 
 CannyOptions cannyOptions(const Arguments &arguments)
 {
+    arguments.refuseTogether("auto", {"low", "high"});
     CannyOptions options;
     options.sigma = arguments.number("sigma", 1.5);
+    if (options.sigma <= 0) {
+        throw UsageError("--sigma: must be positive");
+    }
     if (arguments.has("auto")) {
         options.nonEdgePercent = arguments.number("auto", 70);
-    } else {
-        options.thresholds = CannyThresholds{arguments.number("low", 0.08), arguments.number("high", 0.2)};
+        if (options.nonEdgePercent < 0 || options.nonEdgePercent > 100) {
+            throw UsageError("--auto: expects a percentage from 0 to 100");
+        }
+        return options;
+    }
+    const double low = arguments.number("low", 0.08), high = arguments.number("high", 0.2);
+    if (low < 0 || low > 1 || high < 0 || high > 1) {
+        throw UsageError((low < 0 || low > 1 ? "--low" : "--high") + std::string(": expects a value from 0 to 1"));
+    }
+    if (low > high) {
+        throw UsageError("--low: must not exceed --high (" + arguments.text("high", "0.2") + ")");
+    }
+    options.thresholds = CannyThresholds{low, high};
+    return options;
+}
+
+// The Hough options of --theta-step, refused before any file is read: the
+// transform of a one-pixel image checks them as it would on any image.
+HoughOptions houghOptions(const Arguments &arguments)
+{
+    HoughOptions options;
+    options.thetaResolution = arguments.number("theta-step", 1.0);
+    try {
+        ornex::hough<double>(Image<uint8_t>(1, 1).view(), options);
+    } catch (const std::invalid_argument &refusal) {
+        rethrowRefusal(refusal);
     }
     return options;
 }
@@ -87,55 +132,68 @@ std::vector<Option> with(std::vector<Option> options, const std::vector<Option> 
 
 int runEdges(const std::vector<std::string> &words)
 {
-    const auto arguments = parse(words, "ornex edges INPUT OUTPUT [options]",
-                                 "Canny edges of an image (colour images are turned to grey by luma), white on black.",
-                                 cannyOptionList, 2);
+    const std::string synopsis = "ornex edges INPUT OUTPUT [options]  |  ornex edges INPUT... --out-dir DIR [options]";
+    const auto arguments = parseFiles(words, synopsis,
+                                      "Canny edges of an image (colour images are turned to grey by luma), white on black;\n"
+                                      "prints the number of edge pixels.",
+                                      cannyOptionList);
     if (!arguments) {
         return 0;
     }
-    const LoadedImage input = readPicture(arguments->positional()[0]);
-    const Picture grey = toGrey(input.pixels.view());
-    const auto edges = canny(grey.view(), cannyOptions(*arguments));
-    const std::string &output = arguments->positional()[1];
-    writePicture(output, edgePicture(edges.edges).view(), std::nullopt, input.bitDepth);
-    std::fprintf(reportStreamFor(output), "%td edge pixels\n",
-                 std::count(edges.edges.values().begin(), edges.edges.values().end(), 1));
-    return 0;
+    const CannyOptions options = cannyOptions(*arguments);
+    return runJobs("edges", fileJobs(*arguments, synopsis), [&](const FileJob &job) {
+        job.stage("reading " + job.input);
+        const LoadedImage input = readPicture(job.input);
+        const Picture grey = toGrey(input.pixels.view());
+        job.stage("Canny edges of " + job.input);
+        const auto edges = canny(grey.view(), options);
+        job.stage("writing " + job.output);
+        writePicture(job.output, edgePicture(edges.edges).view(), std::nullopt, input.bitDepth);
+        std::fprintf(job.report(), "%s%td edge pixels\n", job.count > 1 ? (job.input + ": ").c_str() : "",
+                     std::count(edges.edges.values().begin(), edges.edges.values().end(), 1));
+    });
 }
 
 int runLines(const std::vector<std::string> &words)
 {
+    const std::string synopsis = "ornex lines INPUT OUTPUT [options]  |  ornex lines INPUT... --out-dir DIR [options]";
     const auto arguments =
-        parse(words, "ornex lines INPUT OUTPUT [options]",
-              "Finds the strongest straight lines (Canny edges, then the Hough transform) and draws them in red\n"
-              "over the image; prints theta (degrees), rho and the end points of each.",
-              with(cannyOptionList, {{"count", true, "how many lines (default 5)"},
-                                {"theta-step", true, "angle resolution in degrees, dividing 90 (default 1)"}}),
-              2);
+        parseFiles(words, synopsis,
+                   "Finds the strongest straight lines (Canny edges, then the Hough transform) and draws them in red\n"
+                   "over the image; prints theta (degrees), rho and the end points of each.",
+                   with(cannyOptionList, {{"count", true, "how many lines (default 5)"},
+                                          {"theta-step", true, "angle resolution in degrees, dividing 90 (default 1)"}}));
     if (!arguments) {
         return 0;
     }
-    const LoadedImage input = readPicture(arguments->positional()[0]);
-    const Picture &image = input.pixels;
-    const std::string &output = arguments->positional()[1];
     const int32_t count = countOption(*arguments, "count", 5, 1, 1000);
-    HoughOptions houghOptions;
-    houghOptions.thetaResolution = arguments->number("theta-step", 1.0);
-    const Picture grey = toGrey(image.view());
-    const auto edges = canny(grey.view(), cannyOptions(*arguments));
-    const auto hough = ornex::hough<double>(edges.edges.view(), houghOptions);
-    Picture drawn = toColour(image.view());
-    for (const HoughPeak &peak : strongestLines(hough, size_t(count))) {
-        const auto ends = houghLines<double>({peak.theta}, {peak.rho}, image.rows(), image.cols())[0];
-        std::fprintf(reportStreamFor(output), "theta %7.2f  rho %8.2f  votes %6.0f  from (%d, %d) to (%d, %d)\n",
-                     peak.theta * 180 / std::numbers::pi, peak.rho, peak.votes, ends.first.row, ends.first.col,
-                     ends.second.row, ends.second.col);
-        if (ends.first.row >= 0) {
-            drawAntialiasedLine(colourPlanes(drawn), ends.first, ends.second, {1.0, 0.15, 0.15});
+    const HoughOptions lineOptions = houghOptions(*arguments);
+    const CannyOptions options = cannyOptions(*arguments);
+    return runJobs("lines", fileJobs(*arguments, synopsis), [&](const FileJob &job) {
+        job.stage("reading " + job.input);
+        const LoadedImage input = readPicture(job.input);
+        const Picture &image = input.pixels;
+        const Picture grey = toGrey(image.view());
+        job.stage("Canny edges of " + job.input);
+        const auto edges = canny(grey.view(), options);
+        job.stage("Hough transform of " + job.input);
+        const auto hough = ornex::hough<double>(edges.edges.view(), lineOptions);
+        Picture drawn = toColour(image.view());
+        if (job.count > 1) {
+            std::fprintf(job.report(), "%s:\n", job.input.c_str());
         }
-    }
-    writePicture(output, {std::move(drawn), input.alpha, input.bitDepth}); // the input's alpha as it was
-    return 0;
+        for (const HoughPeak &peak : strongestLines(hough, size_t(count))) {
+            const auto ends = houghLines<double>({peak.theta}, {peak.rho}, image.rows(), image.cols())[0];
+            std::fprintf(job.report(), "theta %7.2f  rho %8.2f  votes %6.0f  from (%d, %d) to (%d, %d)\n",
+                         peak.theta * 180 / std::numbers::pi, peak.rho, peak.votes, ends.first.row, ends.first.col,
+                         ends.second.row, ends.second.col);
+            if (ends.first.row >= 0) {
+                drawAntialiasedLine(colourPlanes(drawn), ends.first, ends.second, {1.0, 0.15, 0.15});
+            }
+        }
+        job.stage("writing " + job.output);
+        writePicture(job.output, {std::move(drawn), input.alpha, input.bitDepth}); // the input's alpha as it was
+    });
 }
 
 int runMotion(const std::vector<std::string> &words)
@@ -159,10 +217,10 @@ int runMotion(const std::vector<std::string> &words)
     options.maxDisplacement = {range, range};
     const std::string search = arguments->text("search", "full"), cost = arguments->text("cost", "mad");
     if (search != "full" && search != "three-step") {
-        throw ToolError("--search: expects full or three-step, got '" + search + "'");
+        throw UsageError("--search: expects full or three-step, got '" + search + "'");
     }
     if (cost != "mad" && cost != "mse") {
-        throw ToolError("--cost: expects mad or mse, got '" + cost + "'");
+        throw UsageError("--cost: expects mad or mse, got '" + cost + "'");
     }
     options.search = search == "full" ? BlockSearch::full : BlockSearch::threeStep;
     options.cost = cost == "mad" ? BlockCost::absoluteDifference : BlockCost::squaredDifference;
@@ -204,7 +262,7 @@ int runFlow(const std::vector<std::string> &words)
     }
     const std::string method = arguments->text("method", "hs");
     if (method != "hs" && method != "lk") {
-        throw ToolError("--method: expects hs or lk, got '" + method + "'");
+        throw UsageError("--method: expects hs or lk, got '" + method + "'");
     }
     HornSchunckOptions hsOptions;
     hsOptions.maxIterations = countOption(*arguments, "iterations", 100, 1, 100000);
@@ -223,8 +281,10 @@ int runFlow(const std::vector<std::string> &words)
 
 int runWarp(const std::vector<std::string> &words)
 {
-    const auto arguments = parse(
-        words, "ornex warp INPUT OUTPUT --to R0,C0,R1,C1,R2,C2,R3,C3 [options]",
+    const std::string synopsis = "ornex warp INPUT OUTPUT --to R0,C0,R1,C1,R2,C2,R3,C3 [options]  |  "
+                                 "ornex warp INPUT... --out-dir DIR --to ... [options]";
+    const auto arguments = parseFiles(
+        words, synopsis,
         "Warps the whole image so that its corners (top-left, top-right, bottom-right, bottom-left) land on\n"
         "the four given (row, column) points of the output.",
         {{"to", true, "the four output corners, 8 numbers"},
@@ -232,13 +292,12 @@ int runWarp(const std::vector<std::string> &words)
          {"interpolation", true, "nearest, bilinear or bicubic (default bilinear)"},
          {"approximate", false, "quadratic positions along each span instead of exact division"},
          {"subdivisions", true, "cells per side minus one (default 4)"},
-         {"background", true, "value for uncovered pixels, 0..1 (default 0)"}},
-        2);
+         {"background", true, "value for uncovered pixels, 0..1 (default 0)"}});
     if (!arguments) {
         return 0;
     }
     if (!arguments->has("to")) {
-        throw ToolError("--to: the four output corners are required");
+        throw UsageError("--to: the four output corners are required");
     }
     const std::vector<double> corners = arguments->numbers("to", 8);
     Quad to;
@@ -250,59 +309,71 @@ int runWarp(const std::vector<std::string> &words)
     options.exact = !arguments->has("approximate");
     options.subdivisions = countOption(*arguments, "subdivisions", 4, 0, 1000);
     options.background = {arguments->number("background", 0.0)};
-    const LoadedImage input = readPicture(arguments->positional()[0]);
-    const Picture &image = input.pixels;
-    int32_t rows = image.rows(), cols = image.cols();
+    std::optional<std::vector<double>> size;
     if (arguments->has("size")) {
-        const std::vector<double> size = arguments->numbers("size", 2);
-        if (size[0] < 1 || size[1] < 1 || size[0] > 30000 || size[1] > 30000) {
-            throw ToolError("--size: expects ROWS,COLS from 1 to 30000");
+        size = arguments->numbers("size", 2);
+        if ((*size)[0] < 1 || (*size)[1] < 1 || (*size)[0] > 30000 || (*size)[1] > 30000) {
+            throw UsageError("--size: expects ROWS,COLS from 1 to 30000");
         }
-        rows = int32_t(size[0]), cols = int32_t(size[1]);
     }
-    const auto transform = homography<double>(Rect{0, 0, image.rows(), image.cols()}, to, image.rows(), image.cols());
-    LoadedImage warped{warp<double>(image.view(), rows, cols, transform, options), std::nullopt, input.bitDepth};
-    if (input.alpha) { // warped as one more plane, transparent where nothing lands
-        options.background = {0.0};
-        warped.alpha = warp<double>(input.alpha->view(), rows, cols, transform, options);
-    }
-    writePicture(arguments->positional()[1], warped);
-    return 0;
+    return runJobs("warp", fileJobs(*arguments, synopsis), [&](const FileJob &job) {
+        job.stage("reading " + job.input);
+        const LoadedImage input = readPicture(job.input);
+        const Picture &image = input.pixels;
+        const int32_t rows = size ? int32_t((*size)[0]) : image.rows(), cols = size ? int32_t((*size)[1]) : image.cols();
+        const auto transform =
+            homography<double>(Rect{0, 0, image.rows(), image.cols()}, to, image.rows(), image.cols());
+        job.stage("warping " + job.input);
+        LoadedImage warped{warp<double>(image.view(), rows, cols, transform, options), std::nullopt, input.bitDepth};
+        if (input.alpha) { // warped as one more plane, transparent where nothing lands
+            WarpOptions alphaOptions = options;
+            alphaOptions.background = {0.0};
+            warped.alpha = warp<double>(input.alpha->view(), rows, cols, transform, alphaOptions);
+        }
+        job.stage("writing " + job.output);
+        writePicture(job.output, warped);
+    });
 }
 
 int runShear(const std::vector<std::string> &words)
 {
+    const std::string synopsis =
+        "ornex shear INPUT OUTPUT --amount A [options]  |  ornex shear INPUT... --out-dir DIR --amount A [options]";
     const auto arguments =
-        parse(words, "ornex shear INPUT OUTPUT --amount A [options]",
-              "Shears the image: row r moves right by A*r (or, with --vertical, column c moves down by A*c);\n"
-              "the output grows to hold every moved pixel.",
-              {{"amount", true, "pixels of movement per row or column, -10..10"},
-               {"vertical", false, "move columns down instead of rows right"},
-               {"interpolation", true, "nearest, bilinear or bicubic (default bilinear)"},
-               {"background", true, "value for uncovered pixels, 0..1 (default 0)"}},
-              2);
+        parseFiles(words, synopsis,
+                   "Shears the image: row r moves right by A*r (or, with --vertical, column c moves down by A*c);\n"
+                   "the output grows to hold every moved pixel.",
+                   {{"amount", true, "pixels of movement per row or column, -10..10"},
+                    {"vertical", false, "move columns down instead of rows right"},
+                    {"interpolation", true, "nearest, bilinear or bicubic (default bilinear)"},
+                    {"background", true, "value for uncovered pixels, 0..1 (default 0)"}});
     if (!arguments) {
         return 0;
     }
     if (!arguments->has("amount")) {
-        throw ToolError("--amount: required");
+        throw UsageError("--amount: required");
     }
     const double amount = arguments->number("amount", 0);
     if (std::fabs(amount) > 10) {
-        throw ToolError("--amount: expects a value from -10 to 10");
+        throw UsageError("--amount: expects a value from -10 to 10");
     }
     ShearOptions options;
     options.interpolation = interpolationOption(*arguments);
     options.background = {arguments->number("background", 0.0)};
-    const LoadedImage input = readPicture(arguments->positional()[0]);
     const auto direction = arguments->has("vertical") ? ShearDirection::vertical : ShearDirection::horizontal;
-    LoadedImage sheared{shear(input.pixels.view(), direction, amount, options), std::nullopt, input.bitDepth};
-    if (input.alpha) { // sheared as one more plane, transparent where nothing lands
-        options.background = {0.0};
-        sheared.alpha = shear(input.alpha->view(), direction, amount, options);
-    }
-    writePicture(arguments->positional()[1], sheared);
-    return 0;
+    return runJobs("shear", fileJobs(*arguments, synopsis), [&](const FileJob &job) {
+        job.stage("reading " + job.input);
+        const LoadedImage input = readPicture(job.input);
+        job.stage("shearing " + job.input);
+        LoadedImage sheared{shear(input.pixels.view(), direction, amount, options), std::nullopt, input.bitDepth};
+        if (input.alpha) { // sheared as one more plane, transparent where nothing lands
+            ShearOptions alphaOptions = options;
+            alphaOptions.background = {0.0};
+            sheared.alpha = shear(input.alpha->view(), direction, amount, alphaOptions);
+        }
+        job.stage("writing " + job.output);
+        writePicture(job.output, sheared);
+    });
 }
 
 } // namespace ornex::tool

@@ -1,63 +1,20 @@
 #include "commands.hpp"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <optional>
 
 #include "arguments.hpp"
+#include "draw_items.hpp"
+#include "file_jobs.hpp"
 #include "image_io.hpp"
 #include "pictures.hpp"
+#include "progress.hpp"
 #include "tool_error.hpp"
 
 namespace ornex::tool {
 namespace {
-
-// One drawing item: KIND:NUMBERS[@R,G,B], text items KIND:ROW,COL,WORDS.
-struct Item {
-    std::string kind;
-    std::vector<double> numbers;
-    std::string text;
-    std::array<double, 3> colour{1.0, 1.0, 1.0};
-};
-
-Item parseItem(const std::string &word)
-{
-    const size_t colon = word.find(':');
-    if (colon == std::string::npos) {
-        throw ToolError("item '" + word + "': expects KIND:NUMBERS, for example line:10,10,50,80");
-    }
-    Item item;
-    item.kind = word.substr(0, colon);
-    std::string rest = word.substr(colon + 1);
-    const size_t at = rest.rfind('@');
-    if (at != std::string::npos && item.kind != "text") {
-        const std::vector<double> colour = parseNumbers(rest.substr(at + 1), "item '" + word + "' colour");
-        if (colour.size() != 3) {
-            throw ToolError("item '" + word + "': a colour is three numbers R,G,B from 0 to 1");
-        }
-        item.colour = {colour[0], colour[1], colour[2]};
-        rest = rest.substr(0, at);
-    }
-    if (item.kind == "text") {
-        const size_t first = rest.find(','), second = first == std::string::npos ? first : rest.find(',', first + 1);
-        if (second == std::string::npos) {
-            throw ToolError("item '" + word + "': expects text:ROW,COL,WORDS");
-        }
-        item.numbers = parseNumbers(rest.substr(0, second), "item '" + word + "'");
-        item.text = rest.substr(second + 1);
-        return item;
-    }
-    item.numbers = parseNumbers(rest, "item '" + word + "'");
-    const size_t count = item.numbers.size();
-    const bool line = item.kind == "line" || item.kind == "aaline";
-    const bool circle = item.kind == "circle" || item.kind == "aacircle" || item.kind == "aadisc";
-    const bool polygon = item.kind == "polygon" || item.kind == "aapolygon";
-    if ((line && count != 4) || (circle && count != 3) || (polygon && (count < 6 || count % 2 != 0)) ||
-        (!line && !circle && !polygon)) {
-        throw ToolError("item '" + word + "': expects line:R1,C1,R2,C2, aaline:..., circle:R,C,RADIUS, "
-                        "aacircle:..., aadisc:..., polygon:R,C,R,C,R,C[,...], aapolygon:... or text:ROW,COL,WORDS");
-    }
-    return item;
-}
 
 Point at(const std::vector<double> &numbers, size_t k)
 {
@@ -73,76 +30,160 @@ std::vector<Point> vertices(const std::vector<double> &numbers)
     return points;
 }
 
+// Draws an item at its opacity: drawn whole on a copy of the canvas, which
+// is then blended over it, new = drawn * opacity + old * (1 - opacity). The
+// kernels' own opacity is not used: where a shape's spans overlap (the
+// middle rows of an anti-aliased disc) they would blend twice.
+template <class Draw>
+void drawBlended(Picture &canvas, double opacity, const Draw &draw)
+{
+    if (opacity == 1.0) {
+        draw(colourPlanes(canvas));
+        return;
+    }
+    Picture layer = canvas;
+    draw(colourPlanes(layer));
+    for (size_t k = 0; k < canvas.values().size(); ++k) {
+        canvas.values()[k] = layer.values()[k] * opacity + canvas.values()[k] * (1.0 - opacity);
+    }
+}
+
+// Sets text one character at a time, each glyph found by its code point,
+// every glyph rendered before the first is drawn.
+void drawCodePoints(RgbView<double> planes, const DrawItem &item, const Font &font)
+{
+    std::vector<Glyph> glyphs;
+    for (const char32_t code : item.text) {
+        glyphs.push_back(font.glyph(code));
+    }
+    Point pen = at(item.numbers, 0);
+    for (const Glyph &glyph : glyphs) {
+        // drawText asks its source for the glyph of each byte of the text; the
+        // source here gives this one glyph whatever the byte.
+        pen = drawText(planes, "?", pen, [&glyph](char) { return glyph; }, item.colour);
+    }
+}
+
+void drawItem(RgbView<double> planes, const DrawItem &item, const std::optional<Font> &font)
+{
+    const auto &n = item.numbers;
+    if (item.kind == "line") {
+        drawLine(planes, at(n, 0), at(n, 2), item.colour);
+    } else if (item.kind == "aaline") {
+        drawAntialiasedLine(planes, at(n, 0), at(n, 2), item.colour);
+    } else if (item.kind == "circle") {
+        drawCircle(planes, at(n, 0), int32_t(std::lround(n[2])), item.colour);
+    } else if (item.kind == "aacircle") {
+        drawAntialiasedCircle(planes, at(n, 0), int32_t(std::lround(n[2])), item.colour);
+    } else if (item.kind == "aadisc") {
+        fillAntialiasedCircle(planes, at(n, 0), int32_t(std::lround(n[2])), item.colour);
+    } else if (item.kind == "polygon") {
+        fillPolygon(planes, vertices(n), item.colour);
+    } else if (item.kind == "aapolygon") {
+        fillAntialiasedPolygon(planes, vertices(n), item.colour);
+    } else {
+        drawCodePoints(planes, item, *font);
+    }
+}
+
+// The font of the text items, if there are any.
+std::optional<Font> fontFor(const std::vector<DrawItem> &items, const Arguments &arguments)
+{
+    const double fontSize = arguments.number("font-size", 24);
+    if (fontSize < 4 || fontSize > 400) {
+        throw UsageError("--font-size: expects a value from 4 to 400");
+    }
+    if (std::ranges::none_of(items, [](const DrawItem &item) { return item.kind == "text"; })) {
+        return std::nullopt;
+    }
+    try {
+        return Font(static_cast<int>(fontSize), Font::find(arguments.text("font", "DejaVu Sans")));
+    } catch (const ToolError &failure) {
+        throw ToolError((arguments.has("font") ? "--font: " : "") + std::string(failure.what()));
+    }
+}
+
+// OUTPUT over the --input or a blank canvas, or each --input into --out-dir.
+std::vector<FileJob> drawJobs(const Arguments &arguments, const std::string &synopsis)
+{
+    const std::vector<std::string> inputs = arguments.all("input");
+    if (arguments.has("out-dir")) {
+        if (inputs.empty()) {
+            throw UsageError("--out-dir: needs each image to draw over as --input IN; usage: " + synopsis);
+        }
+        return fileJobs(inputs, arguments.text("out-dir", ""), synopsis);
+    }
+    if (inputs.size() > 1) {
+        throw UsageError("--input: several inputs need --out-dir DIR for their outputs; usage: " + synopsis);
+    }
+    return {{inputs.empty() ? "" : inputs[0], arguments.positional()[0], 0, 1, ""}};
+}
+
 } // namespace
 
 int runDraw(const std::vector<std::string> &words)
 {
     const std::vector<Option> options = {
-        {"input", true, "draw over this image (default: a black canvas)"},
+        {"input", true, "draw over this image (default: a black canvas); with --out-dir, over each", true},
+        outDirOption,
         {"size", true, "canvas ROWS,COLS when there is no input (default 240,320)"},
+        {"font", true, "font family, fontconfig pattern or font file for text (default DejaVu Sans)"},
         {"font-size", true, "text height in pixels (default 24)"},
+        {"quiet", false, "no progress lines on stderr for long work"},
         {"help", false, "show this text"}};
     const Arguments arguments(words, options);
-    const std::string synopsis = "ornex draw OUTPUT ITEM... [options]";
+    const std::string synopsis =
+        "ornex draw OUTPUT ITEM... [--input IN | --size R,C] [options]  |  ornex draw ITEM... --out-dir DIR --input IN...";
     if (arguments.has("help")) {
-        std::fputs(usage(synopsis,
-                         "Draws items in order, each KIND:NUMBERS with an optional @R,G,B colour (0..1, default\n"
-                         "white): line:R1,C1,R2,C2  aaline:R1,C1,R2,C2  circle:R,C,RADIUS  aacircle:R,C,RADIUS\n"
-                         "aadisc:R,C,RADIUS (filled)  polygon:R,C,R,C,R,C[,...] (filled)  aapolygon:R,C,R,C,R,C[,...]\n"
-                         "(filled)  text:ROW,COL,WORDS (baseline row, white, DejaVu Sans). aa items are anti-aliased.",
-                         options)
-                       .c_str(),
-                   stdout);
+        std::fputs(usage(synopsis, drawItemHelp, options).c_str(), stdout);
         return 0;
     }
-    if (arguments.positional().size() < 2) {
-        throw ToolError("expects an output file and at least one item; usage: " + synopsis);
+    if (arguments.has("quiet")) {
+        silenceProgress();
     }
-    std::vector<Item> items;
-    for (size_t k = 1; k < arguments.positional().size(); ++k) {
-        items.push_back(parseItem(arguments.positional()[k]));
+    arguments.refuseTogether("size", {"input"});
+    const bool inFolder = arguments.has("out-dir");
+    const std::vector<std::string> &positional = arguments.positional();
+    if (positional.size() < (inFolder ? 1u : 2u)) {
+        throw UsageError(inFolder ? "expects at least one item; usage: " + synopsis
+                                  : "expects an output file and at least one item; usage: " + synopsis);
     }
-    Picture canvas;
-    LoadedImage input; // no alpha and 8 bits unless an input says otherwise
-    if (arguments.has("input")) {
-        input = readPicture(arguments.text("input", ""));
-        canvas = toColour(input.pixels.view());
-    } else {
-        const std::vector<double> size = arguments.has("size") ? arguments.numbers("size", 2) : std::vector<double>{240, 320};
+    const std::vector<std::string> itemWords(positional.begin() + (inFolder ? 0 : 1), positional.end());
+    std::vector<DrawItem> items;
+    for (const std::string &word : itemWords) {
+        items.push_back(parseItem(word));
+    }
+    std::vector<double> size{240, 320};
+    if (arguments.has("size")) {
+        size = arguments.numbers("size", 2);
         if (size[0] < 1 || size[1] < 1 || size[0] > 30000 || size[1] > 30000) {
-            throw ToolError("--size: expects ROWS,COLS from 1 to 30000");
+            throw UsageError("--size: expects ROWS,COLS from 1 to 30000");
         }
-        canvas = Picture(int32_t(size[0]), int32_t(size[1]), 3);
     }
-    const double fontSize = arguments.number("font-size", 24);
-    if (fontSize < 4 || fontSize > 400) {
-        throw ToolError("--font-size: expects a value from 4 to 400");
-    }
-    const Font font{static_cast<int>(fontSize)};
-    RgbView<double> planes = colourPlanes(canvas);
-    for (const Item &item : items) {
-        const auto &n = item.numbers;
-        if (item.kind == "line") {
-            drawLine(planes, at(n, 0), at(n, 2), item.colour);
-        } else if (item.kind == "aaline") {
-            drawAntialiasedLine(planes, at(n, 0), at(n, 2), item.colour);
-        } else if (item.kind == "circle") {
-            drawCircle(planes, at(n, 0), int32_t(std::lround(n[2])), item.colour);
-        } else if (item.kind == "aacircle") {
-            drawAntialiasedCircle(planes, at(n, 0), int32_t(std::lround(n[2])), item.colour);
-        } else if (item.kind == "aadisc") {
-            fillAntialiasedCircle(planes, at(n, 0), int32_t(std::lround(n[2])), item.colour);
-        } else if (item.kind == "polygon") {
-            fillPolygon(planes, vertices(n), item.colour);
-        } else if (item.kind == "aapolygon") {
-            fillAntialiasedPolygon(planes, vertices(n), item.colour);
+    const std::vector<FileJob> jobs = drawJobs(arguments, synopsis);
+    const std::optional<Font> font = fontFor(items, arguments);
+    return runJobs("draw", jobs, [&](const FileJob &job) {
+        job.stage(job.input.empty() ? "drawing" : "reading " + job.input);
+        LoadedImage picture; // no alpha and 8 bits unless an input says otherwise
+        Picture canvas;
+        if (job.input.empty()) {
+            canvas = Picture(int32_t(size[0]), int32_t(size[1]), 3);
         } else {
-            drawText(planes, item.text, at(n, 0), font, item.colour);
+            picture = readPicture(job.input);
+            canvas = toColour(picture.pixels.view());
         }
-    }
-    input.pixels = std::move(canvas); // drawn over; the input's alpha as it was
-    writePicture(arguments.positional()[0], input);
-    return 0;
+        job.stage("drawing");
+        for (size_t k = 0; k < items.size(); ++k) {
+            try {
+                drawBlended(canvas, items[k].opacity, [&](RgbView<double> on) { drawItem(on, items[k], font); });
+            } catch (const std::invalid_argument &refusal) {
+                throw UsageError("item '" + itemWords[k] + "': " + refusal.what());
+            }
+        }
+        job.stage("writing " + job.output);
+        picture.pixels = std::move(canvas); // drawn over; the input's alpha as it was
+        writePicture(job.output, picture);
+    });
 }
 
 } // namespace ornex::tool

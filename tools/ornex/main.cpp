@@ -1,12 +1,18 @@
+#include <unistd.h>
+
 #include <cstdio>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "commands.hpp"
+#include "ornex_rt.h"
+#include "progress.hpp"
 #include "tool_error.hpp"
 
 namespace {
+
+using namespace ornex::tool;
 
 struct Command {
     const char *name;
@@ -15,49 +21,72 @@ struct Command {
 };
 
 const Command commands[] = {
-    {"demo", ornex::tool::runDemo, "run every family on a built-in scene and write a contact sheet"},
-    {"edges", ornex::tool::runEdges, "Canny edges of an image"},
-    {"lines", ornex::tool::runLines, "the strongest straight lines (Hough), drawn over the image"},
-    {"motion", ornex::tool::runMotion, "block-matching motion between two frames"},
-    {"flow", ornex::tool::runFlow, "dense optical flow between two frames"},
-    {"warp", ornex::tool::runWarp, "projective warp of an image onto four corners"},
-    {"shear", ornex::tool::runShear, "shear an image horizontally or vertically"},
-    {"draw", ornex::tool::runDraw, "draw lines, circles, polygons and text"},
+    {"demo", runDemo, "run every family on a built-in scene and write a contact sheet"},
+    {"edges", runEdges, "Canny edges of images"},
+    {"lines", runLines, "the strongest straight lines (Hough), drawn over images"},
+    {"motion", runMotion, "block-matching motion between two frames"},
+    {"flow", runFlow, "dense optical flow between two frames"},
+    {"warp", runWarp, "projective warp of images onto four corners"},
+    {"shear", runShear, "shear images horizontally or vertically"},
+    {"draw", runDraw, "draw lines, circles, polygons and text"},
 };
 
 void printUsage(std::FILE *to)
 {
-    std::fputs("usage: ornex COMMAND [ARGUMENTS]   (ornex COMMAND --help for its options)\ncommands:\n", to);
+    std::fputs("usage: ornex COMMAND [ARGUMENTS]   (ornex COMMAND --help for its options)\n"
+               "       ornex --version\n"
+               "Options are written --name VALUE or --name=VALUE, and '--' ends them; '-' as a file is standard\n"
+               "input or output.\n"
+               "Exit codes: 0 done, 1 a failure on the data or files, 2 a command line the tool cannot run.\n"
+               "commands:\n",
+               to);
     for (const Command &command : commands) {
         std::fprintf(to, "  %-8s %s\n", command.name, command.summary);
     }
+}
+
+int run(const Command &command, const std::vector<std::string> &words)
+{
+    const Progress progress(command.name, stderr, isatty(STDERR_FILENO) == 1);
+    try {
+        try {
+            return command.run(words);
+        } catch (const std::invalid_argument &refusal) {
+            rethrowRefusal(refusal);
+        }
+    } catch (const UsageError &error) {
+        std::fprintf(stderr, "ornex %s: %s\n", command.name, error.what());
+        return 2;
+    } catch (const ToolError &error) {
+        std::fprintf(stderr, "ornex %s: %s\n", command.name, error.what());
+    } catch (const std::exception &error) {
+        std::fprintf(stderr, "ornex %s: unexpected failure: %s\n", command.name, error.what());
+    }
+    return 1;
 }
 
 } // namespace
 
 int main(int argc, char **argv)
 {
-    if (argc < 2 || std::string(argv[1]) == "--help" || std::string(argv[1]) == "-h") {
-        printUsage(argc < 2 ? stderr : stdout);
-        return argc < 2 ? 2 : 0;
+    const std::string first = argc < 2 ? "" : argv[1];
+    if (first == "--help" || first == "-h") {
+        printUsage(stdout);
+        return 0;
     }
-    const std::string name = argv[1];
-    const std::vector<std::string> words(argv + 2, argv + argc);
+    if (first == "--version") {
+        std::printf("ornex %s (ornex_rt built %s)\n", ornex_rt_version, ornex_rt_build_date);
+        return 0;
+    }
+    if (argc < 2) {
+        printUsage(stderr);
+        return 2;
+    }
     for (const Command &command : commands) {
-        if (name != command.name) {
-            continue;
+        if (first == command.name) {
+            return run(command, {argv + 2, argv + argc});
         }
-        try {
-            return command.run(words);
-        } catch (const ornex::tool::ToolError &error) {
-            std::fprintf(stderr, "ornex %s: %s\n", command.name, error.what());
-        } catch (const std::invalid_argument &error) {
-            std::fprintf(stderr, "ornex %s: %s\n", command.name, error.what());
-        } catch (const std::exception &error) {
-            std::fprintf(stderr, "ornex %s: unexpected failure: %s\n", command.name, error.what());
-        }
-        return 1;
     }
-    std::fprintf(stderr, "ornex: unknown command '%s' (ornex --help lists the commands)\n", name.c_str());
+    std::fprintf(stderr, "ornex: unknown command '%s' (ornex --help lists the commands)\n", first.c_str());
     return 2;
 }
