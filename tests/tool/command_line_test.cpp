@@ -125,7 +125,7 @@ TEST_F(CommandLine, UsageErrorsExitWith2AndNameTheOption)
 TEST_F(CommandLine, FailuresExitWith1)
 {
     const std::pair<std::string, std::string> failing[] = {
-        {"edges none.pgm o.png", "ornex edges: cannot read 'none.pgm'"}, {"motion t.pgm bg.ppm o.png", "ornex motion: frames: must have the same size"},
+        {"edges none.pgm o.png", "ornex edges: cannot read 'none.pgm'"}, {"edges -- -t.pgm o.png", "ornex edges: cannot read '-t.pgm'"}, {"motion t.pgm bg.ppm o.png", "ornex motion: frames: must have the same size"},
         {"draw o.png text:9,9,x --font 'No Such Family'", "ornex draw: --font: no font family 'No Such Family' is installed"},
         {"draw o.png text:9,9,x --font /no/such.ttf", "ornex draw: --font: cannot load font '/no/such.ttf': no such file"},
         {"edges t.pgm none.pgm --out-dir e", "ornex edges: none.pgm: cannot read 'none.pgm'"}};
