@@ -300,6 +300,11 @@ int runWarp(const std::vector<std::string> &words)
         throw UsageError("--to: the four output corners are required");
     }
     const std::vector<double> corners = arguments->numbers("to", 8);
+    for (const double corner : corners) {
+        if (!(std::fabs(corner) <= 536870912.0)) {
+            throw UsageError("--to: corners must lie within -536870912 .. 536870912");
+        }
+    }
     Quad to;
     for (int k = 0; k < 4; ++k) {
         to[k] = Point{int32_t(std::lround(corners[2 * k])), int32_t(std::lround(corners[2 * k + 1]))};

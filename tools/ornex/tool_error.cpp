@@ -19,6 +19,7 @@ void rethrowRefusal(const std::invalid_argument &refusal)
         {"blockSize", "--block"},
         {"maxDisplacement", "--range"},
         {"subdivisions", "--subdivisions"},
+        {"to", "--to"},
         {"outputRows", "--size"},
         {"outputCols", "--size"},
         {"amount", "--amount"},
