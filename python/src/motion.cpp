@@ -160,8 +160,8 @@ Parameters:
 
 Returns:
     complex array of shape (rows, cols): u + v*1j in pixels per frame, u
-    across columns and v down rows, in the kernel's derivative convention
-    (content that moves right reads as negative u).
+    across columns and v down rows, in the direction the content moved
+    (content that moves right reads as positive u, down as positive v).
 
 Example:
     >>> flow = ornex.horn_schunck(previous, current, max_iterations=50,
@@ -186,8 +186,8 @@ Parameters:
 
 Returns:
     complex array of shape (rows, cols): u + v*1j in pixels per frame, in the
-    kernel's derivative convention (content that moves right reads as
-    negative u).
+    direction the content moved (content that moves right reads as positive
+    u, down as positive v).
 
 Example:
     >>> flow = ornex.lucas_kanade(previous, current, threshold=0.01)
@@ -215,8 +215,9 @@ Parameters:
 
 Returns:
     complex array of shape (rows, cols): u + v*1j in pixels per frame, in the
-    kernel's derivative convention (content that moves right reads as
-    negative u); the first window_length // 2 rows and columns are zero.
+    direction the content moves (content that moves right reads as positive
+    u, down as positive v); the first window_length // 2 rows and columns
+    are zero.
 
 Example:
     >>> flow = ornex.lucas_kanade_gder([frame0, frame1, frame2],
