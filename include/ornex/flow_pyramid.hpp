@@ -47,13 +47,21 @@ Image<T> halved(ImageView<const T> image)
     return result;
 }
 
+// x within [0, last]; NaN goes to 0, so that a field of NaNs (from frames
+// holding them) cannot send a read outside the image.
+template <class T>
+T clampedPosition(T x, int32_t last)
+{
+    return x >= 0 ? std::min(x, T(last)) : T(0);
+}
+
 // The image at a real (row, col) through one of the library's sampling
 // kernels, the position clamped to the image.
 template <class T, class Kernel>
 T sampledAt(Kernel kernel, ImageView<const T> image, T row, T col)
 {
     T value = 0;
-    kernel(image.data, std::clamp(row, T(0), T(image.rows - 1)), std::clamp(col, T(0), T(image.cols - 1)),
+    kernel(image.data, clampedPosition(row, image.rows - 1), clampedPosition(col, image.cols - 1),
            uint32_t(image.rows), uint32_t(image.cols), &value, 0, 1, 0, 0);
     return value;
 }

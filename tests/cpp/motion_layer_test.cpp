@@ -137,6 +137,11 @@ TYPED_TEST(Typed, CoarseToFineFollowsMovesOfSeveralPixels)
     }
     const auto small1 = texture.moved<T>(14, 0, 0), small2 = texture.moved<T>(14, 1, 0);
     EXPECT_EQ(lucasKanade(small1, small2, {1e-4, 3}).u.values(), lucasKanade(small1, small2, {1e-4}).u.values());
+    // A NaN spreads through the field; the warps it steers still read inside the frame.
+    auto spoilt = frame2;
+    spoilt(40, 50) = NAN;
+    const auto nan = hornSchunck(frame1, spoilt, {.levels = 3});
+    EXPECT_TRUE(std::isnan(nan.u(40, 50)) && nan.u.rows() == 96 && nan.u.cols() == 96);
 }
 
 TEST(MotionLayerTables, GaussianTapsWorkedByHand)

@@ -42,6 +42,20 @@ int32_t countOption(const Arguments &arguments, const std::string &name, int32_t
     return value;
 }
 
+// Writes the picture once the data file (if any) is written; if the picture
+// fails, the data file goes too, so that a failed run leaves nothing.
+void writeImageAfter(const std::string &dataFile, const std::string &path, const Picture &picture)
+{
+    try {
+        writeImage(path, picture.view());
+    } catch (...) {
+        if (!dataFile.empty()) {
+            std::remove(dataFile.c_str());
+        }
+        throw;
+    }
+}
+
 BlockMatchingOptions blockOptions(const Arguments &arguments)
 {
     BlockMatchingOptions options;
@@ -99,10 +113,10 @@ int runMotion(const std::vector<std::string> &words)
                       {1.0, 0.9, 0.1});
         }
     }
-    writeImage(arguments->positional()[2], drawn.view());
     if (!csv.empty()) {
         writeBlockVectors(csv, vectors, options.blockSize, options.blockSize);
     }
+    writeImageAfter(csv, arguments->positional()[2], drawn);
     std::printf("%zu blocks; median vector (u, v) = (%.1f, %.1f)\n", us.size(), median(us), median(vs));
     return 0;
 }
@@ -146,10 +160,10 @@ int runFlow(const std::vector<std::string> &words)
     const auto flow = method == "hs" ? hornSchunck(grey1.view(), grey2.view(), hsOptions)
                                      : lucasKanade(grey1.view(), grey2.view(), lkOptions);
     const FlowPicture picture = flowPicture(flow);
-    writeImage(arguments->positional()[2], picture.picture.view());
     if (!saveTo.empty()) {
         writeFlow(saveTo, flow);
     }
+    writeImageAfter(saveTo, arguments->positional()[2], picture.picture);
     const FlowSummary summary = summarizeFlow(flow);
     std::printf("median (u, v) = (%.2f, %.2f) over %zu moving pixels\n", summary.u, summary.v, summary.moving);
     std::printf("colour scale: full colour is a motion of %.2f pixels, white none\n", picture.largest);
