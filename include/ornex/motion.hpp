@@ -253,6 +253,7 @@ VelocityField<T> hornSchunckOneLevel(ImageView<const T> frame1, ImageView<const 
 template <FlowElement T>
 VelocityField<T> hornSchunck(ImageView<const T> frame1, ImageView<const T> frame2, const HornSchunckOptions &options)
 {
+    requireFlowFramePair(frame1, frame2);
     requireFlowLevels(options.levels);
     return coarseToFine(frame1, frame2, options.levels, [&](ImageView<const T> first, ImageView<const T> second) {
         return hornSchunckOneLevel(first, second, options);
@@ -316,6 +317,7 @@ VelocityField<T> lucasKanadeOneLevel(ImageView<const T> frame1, ImageView<const 
 template <FlowElement T>
 VelocityField<T> lucasKanade(ImageView<const T> frame1, ImageView<const T> frame2, const LucasKanadeOptions &options)
 {
+    requireFlowFramePair(frame1, frame2);
     requireFlowLevels(options.levels);
     return coarseToFine(frame1, frame2, options.levels, [&](ImageView<const T> first, ImageView<const T> second) {
         return lucasKanadeOneLevel(first, second, options);

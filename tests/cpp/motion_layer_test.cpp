@@ -180,6 +180,7 @@ TYPED_TEST(Typed, ArgumentsAreCheckedWithTheirMessages)
         {hs({1, 10, 0.0}), "threshold: must be positive"},
         {hs({.smoothness = 0}), "smoothness: must be positive"},
         {hs({.levels = 0}), "levels: must be positive"},
+        {[&] { hornSchunck(flat, twoPlanes, {.levels = 2}); }, "frame2: must have one plane"},
         {[&] { lucasKanade(flat, flat, {0.01, -1}); }, "levels: must be positive"},
         {[&] { lucasKanade(flat, flat, {std::nan("")}); }, "threshold: must be positive"},
         {[&] { lucasKanadeGder({flat, flat}); }, "frames: too few for the temporal filters"},
