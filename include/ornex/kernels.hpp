@@ -25,6 +25,7 @@ struct Kernels<double> {
     static constexpr auto hornSchunck = ORNEX_OpticalFlow_HS_Z;
     static constexpr auto lucasKanade = ORNEX_OpticalFlow_LK_Z;
     static constexpr auto lucasKanadeGder = ORNEX_OpticalFlow_LK_GDER_Z;
+    static constexpr auto bilinearSample = ORNEX_PosVal_BL_Interp_D;
     static constexpr auto cannyUserThresholds = ORNEX_EdgeCanny_userTh_D;
     static constexpr auto cannyAutoThresholds = ORNEX_EdgeCanny_autoTh_D;
     static constexpr auto hough = ORNEX_Hough_D;
@@ -59,6 +60,7 @@ struct Kernels<float> {
     static constexpr auto hornSchunck = ORNEX_OpticalFlow_HS_C;
     static constexpr auto lucasKanade = ORNEX_OpticalFlow_LK_C;
     static constexpr auto lucasKanadeGder = ORNEX_OpticalFlow_LK_GDER_C;
+    static constexpr auto bilinearSample = ORNEX_PosVal_BL_Interp_R;
     static constexpr auto cannyUserThresholds = ORNEX_EdgeCanny_userTh_R;
     static constexpr auto cannyAutoThresholds = ORNEX_EdgeCanny_autoTh_R;
     static constexpr auto hough = ORNEX_Hough_R;

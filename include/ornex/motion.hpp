@@ -12,6 +12,7 @@
 #include <optional>
 #include <vector>
 
+#include "ornex/flow_pyramid.hpp"
 #include "ornex/image.hpp"
 #include "ornex/kernels.hpp"
 #include "ornex_rt.h"
@@ -56,16 +57,24 @@ void requireFlowFramePair(const ImageView<const T> &frame1, const ImageView<cons
     require(frame1.sameShape(frame2), "frames", "must have the same size");
 }
 
-// u and v out of an interleaved complex field.
+// u and v out of an interleaved complex field, turned round: the flow
+// kernels take spatial derivatives as previous minus next and temporal ones
+// as later minus earlier, so content moving right by one pixel comes out as
+// u = -1. The layer reports the direction the content moved.
 template <class T>
 VelocityField<T> splitVelocity(const std::vector<T> &velocity, int32_t rows, int32_t cols)
 {
     VelocityField<T> field{Image<T>(rows, cols), Image<T>(rows, cols)};
     for (size_t i = 0; i < field.u.values().size(); ++i) {
-        field.u.values()[i] = velocity[2 * i];
-        field.v.values()[i] = velocity[2 * i + 1];
+        field.u.values()[i] = -velocity[2 * i];
+        field.v.values()[i] = -velocity[2 * i + 1];
     }
     return field;
+}
+
+inline void requireFlowLevels(int32_t levels)
+{
+    require(levels >= 1, "levels", "must be positive");
 }
 
 inline void requireFlowGaussian(double sigma, int32_t length, const char *sigmaName, const char *lengthName)
@@ -167,7 +176,8 @@ Image<MotionVector<T>> blockMatching(ImageView<const T> frame1, ImageView<const 
 
 } // namespace detail
 
-// Motion of each block of frame1 into frame2. Blocks step by blockSize -
+// Motion of each block of frame1 into frame2: where its content went, u
+// across columns and v down rows, in whole pixels. Blocks step by blockSize -
 // overlap from the top-left corner; the result has one element per block
 // (rows / step down, cols / step across), blocks that do not fit whole at
 // the bottom and right are left out.
@@ -199,12 +209,18 @@ struct HornSchunckOptions {
     // `threshold` or more in a sweep. At least one of the two must be set.
     std::optional<int32_t> maxIterations = 10;
     std::optional<double> threshold;
+    // Coarse to fine over this many pyramid levels (each half the size of
+    // the one below, none under 8 pixels on a side), the sweeps above run
+    // on each; 1 works on the frames alone. Motions of more than a pixel or
+    // two need several.
+    int32_t levels = 1;
 };
 
 namespace detail {
 
 template <FlowElement T>
-VelocityField<T> hornSchunck(ImageView<const T> frame1, ImageView<const T> frame2, const HornSchunckOptions &options)
+VelocityField<T> hornSchunckOneLevel(ImageView<const T> frame1, ImageView<const T> frame2,
+                                     const HornSchunckOptions &options)
 {
     requireFlowFramePair(frame1, frame2);
     require(options.maxIterations.has_value() || options.threshold.has_value(), "options",
@@ -234,14 +250,26 @@ VelocityField<T> hornSchunck(ImageView<const T> frame1, ImageView<const T> frame
     return splitVelocity(velocity, rows, cols);
 }
 
+template <FlowElement T>
+VelocityField<T> hornSchunck(ImageView<const T> frame1, ImageView<const T> frame2, const HornSchunckOptions &options)
+{
+    requireFlowFramePair(frame1, frame2);
+    requireFlowLevels(options.levels);
+    return coarseToFine(frame1, frame2, options.levels, [&](ImageView<const T> first, ImageView<const T> second) {
+        return hornSchunckOneLevel(first, second, options);
+    });
+}
+
 } // namespace detail
 
 // Dense flow from frame1 to frame2 by Horn-Schunck sweeps starting from zero
-// velocity.
+// velocity, in pixels: u across columns, v down rows, positive where the
+// content moved right or down.
 //
 //   ornex::HornSchunckOptions options;
 //   options.maxIterations = 50;
 //   options.threshold = 1e-3;
+//   options.levels = 4;
 //   auto flow = ornex::hornSchunck(previous, current, options);  // flow.u, flow.v
 inline VelocityField<float> hornSchunck(ImageView<const float> frame1, ImageView<const float> frame2,
                                         const HornSchunckOptions &options = {})
@@ -264,12 +292,15 @@ struct LucasKanadeOptions {
     // gradient; neither: zero. Must be positive (zero would let flat regions
     // divide by zero).
     double threshold = 0.0039;
+    // Coarse to fine over this many pyramid levels, as for Horn-Schunck.
+    int32_t levels = 1;
 };
 
 namespace detail {
 
 template <FlowElement T>
-VelocityField<T> lucasKanade(ImageView<const T> frame1, ImageView<const T> frame2, const LucasKanadeOptions &options)
+VelocityField<T> lucasKanadeOneLevel(ImageView<const T> frame1, ImageView<const T> frame2,
+                                     const LucasKanadeOptions &options)
 {
     requireFlowFramePair(frame1, frame2);
     const T threshold = static_cast<T>(options.threshold);
@@ -283,10 +314,21 @@ VelocityField<T> lucasKanade(ImageView<const T> frame1, ImageView<const T> frame
     return splitVelocity(velocity, frame1.rows, frame1.cols);
 }
 
+template <FlowElement T>
+VelocityField<T> lucasKanade(ImageView<const T> frame1, ImageView<const T> frame2, const LucasKanadeOptions &options)
+{
+    requireFlowFramePair(frame1, frame2);
+    requireFlowLevels(options.levels);
+    return coarseToFine(frame1, frame2, options.levels, [&](ImageView<const T> first, ImageView<const T> second) {
+        return lucasKanadeOneLevel(first, second, options);
+    });
+}
+
 } // namespace detail
 
 // Dense flow from frame1 to frame2 by Lucas-Kanade over 5x5 binomially
-// weighted neighbourhoods, with five-point derivatives.
+// weighted neighbourhoods, with five-point derivatives; in pixels, positive
+// where the content moved right (u) or down (v).
 //
 //   ornex::LucasKanadeOptions options;
 //   options.threshold = 0.01;
@@ -348,7 +390,10 @@ inline std::vector<double> lucasKanadeDerivativeTaps(double sigma, int32_t lengt
 }
 
 // The caller's own filter taps, applied without reversal across columns and
-// down rows; in time the last frame meets the first tap.
+// down rows; in time the last frame meets the first tap. The result is
+// turned round as for the Gaussian filters, so taps that differentiate the
+// same way (previous minus next in space, a rising sequence positive in
+// time) give the content's direction.
 struct LucasKanadeFilters {
     std::vector<double> temporalDerivative, temporalSmoothing;
     std::vector<double> spatialDerivative, spatialSmoothing;
@@ -443,9 +488,10 @@ VelocityField<T> lucasKanadeGder(const std::vector<ImageView<const T>> &frames, 
 } // namespace detail
 
 // Dense flow at the middle of a short frame sequence (oldest first) by
-// Lucas-Kanade with Gaussian-derivative filters. The first max(temporal
-// filter lengths) frames are used. Pixels in the first windowLength / 2 rows
-// or columns get zero.
+// Lucas-Kanade with Gaussian-derivative filters, in pixels per frame,
+// positive where the content moves right (u) or down (v). The first
+// max(temporal filter lengths) frames are used. Pixels in the first
+// windowLength / 2 rows or columns get zero.
 //
 //   ornex::LucasKanadeGderOptions options;
 //   options.normalFlow = true;

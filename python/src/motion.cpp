@@ -142,12 +142,13 @@ Example:
     module.def(
         "horn_schunck",
         [](const py::object &frame1, const py::object &frame2, double smoothness, std::optional<int32_t> maxIterations,
-           std::optional<double> threshold) {
-            const HornSchunckOptions options{smoothness, maxIterations, threshold};
+           std::optional<double> threshold, int32_t levels) {
+            const HornSchunckOptions options{smoothness, maxIterations, threshold, levels};
             return flowBetween(frame1, frame2,
                                [&](auto a, auto b) { return ornex::hornSchunck(a, b, options); });
         },
         "frame1"_a, "frame2"_a, py::kw_only(), "smoothness"_a = 1.0, "max_iterations"_a = 10, "threshold"_a = py::none(),
+        "levels"_a = 1,
         R"(Dense optical flow from frame1 to frame2 by Horn-Schunck sweeps from zero.
 
 Parameters:
@@ -157,25 +158,29 @@ Parameters:
     max_iterations: stop after this many sweeps (None: no limit).
     threshold: stop once no velocity changes by this much or more in a sweep
         (None: no such test). At least one of the two must be given.
+    levels: coarse to fine over this many pyramid levels (each half the
+        size of the one below, none under 8 pixels a side), the sweeps run
+        on each; 1 works on the frames alone. Moves of more than a pixel or
+        two need several. Positive.
 
 Returns:
     complex array of shape (rows, cols): u + v*1j in pixels per frame, u
-    across columns and v down rows, in the kernel's derivative convention
-    (content that moves right reads as negative u).
+    across columns and v down rows, in the direction the content moved
+    (content that moves right reads as positive u, down as positive v).
 
 Example:
     >>> flow = ornex.horn_schunck(previous, current, max_iterations=50,
-    ...                           threshold=1e-3)
+    ...                           threshold=1e-3, levels=4)
 )");
 
     module.def(
         "lucas_kanade",
-        [](const py::object &frame1, const py::object &frame2, double threshold) {
-            const LucasKanadeOptions options{threshold};
+        [](const py::object &frame1, const py::object &frame2, double threshold, int32_t levels) {
+            const LucasKanadeOptions options{threshold, levels};
             return flowBetween(frame1, frame2,
                                [&](auto a, auto b) { return ornex::lucasKanade(a, b, options); });
         },
-        "frame1"_a, "frame2"_a, py::kw_only(), "threshold"_a = 0.0039,
+        "frame1"_a, "frame2"_a, py::kw_only(), "threshold"_a = 0.0039, "levels"_a = 1,
         R"(Dense optical flow by Lucas-Kanade over 5x5 binomially weighted windows.
 
 Parameters:
@@ -183,11 +188,12 @@ Parameters:
     threshold: a pixel whose weighted gradient matrix has both eigenvalues
         at or above it gets the full velocity; only the larger, the flow
         along the dominant gradient; neither, zero. Positive.
+    levels: coarse-to-fine pyramid levels, as for horn_schunck. Positive.
 
 Returns:
     complex array of shape (rows, cols): u + v*1j in pixels per frame, in the
-    kernel's derivative convention (content that moves right reads as
-    negative u).
+    direction the content moved (content that moves right reads as positive
+    u, down as positive v).
 
 Example:
     >>> flow = ornex.lucas_kanade(previous, current, threshold=0.01)
@@ -215,8 +221,9 @@ Parameters:
 
 Returns:
     complex array of shape (rows, cols): u + v*1j in pixels per frame, in the
-    kernel's derivative convention (content that moves right reads as
-    negative u); the first window_length // 2 rows and columns are zero.
+    direction the content moves (content that moves right reads as positive
+    u, down as positive v); the first window_length // 2 rows and columns
+    are zero.
 
 Example:
     >>> flow = ornex.lucas_kanade_gder([frame0, frame1, frame2],

@@ -190,7 +190,15 @@ void motionCases()
                      {npy(first), npy(second)},
                      {{"max_iterations", "null"}, {"threshold", "0.001"}},
                      npy(hornSchunck(first.view(), second.view(), {1.0, std::nullopt, 1e-3}))});
+    cases.push_back({"horn_schunck",
+                     {npy(first), npy(second)},
+                     {{"levels", "3"}},
+                     npy(hornSchunck(first.view(), second.view(), {.levels = 3}))});
     cases.push_back({"lucas_kanade", {npy(first), npy(second)}, {}, npy(lucasKanade(first.view(), second.view()))});
+    cases.push_back({"lucas_kanade",
+                     {npy(first), npy(second)},
+                     {{"threshold", "0.001"}, {"levels", "2"}},
+                     npy(lucasKanade(first.view(), second.view(), {0.001, 2}))});
 
     std::vector<Image<T>> frames;
     std::vector<ImageView<const T>> views;

@@ -57,6 +57,7 @@ REFUSALS = [
      "to: must be a convex quadrilateral with its corners going round"),
     (lambda im: ornex.horn_schunck(FLOAT, FLOAT, max_iterations=None), ValueError,
      "options: needs an iteration limit or a threshold"),
+    (lambda im: ornex.lucas_kanade(FLOAT, FLOAT, levels=0), ValueError, "levels: must be positive"),
     (lambda im: ornex.block_matching(FLOAT, FLOAT, overlap=8), ValueError, "overlap: must be smaller than the block"),
     (lambda im: ornex.shear(FLOAT, "horizontal", float("inf")), ValueError, "amount: must be finite"),
     # names the module takes

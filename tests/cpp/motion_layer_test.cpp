@@ -1,5 +1,8 @@
 #include "support.hpp"
 
+#include <numbers>
+#include <random>
+
 using namespace ornex;
 
 TYPED_TEST_SUITE(Typed, RealTypes);
@@ -26,13 +29,14 @@ TYPED_TEST(Typed, BlockMatchingUsesTheChosenSearchAndCost)
 TYPED_TEST(Typed, FlowOfARamp)
 {
     using T = TypeParam;
-    // Ix = -1, Iy = -2, It = -0.5: one sweep gives (-0.5, -1) / (3 + 5); LK's normal flow is (-0.1, -0.2).
+    // The ramp moves 0.5 right: Ix = 1, Iy = 2, It = -0.5. One sweep from zero gives -(Ix, Iy) It / (3 + 5); LK's
+    // normal flow is the move's part along the gradient, 0.5 (1, 2) / 5.
     const auto frame1 = makeImage<T>(12, 13, 1, [](int r, int c, int) { return c + 2 * r; });
     const auto frame2 = makeImage<T>(12, 13, 1, [](int r, int c, int) { return c - 0.5 + 2 * r; });
     const std::tuple<VelocityField<T>, int32_t, double, double> cases[] = {
-        {hornSchunck(frame1, frame2, {.smoothness = 3, .maxIterations = 1}), 1, -0.0625, -0.125},
-        {hornSchunck(frame1, frame2, {3, std::nullopt, 1.0}), 1, -0.0625, -0.125},
-        {lucasKanade(frame1, frame2, {4.9}), 4, -0.1, -0.2},
+        {hornSchunck(frame1, frame2, {.smoothness = 3, .maxIterations = 1}), 1, 0.0625, 0.125},
+        {hornSchunck(frame1, frame2, {3, std::nullopt, 1.0}), 1, 0.0625, 0.125},
+        {lucasKanade(frame1, frame2, {4.9}), 4, 0.1, 0.2},
         {lucasKanade(frame1, frame2, {5.1}), 4, 0, 0}};
     for (const auto &[flow, margin, u, v] : cases) {
         for (int32_t k = 0; k < 12 * 13; ++k) {
@@ -58,11 +62,86 @@ TYPED_TEST(Typed, LucasKanadeGderRecoversTheMotionOfAQuadratic)
     const auto part = lucasKanadeGder(views, {.threshold = 10, .normalFlow = true});
     for (int32_t k = 0; k < 80; ++k) {
         const int32_t r = 6 + k % 8, c = 6 + k / 8;
-        EXPECT_TRUE(std::abs(whole.u(r, c) + su) < 2e-3 && std::abs(whole.v(r, c) + sv) < 2e-3) << r << "," << c;
+        EXPECT_TRUE(std::abs(whole.u(r, c) - su) < 2e-3 && std::abs(whole.v(r, c) - sv) < 2e-3) << r << "," << c;
         EXPECT_EQ(std::abs(none.u(r, c)) + std::abs(none.v(r, c)), T(0));
         const double length = std::hypot(double(part.u(r, c)), double(part.v(r, c)));
         EXPECT_TRUE(length > 1e-3 && length < std::hypot(su, sv) + 1e-3) << r << "," << c;
     }
+}
+
+// A smooth random texture: two dozen plane waves of periods 14 to 80 pixels, weaker as they get finer.
+struct Texture {
+    std::vector<std::array<double, 4>> waves; // across, down, phase, amplitude
+    Texture()
+    {
+        std::mt19937 random(7);
+        std::uniform_real_distribution<double> angle(0, 2 * std::numbers::pi), frequency(0.08, 0.45);
+        for (int k = 0; k < 24; ++k) {
+            const double a = angle(random), f = frequency(random);
+            waves.push_back({f * std::cos(a), f * std::sin(a), angle(random), 0.2 / (1 + 8 * f)});
+        }
+    }
+    // The texture moved by (du, dv): what was at (r - dv, c - du).
+    template <class T>
+    Image<T> moved(int32_t size, double du, double dv) const
+    {
+        return makeImage<T>(size, size, 1, [&](int r, int c, int) {
+            double sum = 0.5;
+            for (const auto &[across, down, phase, amplitude] : waves) sum += amplitude * std::sin(across * (c - du) + down * (r - dv) + phase);
+            return sum;
+        });
+    }
+};
+
+// Medians of u and v away from an 8-pixel border.
+template <class Field>
+std::array<double, 2> medianFlow(const Field &flow)
+{
+    std::vector<double> u, v;
+    for (int32_t c = 8; c < flow.u.cols() - 8; ++c)
+        for (int32_t r = 8; r < flow.u.rows() - 8; ++r) u.push_back(flow.u(r, c)), v.push_back(flow.v(r, c));
+    std::ranges::nth_element(u, u.begin() + u.size() / 2), std::ranges::nth_element(v, v.begin() + v.size() / 2);
+    return {u[u.size() / 2], v[v.size() / 2]};
+}
+
+// Every method reports where the content went: right and down are positive.
+TYPED_TEST(Typed, MotionComesOutInTheContentsDirection)
+{
+    using T = TypeParam;
+    const Texture texture;
+    for (const auto &[du, dv] : {std::pair{1.0, 0.0}, {0.0, -1.0}, {-1.0, 1.0}, {1.0, 1.0}}) {
+        const auto frame1 = texture.moved<T>(64, 0, 0), frame2 = texture.moved<T>(64, du, dv), frame3 = texture.moved<T>(64, 2 * du, 2 * dv);
+        const std::pair<const char *, std::array<double, 2>> found[] = {
+            {"hs", medianFlow(hornSchunck(frame1, frame2, {.smoothness = 0.002, .maxIterations = 100}))},
+            {"lk", medianFlow(lucasKanade(frame1, frame2, {1e-4}))},
+            {"gder", medianFlow(lucasKanadeGder({frame1, frame2, frame3}, {.threshold = 1e-4}))}};
+        for (const auto &[method, median] : found)
+            EXPECT_TRUE(std::abs(median[0] - du) < 0.25 && std::abs(median[1] - dv) < 0.25) << method << " " << median[0] << "," << median[1] << " for " << du << "," << dv;
+        const auto blocks = blockMatching(frame1, frame2, {{8, 8}, {0, 0}, {3, 3}});
+        EXPECT_EQ(blocks(3, 3), (MotionVector<T>{T(du), T(dv)})) << du << "," << dv;
+    }
+}
+
+// A move of (3, 2) is too far for one level; four levels find it. A 14-pixel frame has no coarser level (it would be 7).
+TYPED_TEST(Typed, CoarseToFineFollowsMovesOfSeveralPixels)
+{
+    using T = TypeParam;
+    const Texture texture;
+    const auto frame1 = texture.moved<T>(96, 0, 0), frame2 = texture.moved<T>(96, 3, 2);
+    const auto near = [](std::array<double, 2> m) { return std::hypot(m[0] - 3, m[1] - 2) < 0.25; };
+    for (const int32_t levels : {1, 4}) {
+        const auto hs = medianFlow(hornSchunck(frame1, frame2, {.smoothness = 0.002, .maxIterations = 100, .levels = levels}));
+        const auto lk = medianFlow(lucasKanade(frame1, frame2, {1e-4, levels}));
+        EXPECT_EQ(near(hs), levels == 4) << levels << ": " << hs[0] << "," << hs[1];
+        EXPECT_EQ(near(lk), levels == 4) << levels << ": " << lk[0] << "," << lk[1];
+    }
+    const auto small1 = texture.moved<T>(14, 0, 0), small2 = texture.moved<T>(14, 1, 0);
+    EXPECT_EQ(lucasKanade(small1, small2, {1e-4, 3}).u.values(), lucasKanade(small1, small2, {1e-4}).u.values());
+    // A NaN spreads through the field; the warps it steers still read inside the frame.
+    auto spoilt = frame2;
+    spoilt(40, 50) = NAN;
+    const auto nan = hornSchunck(frame1, spoilt, {.levels = 3});
+    EXPECT_TRUE(std::isnan(nan.u(40, 50)) && nan.u.rows() == 96 && nan.u.cols() == 96);
 }
 
 TEST(MotionLayerTables, GaussianTapsWorkedByHand)
@@ -100,6 +179,9 @@ TYPED_TEST(Typed, ArgumentsAreCheckedWithTheirMessages)
         {hs({.maxIterations = 0}), "maxIterations: must be positive"},
         {hs({1, 10, 0.0}), "threshold: must be positive"},
         {hs({.smoothness = 0}), "smoothness: must be positive"},
+        {hs({.levels = 0}), "levels: must be positive"},
+        {[&] { hornSchunck(flat, twoPlanes, {.levels = 2}); }, "frame2: must have one plane"},
+        {[&] { lucasKanade(flat, flat, {0.01, -1}); }, "levels: must be positive"},
         {[&] { lucasKanade(flat, flat, {std::nan("")}); }, "threshold: must be positive"},
         {[&] { lucasKanadeGder({flat, flat}); }, "frames: too few for the temporal filters"},
         {[&] { lucasKanadeGder({flat, ImageView<const T>{}, flat}); }, "frames: must be a non-empty image"},

@@ -54,19 +54,6 @@ std::array<double, 2> lineParameters(Point a, Point b)
     return {theta, a.col * std::cos(theta) + a.row * std::sin(theta)};
 }
 
-Picture flowColours(const VelocityField<double> &flow)
-{
-    const int32_t rows = flow.u.rows(), cols = flow.u.cols();
-    Picture picture(rows, cols, 3, 0.5);
-    for (int32_t c = 0; c < cols; ++c) {
-        for (int32_t r = 0; r < rows; ++r) {
-            picture(r, c, 0) = std::clamp(0.5 + 0.4 * flow.u(r, c), 0.0, 1.0);
-            picture(r, c, 1) = std::clamp(0.5 + 0.4 * flow.v(r, c), 0.0, 1.0);
-        }
-    }
-    return picture;
-}
-
 FlowSummary summarizeFlow(const VelocityField<double> &flow)
 {
     std::vector<double> u, v;

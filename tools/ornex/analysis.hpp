@@ -19,8 +19,6 @@ std::vector<HoughPeak> strongestLines(const HoughTransform<double> &hough, size_
 // with rho = column cos(theta) + row sin(theta), as the Hough axes have them.
 std::array<double, 2> lineParameters(Point a, Point b);
 
-// Velocities as colours: red for u, green for v, grey for no motion.
-Picture flowColours(const VelocityField<double> &flow);
 // The median velocity of pixels moving by more than 0.2 pixel, away from
 // the border; the count of such pixels.
 struct FlowSummary {

@@ -8,6 +8,7 @@
 
 #include "analysis.hpp"
 #include "arguments.hpp"
+#include "command_options.hpp"
 #include "file_jobs.hpp"
 #include "image_io.hpp"
 #include "pictures.hpp"
@@ -16,64 +17,6 @@
 
 namespace ornex::tool {
 namespace {
-
-// Parses a command's words, adding the options every command has; prints
-// the usage and returns nothing for --help. `positionalCount` file names
-// are expected unless it is zero.
-std::optional<Arguments> parse(const std::vector<std::string> &words, const std::string &synopsis,
-                               const std::string &description, std::vector<Option> options,
-                               size_t positionalCount)
-{
-    options.push_back({"quiet", false, "no progress lines on stderr for long work"});
-    options.push_back({"help", false, "show this text"});
-    Arguments arguments(words, options);
-    if (arguments.has("help")) {
-        std::fputs(usage(synopsis, description, options).c_str(), stdout);
-        return std::nullopt;
-    }
-    if (arguments.has("quiet")) {
-        silenceProgress();
-    }
-    if (positionalCount > 0 && arguments.positional().size() != positionalCount) {
-        throw UsageError("expects " + std::to_string(positionalCount) + " file names; usage: " + synopsis);
-    }
-    return arguments;
-}
-
-// The same for a command on single images: INPUT OUTPUT, or INPUT... with
-// --out-dir.
-std::optional<Arguments> parseFiles(const std::vector<std::string> &words, const std::string &synopsis,
-                                    const std::string &description, std::vector<Option> options)
-{
-    options.push_back(outDirOption);
-    return parse(words, synopsis, description, options, 0);
-}
-
-Interpolation interpolationOption(const Arguments &arguments)
-{
-    const std::string name = arguments.text("interpolation", "bilinear");
-    if (name == "nearest") {
-        return Interpolation::nearest;
-    }
-    if (name == "bilinear") {
-        return Interpolation::bilinear;
-    }
-    if (name == "bicubic") {
-        return Interpolation::bicubic;
-    }
-    throw UsageError("--interpolation: expects nearest, bilinear or bicubic, got '" + name + "'");
-}
-
-// A whole number within [low, high], for options that size things.
-int32_t countOption(const Arguments &arguments, const std::string &name, int32_t fallback, int32_t low, int32_t high)
-{
-    const int32_t value = arguments.integer(name, fallback);
-    if (value < low || value > high) {
-        throw UsageError("--" + name + ": expects a whole number from " + std::to_string(low) + " to " +
-                        std::to_string(high));
-    }
-    return value;
-}
 
 CannyOptions cannyOptions(const Arguments &arguments)
 {
@@ -194,89 +137,6 @@ int runLines(const std::vector<std::string> &words)
         job.stage("writing " + job.output);
         writePicture(job.output, {std::move(drawn), input.alpha, input.bitDepth}); // the input's alpha as it was
     });
-}
-
-int runMotion(const std::vector<std::string> &words)
-{
-    const auto arguments = parse(
-        words, "ornex motion FRAME1 FRAME2 OUTPUT [options]",
-        "Block-matching motion from FRAME1 to FRAME2; draws each block's vector (twice its length) over FRAME1\n"
-        "and prints the median vector (u across columns, v down rows).",
-        {{"block", true, "block size in pixels (default 16)"},
-         {"range", true, "largest displacement searched, in pixels (default 8)"},
-         {"search", true, "full or three-step (default full)"},
-         {"cost", true, "mad (absolute differences) or mse (squared differences); default mad"}},
-        3);
-    if (!arguments) {
-        return 0;
-    }
-    BlockMatchingOptions options;
-    const int32_t block = countOption(*arguments, "block", 16, 2, 512);
-    const int32_t range = countOption(*arguments, "range", 8, 0, 256);
-    options.blockSize = {block, block};
-    options.maxDisplacement = {range, range};
-    const std::string search = arguments->text("search", "full"), cost = arguments->text("cost", "mad");
-    if (search != "full" && search != "three-step") {
-        throw UsageError("--search: expects full or three-step, got '" + search + "'");
-    }
-    if (cost != "mad" && cost != "mse") {
-        throw UsageError("--cost: expects mad or mse, got '" + cost + "'");
-    }
-    options.search = search == "full" ? BlockSearch::full : BlockSearch::threeStep;
-    options.cost = cost == "mad" ? BlockCost::absoluteDifference : BlockCost::squaredDifference;
-    const Picture frame1 = readImage(arguments->positional()[0]), frame2 = readImage(arguments->positional()[1]);
-    const Picture grey1 = toGrey(frame1.view()), grey2 = toGrey(frame2.view());
-    const auto vectors = blockMatching(grey1.view(), grey2.view(), options);
-    Picture drawn = toColour(frame1.view());
-    std::vector<double> us, vs;
-    for (int32_t bc = 0; bc < vectors.cols(); ++bc) {
-        for (int32_t br = 0; br < vectors.rows(); ++br) {
-            const auto vector = vectors(br, bc);
-            us.push_back(vector.u);
-            vs.push_back(vector.v);
-            const Point centre{br * block + block / 2, bc * block + block / 2};
-            drawAntialiasedLine(colourPlanes(drawn), centre,
-                                Point{centre.row + int32_t(std::lround(2 * vector.v)),
-                                      centre.col + int32_t(std::lround(2 * vector.u))},
-                                {1.0, 0.9, 0.1});
-        }
-    }
-    writeImage(arguments->positional()[2], drawn.view());
-    std::printf("%zu blocks; median vector (u, v) = (%.1f, %.1f)\n", us.size(), median(us), median(vs));
-    return 0;
-}
-
-int runFlow(const std::vector<std::string> &words)
-{
-    const auto arguments = parse(
-        words, "ornex flow FRAME1 FRAME2 OUTPUT [options]",
-        "Dense optical flow from FRAME1 to FRAME2, written as colours (red u, green v, grey still), and its\n"
-        "median over moving pixels.",
-        {{"method", true, "hs (Horn-Schunck) or lk (Lucas-Kanade); default hs"},
-         {"iterations", true, "Horn-Schunck sweeps (default 100)"},
-         {"smoothness", true, "Horn-Schunck smoothness weight (default 0.002, for values on 0..1)"},
-         {"threshold", true, "Lucas-Kanade eigenvalue threshold (default 0.0039)"}},
-        3);
-    if (!arguments) {
-        return 0;
-    }
-    const std::string method = arguments->text("method", "hs");
-    if (method != "hs" && method != "lk") {
-        throw UsageError("--method: expects hs or lk, got '" + method + "'");
-    }
-    HornSchunckOptions hsOptions;
-    hsOptions.maxIterations = countOption(*arguments, "iterations", 100, 1, 100000);
-    hsOptions.smoothness = arguments->number("smoothness", 0.002);
-    LucasKanadeOptions lkOptions;
-    lkOptions.threshold = arguments->number("threshold", lkOptions.threshold);
-    const Picture grey1 = toGrey(readImage(arguments->positional()[0]).view());
-    const Picture grey2 = toGrey(readImage(arguments->positional()[1]).view());
-    const auto flow = method == "hs" ? hornSchunck(grey1.view(), grey2.view(), hsOptions)
-                                     : lucasKanade(grey1.view(), grey2.view(), lkOptions);
-    writeImage(arguments->positional()[2], flowColours(flow).view());
-    const FlowSummary summary = summarizeFlow(flow);
-    std::printf("median (u, v) = (%.2f, %.2f) over %zu moving pixels\n", summary.u, summary.v, summary.moving);
-    return 0;
 }
 
 int runWarp(const std::vector<std::string> &words)

@@ -9,6 +9,7 @@
 
 #include "analysis.hpp"
 #include "arguments.hpp"
+#include "flow_pictures.hpp"
 #include "image_io.hpp"
 #include "pictures.hpp"
 #include "tool_error.hpp"
@@ -122,10 +123,8 @@ int runDemo(const std::vector<std::string> &words)
             vs.push_back(vectors(br, bc).v);
             knownUs.push_back(to[1] - col);
             knownVs.push_back(to[0] - row);
-            const Point from{int32_t(row), int32_t(col)};
-            drawAntialiasedLine(colourPlanes(motionPicture), from,
-                                Point{int32_t(row + 2 * vectors(br, bc).v), int32_t(col + 2 * vectors(br, bc).u)},
-                                {1.0, 0.9, 0.1});
+            drawArrow(colourPlanes(motionPicture), Point{int32_t(row), int32_t(col)}, vectors(br, bc).u,
+                      vectors(br, bc).v, {1.0, 0.9, 0.1});
         }
     }
     std::printf("    median vector (u, v) = (%.1f, %.1f); the warp moves block centres by (%.1f, %.1f)\n", median(us),
@@ -143,9 +142,9 @@ int runDemo(const std::vector<std::string> &words)
                                            .view());
     auto flowPanel = [&](const VelocityField<double> &flow, const char *name) {
         const FlowSummary summary = summarizeFlow(flow);
-        std::printf("    %s median (u, v) = (%.2f, %.2f) over %zu moving pixels; the content moved by (1, 1), which\n        these derivative filters report with the opposite sign\n",
+        std::printf("    %s median (u, v) = (%.2f, %.2f) over %zu moving pixels; the content moved by (1, 1)\n",
                     name, summary.u, summary.v, summary.moving);
-        return flowColours(flow);
+        return flowPicture(flow).picture;
     };
     HornSchunckOptions hsOptions;
     hsOptions.maxIterations = 100;
