@@ -108,7 +108,7 @@ TEST_F(Moved, FlowWithLevelsFindsTheMoveAndSavesIt)
                                           {" --method lk --threshold 0.0001"s, 1}, {" --method lk --threshold 0.0001 --levels 4"s, 4}}) {
         double u = 0, v = 0, scale = 0;
         const std::string out = run(runFlow, "a.png b.png f.png" + options);
-        ASSERT_EQ(std::sscanf(out.c_str(), "median (u, v) = (%lf, %lf) over %*d moving pixels\ncolour scale: full colour is a motion of %lf", &u, &v, &scale), 3) << out;
+        ASSERT_EQ(std::sscanf(out.c_str(), "median (u, v) = (%lf, %lf) over %*d moving pixels\ncolour scale: full colour from a motion of %lf", &u, &v, &scale), 3) << out;
         EXPECT_EQ(std::hypot(u - 3, v - 2) <= 0.25, levels == 4) << options << ": " << out;
         const Image<double> picture = readImage("f.png"); // down and to the right: between red and yellow; the legend's right red, bottom yellow
         EXPECT_TRUE(picture(64, 64, 0) == 1 && picture(64, 64, 1) > picture(64, 64, 2)) << options;

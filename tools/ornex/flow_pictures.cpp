@@ -63,9 +63,18 @@ std::array<double, 3> wheelColour(double u, double v)
 FlowPicture flowPicture(const VelocityField<double> &flow)
 {
     const int32_t rows = flow.u.rows(), cols = flow.u.cols();
+    // Full colour at the 99th percentile of the lengths, not at the largest:
+    // a few wild vectors (at borders that one frame does not show) would
+    // otherwise leave the whole picture nearly white.
+    std::vector<double> lengths(flow.u.values().size());
+    for (size_t k = 0; k < lengths.size(); ++k) {
+        lengths[k] = std::hypot(flow.u.values()[k], flow.v.values()[k]);
+    }
     double largest = 0;
-    for (size_t k = 0; k < flow.u.values().size(); ++k) {
-        largest = std::max(largest, std::hypot(flow.u.values()[k], flow.v.values()[k]));
+    if (!lengths.empty()) {
+        const auto rank = lengths.begin() + std::ptrdiff_t((lengths.size() - 1) * 99 / 100);
+        std::nth_element(lengths.begin(), rank, lengths.end());
+        largest = *rank;
     }
     Picture picture(rows, cols, 3);
     const double scale = largest > 0 ? 1 / largest : 0;

@@ -12,12 +12,13 @@ namespace ornex::tool {
 // no motion is white.
 std::array<double, 3> wheelColour(double u, double v);
 
-// A flow field in wheel colours, lengths divided by the largest, with a
+// A flow field in wheel colours, lengths divided by the 99th percentile of
+// the lengths (longer ones in full colour), with a
 // small wheel drawn in the top-right corner as the legend when the picture
 // has room for it.
 struct FlowPicture {
     Picture picture;
-    double largest; // the length that has full colour, in pixels
+    double largest; // the length from which on colours are full, in pixels
 };
 FlowPicture flowPicture(const VelocityField<double> &flow);
 

@@ -18,10 +18,10 @@ namespace {
 
 // Writes the picture once the data file (if any) is written; if the picture
 // fails, the data file goes too, so that a failed run leaves nothing.
-void writeImageAfter(const std::string &dataFile, const std::string &path, const Picture &picture)
+void writeImageAfter(const std::string &dataFile, const std::string &path, const LoadedImage &picture)
 {
     try {
-        writeImage(path, picture.view());
+        writePicture(path, picture);
     } catch (...) {
         if (!dataFile.empty()) {
             std::remove(dataFile.c_str());
@@ -73,7 +73,8 @@ int runMotion(const std::vector<std::string> &words)
         requireCsvName(csv);
     }
     reportStage("reading the frames");
-    const Picture frame1 = readImage(arguments->positional()[0]), frame2 = readImage(arguments->positional()[1]);
+    const LoadedImage first = readPicture(arguments->positional()[0]);
+    const Picture &frame1 = first.pixels, frame2 = readImage(arguments->positional()[1]);
     const Picture grey1 = toGrey(frame1.view()), grey2 = toGrey(frame2.view());
     reportStage("block matching");
     const auto vectors = blockMatching(grey1.view(), grey2.view(), options);
@@ -92,7 +93,8 @@ int runMotion(const std::vector<std::string> &words)
     if (!csv.empty()) {
         writeBlockVectors(csv, vectors, options.blockSize, options.blockSize);
     }
-    writeImageAfter(csv, arguments->positional()[2], drawn);
+    // Drawn over the first frame: its depth and alpha as they were.
+    writeImageAfter(csv, arguments->positional()[2], {std::move(drawn), first.alpha, first.bitDepth});
     std::fprintf(reportStreamFor(arguments->positional()[2]), "%zu blocks; median vector (u, v) = (%.1f, %.1f)\n",
                  us.size(), median(us), median(vs));
     return 0;
@@ -104,7 +106,7 @@ int runFlow(const std::vector<std::string> &words)
         words, "ornex flow FRAME1 FRAME2 OUTPUT [options]",
         "Dense optical flow from FRAME1 to FRAME2 (u across columns, v down rows, positive where the content\n"
         "moved right or down), drawn in colour-wheel coding: the hue is the direction (red right, yellow down,\n"
-        "cyan left, violet up), the saturation the length up to the largest, white still; the wheel in the\n"
+        "cyan left, violet up), the saturation the length (full from the 99th percentile on), white still; the wheel in the\n"
         "top-right corner is the legend. Prints the median over moving pixels and the colour scale.",
         {{"method", true, "hs (Horn-Schunck) or lk (Lucas-Kanade); default hs"},
          {"iterations", true, "Horn-Schunck sweeps (default 100)"},
@@ -150,11 +152,11 @@ int runFlow(const std::vector<std::string> &words)
     if (!saveTo.empty()) {
         writeFlow(saveTo, flow);
     }
-    writeImageAfter(saveTo, arguments->positional()[2], picture.picture);
+    writeImageAfter(saveTo, arguments->positional()[2], {picture.picture, std::nullopt, 8});
     const FlowSummary summary = summarizeFlow(flow);
     std::FILE *report = reportStreamFor(arguments->positional()[2]);
     std::fprintf(report, "median (u, v) = (%.2f, %.2f) over %zu moving pixels\n", summary.u, summary.v, summary.moving);
-    std::fprintf(report, "colour scale: full colour is a motion of %.2f pixels, white none\n", picture.largest);
+    std::fprintf(report, "colour scale: full colour from a motion of %.2f pixels on, white none\n", picture.largest);
     return 0;
 }
 
