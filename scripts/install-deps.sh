@@ -3,7 +3,7 @@
 # skipping those already present. Safe to run again.
 # Usage: scripts/install-deps.sh [CONFIGURATION ...] [PACKAGE ...]
 # Configurations (as scripts/test.sh names them, and demo) install only what
-# they need: release, sanitize, m32, windows, python, demo. Without one,
+# they need: release, sanitize, tsan, m32, windows, python, demo. Without one,
 # everything is installed. Other arguments are extra package names (the
 # benchmark yardsticks use this).
 set -euo pipefail
@@ -22,7 +22,7 @@ extra=()
 named=0
 for argument in "$@"; do
   case $argument in
-    release | sanitize | demo) named=1 ;;
+    release | sanitize | tsan | demo) named=1 ;;
     m32) named=1; packages+=("${m32[@]}") ;;
     windows) named=1; packages+=("${windows[@]}") ;;
     python) named=1; packages+=("${python[@]}") ;;

@@ -1,13 +1,15 @@
 #!/usr/bin/env bash
-# Builds ornex_rt and runs every test in five configurations:
+# Builds ornex_rt and runs every test in these configurations:
 #   release   64-bit optimised build
 #   m32       32-bit build (SSE2 floating point)
 #   sanitize  64-bit build with AddressSanitizer and UndefinedBehaviorSanitizer
 #   windows   32-bit Windows DLL cross-built with mingw-w64; its tests cannot
 #             run here, so only its export table is checked
+#   tsan      the test that runs several families on two threads at once,
+#             built with ThreadSanitizer
 #   python    the Python module, installed with pip into a fresh virtual
 #             environment as the README says, and its pytest suite
-# Usage: scripts/test.sh [configuration ...]   (default: all five)
+# Usage: scripts/test.sh [configuration ...]   (default: all of them)
 set -euo pipefail
 
 root=$(cd "$(dirname "$0")/.." && pwd)
@@ -15,9 +17,18 @@ cd "$root"
 jobs=$(nproc 2>/dev/null || echo 2)
 configurations=("$@")
 if [ ${#configurations[@]} -eq 0 ]; then
-  configurations=(release m32 sanitize windows python)
+  configurations=(release m32 sanitize tsan windows python)
 fi
 "$root/scripts/install-deps.sh" "${configurations[@]}"
+
+# Only the threads test runs under ThreadSanitizer: it is what exercises
+# concurrency, and the rest would only be slower.
+test_tsan() {
+  local build="$root/build/tsan"
+  cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DORNEX_TSAN=ON -DORNEX_BUILD_TOOL=OFF >/dev/null
+  cmake --build "$build" -j "$jobs" --target cpp_threads_test
+  TSAN_OPTIONS="halt_on_error=1 second_deadlock_stack=1" ctest --test-dir "$build" --output-on-failure -R cpp_threads_test
+}
 
 # The module is installed as a user would install it; the tests then compare
 # it with the C++ layer's results, written by a small program of the build.
@@ -39,6 +50,7 @@ for configuration in "${configurations[@]}"; do
     m32) options=(-DCMAKE_BUILD_TYPE=Release -DCMAKE_TOOLCHAIN_FILE="$root/cmake/toolchain-linux-i686.cmake") ;;
     sanitize) options=(-DCMAKE_BUILD_TYPE=RelWithDebInfo -DORNEX_SANITIZE=ON) ;;
     windows) options=(-DCMAKE_BUILD_TYPE=Release -DCMAKE_TOOLCHAIN_FILE="$root/cmake/toolchain-mingw-i686.cmake") ;;
+    tsan) echo "=== tsan"; test_tsan; continue ;;
     python) echo "=== python"; test_python; continue ;;
     *) echo "unknown configuration: $configuration" >&2; exit 2 ;;
   esac
