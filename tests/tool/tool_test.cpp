@@ -259,18 +259,6 @@ TEST_F(InFolder, StandardInputAndOutput)
     EXPECT_TRUE(testing::internal::GetCapturedStdout().starts_with("\xff\xd8\xff"));
 }
 
-// Paths for several inputs: the stem, the suffix and the extension (the input's unless named) in the folder asked
-// (the input's by default); an output that is its input, or two inputs with one output, are refused.
-TEST_F(InFolder, OutputPathsForSeveralInputs)
-{
-    EXPECT_EQ(outputPathFor("shots/a.jpg", "out", "-edges", ".png"), "out/a-edges.png");
-    EXPECT_EQ(outputPathFor("shots/a.b.tif", "", "-w"), "shots/a.b-w.tif");
-    EXPECT_EQ(outputPathFor("-", "out", "-edges"), "out/stdin-edges.png"); EXPECT_EQ(outputPathFor("noext", "", ""), "noext.png");
-    EXPECT_EQ(outputPathsFor({"a.jpg", "b.tif"}, "o", "", ".png"), (std::vector<std::string>{"o/a.png", "o/b.png"}));
-    EXPECT_THROW(outputPathFor("t.pgm", ".", ""), ToolError);
-    try { outputPathsFor({"x/a.jpg", "y/a.png"}, "o", "-e", ".png"); ADD_FAILURE(); } catch (const ToolError &e) { EXPECT_STREQ(e.what(), "'x/a.jpg' and 'y/a.png' would both be written to 'o/a-e.png'"); }
-}
-
 // Values are clamped to [0, 1] (NaN as 0), times 255, halves rounded up; a grey image goes thrice into a PPM; an old file is replaced.
 TEST_F(InFolder, WrittenValuesAreClampedAndRounded)
 {

@@ -576,41 +576,6 @@ void writeImage(const std::string &path, ImageView<const double> image, const st
     writePicture(path, image, std::nullopt, 8, format);
 }
 
-std::string outputPathFor(const std::string &input, const std::string &outDir, const std::string &suffix,
-                          const std::string &extension)
-{
-    const bool standardInput = input == "-";
-    const fs::path in(input);
-    std::string stem = standardInput ? std::string("stdin") : in.stem().string();
-    std::string ending = extension;
-    if (ending.empty()) {
-        ending = standardInput || in.extension().empty() ? std::string(".png") : in.extension().string();
-    }
-    const fs::path folder = !outDir.empty() ? fs::path(outDir) : standardInput ? fs::path() : in.parent_path();
-    const std::string output = (folder / (stem + suffix + ending)).string();
-    std::error_code error;
-    if (!standardInput && fs::equivalent(fs::path(output), in, error)) {
-        throw ToolError("the output for '" + input + "' would be '" + output + "', the input itself");
-    }
-    return output;
-}
-
-std::vector<std::string> outputPathsFor(const std::vector<std::string> &inputs, const std::string &outDir,
-                                        const std::string &suffix, const std::string &extension)
-{
-    std::vector<std::string> outputs;
-    std::map<std::string, size_t> firstInput; // by the output's normal form
-    for (size_t k = 0; k < inputs.size(); ++k) {
-        outputs.push_back(outputPathFor(inputs[k], outDir, suffix, extension));
-        const auto [at, isNew] = firstInput.emplace(fs::path(outputs.back()).lexically_normal().string(), k);
-        if (!isNew) {
-            throw ToolError("'" + inputs[at->second] + "' and '" + inputs[k] + "' would both be written to '" +
-                            outputs.back() + "'");
-        }
-    }
-    return outputs;
-}
-
 std::FILE *reportStreamFor(const std::string &outputPath) { return outputPath == "-" ? stderr : stdout; }
 
 } // namespace ornex::tool

@@ -66,21 +66,6 @@ void writePicture(const std::string &path, const LoadedImage &picture, const std
 // 8 bits, no alpha.
 void writeImage(const std::string &path, ImageView<const double> image, const std::string &format = "");
 
-// Where a command that takes several inputs writes the result for one of
-// them: OUTDIR/STEM SUFFIX EXTENSION. STEM is the input's file name without
-// its folder and extension ("stdin" for "-"); an empty outDir means the
-// input's own folder; an empty extension keeps the input's (".png" when it
-// has none or is "-"); the extension includes its dot. For example
-// outputPathFor("shots/a.jpg", "out", "-edges", ".png") is "out/a-edges.png".
-// Throws ToolError when the path would be the input file itself.
-std::string outputPathFor(const std::string &input, const std::string &outDir, const std::string &suffix,
-                          const std::string &extension = "");
-
-// outputPathFor for each input, in order; throws ToolError when two inputs
-// would share an output (a.jpg and a.png with one extension, say).
-std::vector<std::string> outputPathsFor(const std::vector<std::string> &inputs, const std::string &outDir,
-                                        const std::string &suffix, const std::string &extension = "");
-
 // Where a command prints its report when its output goes to outputPath:
 // stderr when that is "-" (standard output carries the picture), else stdout.
 std::FILE *reportStreamFor(const std::string &outputPath);
