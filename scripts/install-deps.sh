@@ -13,7 +13,7 @@ base=(
   googletest libgtest-dev libbenchmark-dev
   libopenimageio-dev libfreetype-dev libfontconfig-dev fonts-dejavu-core
 )
-m32=(gcc-multilib g++-multilib)
+m32=(g++-i686-linux-gnu)
 windows=(g++-mingw-w64-i686-win32)
 python=(python3-dev python3-numpy python3-pybind11 pybind11-dev python3-pytest python3-setuptools python3-pip python3-venv)
 
