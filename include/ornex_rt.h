@@ -438,7 +438,9 @@ ORNEX_API void ORNEX_HoughLines_RO(const float *theta, const float *rho, float *
  * 7 uint32; other codes leave the records unsorted) by their first three
  * fields, ties by input order; NaN compares as smaller. It fills numRows
  * records of six 32-bit words (24 bytes on every build, only 4-byte
- * alignment needed) and sorts them with qsort; the matrix is not moved.
+ * alignment needed) and sorts them; the matrix is not moved. The sort
+ * merges halves as glibc's qsort does, on every platform, so that rows with
+ * NaN come out in the same order everywhere.
  * Record layout: word 0 the number of compared fields (3), word 1 the field
  * stride (numRows), word 2 the tie-break selector (1: row index), word 3 the
  * row's index before sorting, words 4-5 a pointer to the row's first

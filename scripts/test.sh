@@ -1,14 +1,16 @@
 #!/usr/bin/env bash
 # Builds ornex_rt and runs every test in these configurations:
-#   release   64-bit optimised build
-#   m32       32-bit build (SSE2 floating point)
-#   sanitize  64-bit build with AddressSanitizer and UndefinedBehaviorSanitizer
-#   windows   32-bit Windows DLL cross-built with mingw-w64; its tests cannot
-#             run here, so only its export table is checked
-#   tsan      the test that runs several families on two threads at once,
-#             built with ThreadSanitizer
-#   python    the Python module, installed with pip into a fresh virtual
-#             environment as the README says, and its pytest suite
+#   release    64-bit optimised build
+#   m32        32-bit build (SSE2 floating point)
+#   sanitize   64-bit build with AddressSanitizer and UndefinedBehaviorSanitizer
+#   tsan       the test that runs several families on two threads at once,
+#              built with ThreadSanitizer
+#   windows    32-bit Windows DLL cross-built with mingw-w64; only its export
+#              table is checked
+#   windows64  64-bit Windows build cross-built with mingw-w64, its tests run
+#              under Wine in a prefix of its own (build/windows64/wine-prefix)
+#   python     the Python module, installed with pip into a fresh virtual
+#              environment as the README says, and its pytest suite
 # Usage: scripts/test.sh [configuration ...]   (default: all of them)
 set -euo pipefail
 
@@ -17,7 +19,7 @@ cd "$root"
 jobs=$(nproc 2>/dev/null || echo 2)
 configurations=("$@")
 if [ ${#configurations[@]} -eq 0 ]; then
-  configurations=(release m32 sanitize tsan windows python)
+  configurations=(release m32 sanitize tsan windows windows64 python)
 fi
 "$root/scripts/install-deps.sh" "${configurations[@]}"
 
@@ -51,6 +53,7 @@ for configuration in "${configurations[@]}"; do
     sanitize) options=(-DCMAKE_BUILD_TYPE=RelWithDebInfo -DORNEX_SANITIZE=ON) ;;
     windows) options=(-DCMAKE_BUILD_TYPE=Release -DCMAKE_TOOLCHAIN_FILE="$root/cmake/toolchain-mingw-i686.cmake") ;;
     tsan) echo "=== tsan"; test_tsan; continue ;;
+    windows64) options=(-DCMAKE_BUILD_TYPE=Release -DCMAKE_TOOLCHAIN_FILE="$root/cmake/toolchain-mingw-x86_64.cmake") ;;
     python) echo "=== python"; test_python; continue ;;
     *) echo "unknown configuration: $configuration" >&2; exit 2 ;;
   esac

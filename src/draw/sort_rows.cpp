@@ -1,10 +1,11 @@
 #include "ornex_rt.h"
 
-#include <cstdlib>
 #include <cstring>
 
 #include "draw/edge_table.hpp"
+#include "draw/record_merge_sort.hpp"
 #include "frame/element_traits.hpp"
+#include "frame/heap_scratch.hpp"
 
 namespace ornex::draw {
 namespace {
@@ -57,11 +58,9 @@ int compareRows(const void *firstRecord, const void *secondRecord)
     return first[tieBreakWord] == tieBreakOnRowIndex ? compareRowIndices(first, second) : 0;
 }
 
-using Comparison = int (*)(const void *, const void *);
-
 struct RowType {
     int32_t elementSize;
-    Comparison compare;
+    RecordComparison compare;
 };
 
 RowType rowType(int32_t typeCode)
@@ -95,9 +94,18 @@ void sortRows(const void *matrix, int32_t numRows, int32_t typeCode, int32_t *so
         record[rowPointerWord + 1] = 0;
         std::memcpy(record + rowPointerWord, &first, sizeof first);
     }
-    if (type.compare != nullptr && numRows > 0) {
-        std::qsort(sortRecords, static_cast<size_t>(numRows), sortRecordWords * sizeof(int32_t), type.compare);
+    if (type.compare == nullptr || numRows <= 1) {
+        return;
     }
+    constexpr int32_t stackRecords = 42;
+    int32_t onStack[stackRecords * sortRecordWords];
+    HeapScratch<int32_t> onHeap;
+    int32_t *scratch = onStack;
+    if (numRows > stackRecords) {
+        onHeap = takeHeapScratch<int32_t>(static_cast<size_t>(numRows) * sortRecordWords * sizeof(int32_t));
+        scratch = onHeap.get();
+    }
+    mergeSortRecords(sortRecords, static_cast<size_t>(numRows), type.compare, scratch);
 }
 
 } // namespace ornex::draw
