@@ -3,7 +3,7 @@
 # skipping those already present. Safe to run again.
 # Usage: scripts/install-deps.sh [CONFIGURATION ...] [PACKAGE ...]
 # Configurations (as scripts/test.sh names them, and demo) install only what
-# they need: release, sanitize, m32, windows, python, demo. Without one,
+# they need: release, sanitize, m32, windows, python, fuzz, demo. Without one,
 # everything is installed. Other arguments are extra package names (the
 # benchmark yardsticks use this).
 set -euo pipefail
@@ -15,6 +15,7 @@ base=(
 )
 m32=(gcc-multilib g++-multilib)
 windows=(g++-mingw-w64-i686-win32)
+fuzz=(clang-14 libclang-rt-14-dev)
 python=(python3-dev python3-numpy python3-pybind11 pybind11-dev python3-pytest python3-setuptools python3-pip python3-venv)
 
 packages=("${base[@]}")
@@ -26,11 +27,12 @@ for argument in "$@"; do
     m32) named=1; packages+=("${m32[@]}") ;;
     windows) named=1; packages+=("${windows[@]}") ;;
     python) named=1; packages+=("${python[@]}") ;;
+    fuzz) named=1; packages+=("${fuzz[@]}") ;;
     *) extra+=("$argument") ;;
   esac
 done
 if [ "$named" -eq 0 ]; then
-  packages+=("${m32[@]}" "${windows[@]}" "${python[@]}")
+  packages+=("${m32[@]}" "${windows[@]}" "${python[@]}" "${fuzz[@]}")
 fi
 packages+=(${extra[@]+"${extra[@]}"})
 
