@@ -3,8 +3,8 @@
 # skipping those already present. Safe to run again.
 # Usage: scripts/install-deps.sh [CONFIGURATION ...] [PACKAGE ...]
 # Configurations (as scripts/test.sh names them, and demo) install only what
-# they need: release, sanitize, tsan, m32, windows, windows64, python, demo.
-# Without one, everything is installed. Other arguments are extra package names (the
+# they need: release, sanitize, tsan, m32, windows, windows64, python, fuzz,
+# demo. Without one, everything is installed. Other arguments are extra package names (the
 # benchmark yardsticks use this).
 set -euo pipefail
 
@@ -16,6 +16,7 @@ base=(
 m32=(g++-i686-linux-gnu)
 windows=(g++-mingw-w64-i686-win32)
 windows64=(g++-mingw-w64-x86-64-posix wine64)
+fuzz=(clang-14 libclang-rt-14-dev)
 python=(python3-dev python3-numpy python3-pybind11 pybind11-dev python3-pytest python3-setuptools python3-pip python3-venv)
 
 packages=("${base[@]}")
@@ -28,11 +29,12 @@ for argument in "$@"; do
     windows) named=1; packages+=("${windows[@]}") ;;
     windows64) named=1; packages+=("${windows64[@]}") ;;
     python) named=1; packages+=("${python[@]}") ;;
+    fuzz) named=1; packages+=("${fuzz[@]}") ;;
     *) extra+=("$argument") ;;
   esac
 done
 if [ "$named" -eq 0 ]; then
-  packages+=("${m32[@]}" "${windows[@]}" "${windows64[@]}" "${python[@]}")
+  packages+=("${m32[@]}" "${windows[@]}" "${windows64[@]}" "${python[@]}" "${fuzz[@]}")
 fi
 packages+=(${extra[@]+"${extra[@]}"})
 

@@ -11,6 +11,8 @@
 #              under Wine in a prefix of its own (build/windows64/wine-prefix)
 #   python     the Python module, installed with pip into a fresh virtual
 #              environment as the README says, and its pytest suite
+#   fuzz       the libFuzzer harnesses of tests/fuzz (clang, with the
+#              sanitizers), each run for ORNEX_FUZZ_SECONDS (50) seconds
 # Usage: scripts/test.sh [configuration ...]   (default: all of them)
 set -euo pipefail
 
@@ -19,7 +21,7 @@ cd "$root"
 jobs=$(nproc 2>/dev/null || echo 2)
 configurations=("$@")
 if [ ${#configurations[@]} -eq 0 ]; then
-  configurations=(release m32 sanitize tsan windows windows64 python)
+  configurations=(release m32 sanitize tsan windows windows64 python fuzz)
 fi
 "$root/scripts/install-deps.sh" "${configurations[@]}"
 
@@ -46,6 +48,54 @@ test_python() {
   (cd "$build" && ORNEX_LAYER_CASES="$build/cases" "$build/venv/bin/python" -m pytest -q -p no:cacheprovider "$root/python/tests")
 }
 
+# One harness on a copy of its checked-in seeds (the copy grows, the seeds
+# stay), its log and exit status under build/fuzz/logs. Hangs count as
+# failures. The image reader needs full stacks for the known OpenImageIO
+# leak in tests/tool/lsan.supp, and malloc returning null past the
+# sanitizer's limit as it would without it (see its harness).
+fuzz_one() {
+  local name=$1 build=$2 seconds=$3
+  local corpus="$build/corpus/$name" logs="$build/logs"
+  rm -rf "$corpus" && mkdir -p "$corpus" && cp "$root/tests/fuzz/corpus/$name"/* "$corpus"/
+  local asan=""
+  [ "$name" = image_reader ] && asan="fast_unwind_on_malloc=0:allocator_may_return_null=1"
+  local status=0
+  ASAN_OPTIONS="$asan" LSAN_OPTIONS="suppressions=$root/tests/tool/lsan.supp" \
+    "$build/tests/fuzz/fuzz_$name" -max_total_time="$seconds" -timeout=10 -print_final_stats=1 \
+    -artifact_prefix="$logs/$name-" "$corpus" >"$logs/$name.log" 2>&1 || status=$?
+  echo "$status" >"$logs/$name.status"
+}
+
+test_fuzz() {
+  local build="$root/build/fuzz" seconds=${ORNEX_FUZZ_SECONDS:-50}
+  cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DORNEX_FUZZ=ON -DORNEX_BUILD_TESTS=OFF \
+    -DORNEX_BUILD_BENCHMARKS=OFF -DCMAKE_C_COMPILER=clang-14 -DCMAKE_CXX_COMPILER=clang++-14 >/dev/null
+  cmake --build "$build" -j "$jobs" --target ornex_fuzz_harnesses
+  rm -rf "$build/logs" && mkdir -p "$build/logs"
+  local names=() failed=()
+  for corpus in "$root"/tests/fuzz/corpus/*/; do
+    names+=("$(basename "$corpus")")
+  done
+  for name in "${names[@]}"; do
+    while [ "$(jobs -rp | wc -l)" -ge "$jobs" ]; do wait -n || true; done
+    fuzz_one "$name" "$build" "$seconds" &
+  done
+  wait
+  for name in "${names[@]}"; do
+    local runs
+    runs=$(grep -o 'number_of_executed_units: [0-9]*' "$build/logs/$name.log" | grep -o '[0-9]*$' || echo "?")
+    printf '%-16s %10s executions in %s s\n' "$name" "$runs" "$seconds"
+    if [ "$(cat "$build/logs/$name.status")" != 0 ]; then
+      failed+=("$name")
+      grep -A20 -E '^==[0-9]+==ERROR|runtime error|Sanitizer|deadly signal|timeout' "$build/logs/$name.log" | head -40 || true
+    fi
+  done
+  if [ ${#failed[@]} -ne 0 ]; then
+    echo "fuzzing found problems in: ${failed[*]} (inputs and logs in $build/logs)" >&2
+    return 1
+  fi
+}
+
 for configuration in "${configurations[@]}"; do
   case $configuration in
     release) options=(-DCMAKE_BUILD_TYPE=Release) ;;
@@ -55,6 +105,7 @@ for configuration in "${configurations[@]}"; do
     tsan) echo "=== tsan"; test_tsan; continue ;;
     windows64) options=(-DCMAKE_BUILD_TYPE=Release -DCMAKE_TOOLCHAIN_FILE="$root/cmake/toolchain-mingw-x86_64.cmake") ;;
     python) echo "=== python"; test_python; continue ;;
+    fuzz) echo "=== fuzz"; test_fuzz; continue ;;
     *) echo "unknown configuration: $configuration" >&2; exit 2 ;;
   esac
   echo "=== $configuration"

@@ -28,7 +28,10 @@ struct Crossing {
 inline int32_t circleDelta(int32_t x, int32_t y, int32_t r, const int16_t *sqrtTable, uint8_t *flagOut)
 {
     int32_t t = wrapDiv(wrapMul(x, 4096), r);
-    t = t > 3223 ? 3223 : t;
+    // Compared unsigned on purpose: past x = 2^19 the product wraps below
+    // zero, and such an index is capped like any other past the table's end
+    // instead of reading before its start.
+    t = static_cast<uint32_t>(t) > 3223u ? 3223 : t;
     const int32_t s = wrapMul(sqrtTable[t], r);
     *flagOut = wrapSub(wrapMul(y, 4096), s) >= 0 ? 1 : 0;
     return wrapAdd(wrapSub(static_cast<int32_t>(static_cast<uint32_t>(s) & ~0xFFFu), s), 4096) >> 2;

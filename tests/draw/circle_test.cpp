@@ -29,6 +29,13 @@ TEST(AACircleDelta, DistanceToTheNextWholePixelInQ10)
     EXPECT_EQ(ORNEX_DrawAACircle_Delta(3, 5, 5, table, &outside[2]), 1023);
     EXPECT_EQ(ORNEX_DrawAACircle_Delta(10, 0, 10, table, &outside[3]), (4096 - table[3223] * 10 % 4096) / 4);
     EXPECT_EQ(std::vector<uint8_t>(outside, outside + 4), (std::vector<uint8_t>{1, 0, 1, 0}));
+    // Past x = 2^19 the 32-bit x * 4096 wraps below zero (outlines of radius above about 741455 get there): the
+    // index is capped at 3223 like any past the end, and nothing before the table (of just the 3224 entries asked
+    // for) is read.
+    const std::vector<int16_t> shortest(sqrtTable.begin(), sqrtTable.begin() + 3224);
+    const int32_t r = (1 << 19) + 1000;
+    EXPECT_EQ(ORNEX_DrawAACircle_Delta((1 << 19) + 1, 0, r, shortest.data(), &outside[0]),
+              (4096 - shortest[3223] * r % 4096) / 4);
 }
 
 template <class Tp, class Wp, class Op, auto qI, auto qRgb, auto oI, auto oRgb, auto cI, auto cRgb, auto dI, auto dRgb,
