@@ -110,6 +110,30 @@ inline void requireConvexQuad(const Quad &quad, const char *argument)
     }
 }
 
+// The warp fills each cell pixel by pixel, reaching up to half a pixel past
+// the target quadrilateral; the output-to-source divisor w, linear across
+// the output, must keep its sign a pixel around every corner, or a position
+// there would not be a number.
+template <class T>
+void requireRoomBeforeHorizon(const std::array<T, 18> &block, bool fromQuad, const Quad &to)
+{
+    const size_t outputToSource = fromQuad ? 0 : 9;
+    int side = 0;
+    for (const Point &corner : to) {
+        for (const int dRow : {-1, 1}) {
+            for (const int dCol : {-1, 1}) {
+                const double w = (double(corner.col) + dCol) * double(block[outputToSource + 6]) +
+                                 (double(corner.row) + dRow) * double(block[outputToSource + 7]) +
+                                 double(block[outputToSource + 8]);
+                const int sign = (w > 0) - (w < 0);
+                require(sign != 0 && (side == 0 || sign == side), "to",
+                        "comes within a pixel of where the transform divides by zero");
+                side = sign;
+            }
+        }
+    }
+}
+
 template <class T>
 void requireFiniteMatrices(const std::array<T, 18> &block, const char *argument, const char *constraint)
 {
@@ -126,7 +150,7 @@ void requireFiniteMatrices(const std::array<T, 18> &block, const char *argument,
 // The transform that carries the rectangle rect of a sourceRows x sourceCols
 // image onto the quadrilateral to (corner k of the rectangle onto to[k]),
 // which must be convex with its corners going round (either way), within
-// -2^29 .. 2^29.
+// -2^29 .. 2^29, and keep a pixel clear of the transform's horizon.
 // Both matrices take image coordinates: the rectangle's origin is taken off
 // on the way in and added back on the way out.
 //   ornex::Quad to{{{0, 4}, {2, 40}, {30, 44}, {28, 0}}};
@@ -148,6 +172,7 @@ ProjectiveTransform<T> homography(const Rect &rect, const Quad &to, int32_t sour
     detail::Kernels<T>::rectTransform(points.data(), rectangle.data(), uint32_t(sourceRows), uint32_t(sourceCols), 2,
                                       1, 1, transform.block.data());
     detail::requireFiniteMatrices(transform.block, "to", "too far out for this precision");
+    detail::requireRoomBeforeHorizon(transform.block, false, to);
     return transform;
 }
 
@@ -177,6 +202,7 @@ ProjectiveTransform<T> homography(const Quad &from, const Quad &to, int32_t sour
     // source forward: the quadrilateral warp reads them in that order.
     std::copy(block.begin() + 36, block.end(), transform.block.begin());
     detail::requireFiniteMatrices(transform.block, "to", "too far out for this precision");
+    detail::requireRoomBeforeHorizon(transform.block, true, to);
     return transform;
 }
 
