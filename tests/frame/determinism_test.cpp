@@ -46,7 +46,9 @@ struct Fnv {
 std::map<std::string, Fnv> results;
 Fnv &H(const char *name) { return results[name]; }
 
-// splitmix64, seeded with the hash of the function's name.
+// splitmix64, seeded with the hash of the function's name. A call that takes several drawn values gets them from
+// names drawn beforehand, last argument first: the order in which GCC evaluates arguments on x86, where the table was
+// recorded (on ARM it goes first to last).
 struct Rng {
     uint64_t s;
     explicit Rng(const char *name) : s((Fnv() << std::string(name)).h) {}
@@ -119,7 +121,8 @@ template <class T> vector<T> edgy(Rng &g, size_t n, i32 kind, bool nan = true)
     vector<T> v(n);
     for (auto &x : v) {
         const i32 pick = kind == 2 ? g.in(0, 3) : kind % 2;
-        x = pick == 0 ? T(g.in(-3, 3)) : pick == 3 ? special[g.in(0, 5)] : std::ldexp(T(g.in(-4095, 4095)), g.in(-44, 8));
+        const i32 exponent = pick == 1 || pick == 2 ? g.in(-44, 8) : 0;
+        x = pick == 0 ? T(g.in(-3, 3)) : pick == 3 ? special[g.in(0, 5)] : std::ldexp(T(g.in(-4095, 4095)), exponent);
     }
     return v;
 }
@@ -357,7 +360,8 @@ std::array<i32, 8> quadAround(Rng &g, i32 r0, i32 c0, i32 r1, i32 c1, i32 spread
 template <class T> void xform(const char *nX, auto fX, const char *nQ, auto fQ)
 {
     cases(nX, 48, [&](Rng &g, int k) {
-        const auto quad = quadAround(g, 0, 0, g.in(5, 20), g.in(5, 20), 4), quad2 = quadAround(g, 2, 3, 14, 9, 5);
+        const i32 lastCol = g.in(5, 20), lastRow = g.in(5, 20);
+        const auto quad = quadAround(g, 0, 0, lastRow, lastCol, 4), quad2 = quadAround(g, 2, 3, 14, 9, 5);
         const i32 rect[4] = {g.in(-3, 3), g.in(-3, 3), g.in(1, 20), g.in(1, 20)};
         const uint32_t rows = uint32_t(g.in(1, 30)), cols = uint32_t(g.in(1, 30));
         vector<T> block(18, T(7)), block2(54, T(7));
@@ -496,8 +500,8 @@ void polygonTables()
         });
         i32 vertices[12];
         for (auto &v : vertices) v = g.in(0, 3);
-        H("ORNEX_DetectIfCornerPixel_FillPoly")
-            << ORNEX_DetectIfCornerPixel_FillPoly(vertices, g.in(0, 6), g.in(0, 3), g.in(0, 3));
+        const i32 column = g.in(0, 3), row = g.in(0, 3), count = g.in(0, 6);
+        H("ORNEX_DetectIfCornerPixel_FillPoly") << ORNEX_DetectIfCornerPixel_FillPoly(vertices, count, row, column);
     });
 }
 
@@ -605,7 +609,8 @@ void warp(const char *nR, auto fR, const char *nQ, auto fQ, const char *nO, auto
             return 0;
         });
         T q = 0, p = 0, w = 0;
-        fP(g.in(-3, 20), g.in(-3, 20), block.data() + 9, &q, &p, &w);
+        const i32 column = g.in(-3, 20), row = g.in(-3, 20);
+        fP(row, column, block.data() + 9, &q, &p, &w);
         H(nP) << q << p << w;
     });
     // Spans of one output column around the gathered packs and a run of 64 rows; source positions at fractions, at
