@@ -3,7 +3,7 @@
 # skipping those already present. Safe to run again.
 # Usage: scripts/install-deps.sh [CONFIGURATION ...] [PACKAGE ...]
 # Configurations (as scripts/test.sh names them, and demo) install only what
-# they need: release, sanitize, m32, windows, python, demo. Without one,
+# they need: release, sanitize, m32, arm64, windows, python, demo. Without one,
 # everything is installed. Other arguments are extra package names (the
 # benchmark yardsticks use this).
 set -euo pipefail
@@ -14,6 +14,7 @@ base=(
   libopenimageio-dev libfreetype-dev libfontconfig-dev fonts-dejavu-core
 )
 m32=(gcc-multilib g++-multilib)
+arm64=(g++-aarch64-linux-gnu qemu-user)
 windows=(g++-mingw-w64-i686-win32)
 python=(python3-dev python3-numpy python3-pybind11 pybind11-dev python3-pytest python3-setuptools python3-pip python3-venv)
 
@@ -24,13 +25,14 @@ for argument in "$@"; do
   case $argument in
     release | sanitize | demo) named=1 ;;
     m32) named=1; packages+=("${m32[@]}") ;;
+    arm64) named=1; packages+=("${arm64[@]}") ;;
     windows) named=1; packages+=("${windows[@]}") ;;
     python) named=1; packages+=("${python[@]}") ;;
     *) extra+=("$argument") ;;
   esac
 done
 if [ "$named" -eq 0 ]; then
-  packages+=("${m32[@]}" "${windows[@]}" "${python[@]}")
+  packages+=("${m32[@]}" "${arm64[@]}" "${windows[@]}" "${python[@]}")
 fi
 packages+=(${extra[@]+"${extra[@]}"})
 

@@ -1,13 +1,15 @@
 #!/usr/bin/env bash
-# Builds ornex_rt and runs every test in five configurations:
+# Builds ornex_rt and runs every test in six configurations:
 #   release   64-bit optimised build
 #   m32       32-bit build (SSE2 floating point)
+#   arm64     64-bit ARM build cross-built with Debian's aarch64 GCC; its tests
+#             run under qemu-aarch64
 #   sanitize  64-bit build with AddressSanitizer and UndefinedBehaviorSanitizer
 #   windows   32-bit Windows DLL cross-built with mingw-w64; its tests cannot
 #             run here, so only its export table is checked
 #   python    the Python module, installed with pip into a fresh virtual
 #             environment as the README says, and its pytest suite
-# Usage: scripts/test.sh [configuration ...]   (default: all five)
+# Usage: scripts/test.sh [configuration ...]   (default: all six)
 set -euo pipefail
 
 root=$(cd "$(dirname "$0")/.." && pwd)
@@ -15,7 +17,7 @@ cd "$root"
 jobs=$(nproc 2>/dev/null || echo 2)
 configurations=("$@")
 if [ ${#configurations[@]} -eq 0 ]; then
-  configurations=(release m32 sanitize windows python)
+  configurations=(release m32 arm64 sanitize windows python)
 fi
 "$root/scripts/install-deps.sh" "${configurations[@]}"
 
@@ -37,6 +39,7 @@ for configuration in "${configurations[@]}"; do
   case $configuration in
     release) options=(-DCMAKE_BUILD_TYPE=Release) ;;
     m32) options=(-DCMAKE_BUILD_TYPE=Release -DCMAKE_TOOLCHAIN_FILE="$root/cmake/toolchain-linux-i686.cmake") ;;
+    arm64) options=(-DCMAKE_BUILD_TYPE=Release -DCMAKE_TOOLCHAIN_FILE="$root/cmake/toolchain-linux-aarch64.cmake") ;;
     sanitize) options=(-DCMAKE_BUILD_TYPE=RelWithDebInfo -DORNEX_SANITIZE=ON) ;;
     windows) options=(-DCMAKE_BUILD_TYPE=Release -DCMAKE_TOOLCHAIN_FILE="$root/cmake/toolchain-mingw-i686.cmake") ;;
     python) echo "=== python"; test_python; continue ;;
