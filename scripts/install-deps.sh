@@ -3,8 +3,8 @@
 # skipping those already present. Safe to run again.
 # Usage: scripts/install-deps.sh [CONFIGURATION ...] [PACKAGE ...]
 # Configurations (as scripts/test.sh names them, and demo) install only what
-# they need: release, sanitize, tsan, m32, windows, windows64, python, fuzz,
-# demo. Without one, everything is installed. Other arguments are extra package names (the
+# they need: release, sanitize, tsan, m32, arm64, windows, windows64, python,
+# fuzz, demo. Without one, everything is installed. Other arguments are extra package names (the
 # benchmark yardsticks use this).
 set -euo pipefail
 
@@ -14,6 +14,7 @@ base=(
   libopenimageio-dev libfreetype-dev libfontconfig-dev fonts-dejavu-core
 )
 m32=(g++-i686-linux-gnu)
+arm64=(g++-aarch64-linux-gnu qemu-user)
 windows=(g++-mingw-w64-i686-win32)
 windows64=(g++-mingw-w64-x86-64-posix wine64)
 fuzz=(clang-14 libclang-rt-14-dev)
@@ -26,6 +27,7 @@ for argument in "$@"; do
   case $argument in
     release | sanitize | tsan | demo) named=1 ;;
     m32) named=1; packages+=("${m32[@]}") ;;
+    arm64) named=1; packages+=("${arm64[@]}") ;;
     windows) named=1; packages+=("${windows[@]}") ;;
     windows64) named=1; packages+=("${windows64[@]}") ;;
     python) named=1; packages+=("${python[@]}") ;;
@@ -34,7 +36,7 @@ for argument in "$@"; do
   esac
 done
 if [ "$named" -eq 0 ]; then
-  packages+=("${m32[@]}" "${windows[@]}" "${windows64[@]}" "${python[@]}" "${fuzz[@]}")
+  packages+=("${m32[@]}" "${arm64[@]}" "${windows[@]}" "${windows64[@]}" "${python[@]}" "${fuzz[@]}")
 fi
 packages+=(${extra[@]+"${extra[@]}"})
 

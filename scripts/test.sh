@@ -2,6 +2,8 @@
 # Builds ornex_rt and runs every test in these configurations:
 #   release    64-bit optimised build
 #   m32        32-bit build (SSE2 floating point)
+#   arm64      64-bit ARM build cross-built with Debian's aarch64 GCC; its tests
+#              run under qemu-aarch64
 #   sanitize   64-bit build with AddressSanitizer and UndefinedBehaviorSanitizer
 #   tsan       the test that runs several families on two threads at once,
 #              built with ThreadSanitizer
@@ -21,7 +23,7 @@ cd "$root"
 jobs=$(nproc 2>/dev/null || echo 2)
 configurations=("$@")
 if [ ${#configurations[@]} -eq 0 ]; then
-  configurations=(release m32 sanitize tsan windows windows64 python fuzz)
+  configurations=(release m32 arm64 sanitize tsan windows windows64 python fuzz)
 fi
 "$root/scripts/install-deps.sh" "${configurations[@]}"
 
@@ -100,6 +102,7 @@ for configuration in "${configurations[@]}"; do
   case $configuration in
     release) options=(-DCMAKE_BUILD_TYPE=Release) ;;
     m32) options=(-DCMAKE_BUILD_TYPE=Release -DCMAKE_TOOLCHAIN_FILE="$root/cmake/toolchain-linux-i686.cmake") ;;
+    arm64) options=(-DCMAKE_BUILD_TYPE=Release -DCMAKE_TOOLCHAIN_FILE="$root/cmake/toolchain-linux-aarch64.cmake") ;;
     sanitize) options=(-DCMAKE_BUILD_TYPE=RelWithDebInfo -DORNEX_SANITIZE=ON) ;;
     windows) options=(-DCMAKE_BUILD_TYPE=Release -DCMAKE_TOOLCHAIN_FILE="$root/cmake/toolchain-mingw-i686.cmake") ;;
     tsan) echo "=== tsan"; test_tsan; continue ;;

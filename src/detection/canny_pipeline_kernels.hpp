@@ -80,7 +80,7 @@ void smoothTaps(const T *const *after, const T *const *before, const T *__restri
 template <class P>
 [[gnu::always_inline]] inline P squareRootOf(P a)
 {
-    constexpr bool single = sizeof(typename P::Bit) == 4;
+    [[maybe_unused]] constexpr bool single = sizeof(typename P::Bit) == 4;
 #if ORNEX_PACK_BYTES == 32 && defined(__AVX2__)
     if constexpr (single) {
         return {(typename P::Native)_mm256_sqrt_ps((__m256)a.lanes)};
@@ -192,6 +192,8 @@ void copyOut(T *__restrict dst, const T *__restrict src, int32_t count, bool pac
             streamPack(dst + i, src + i);
         }
     }
+#else
+    (void)packed;
 #endif
     std::memcpy(dst + i, src + i, static_cast<size_t>(count - i) * sizeof(T));
 }

@@ -1,12 +1,13 @@
 #!/bin/sh
-# check_install.sh CMAKE BUILD_DIR SCRATCH CONSUMER_DIR README CC CFLAGS PKG_CONFIG CXX
+# check_install.sh CMAKE BUILD_DIR SCRATCH CONSUMER_DIR README CC CFLAGS PKG_CONFIG CXX [EMULATOR]
 # Installs the build into a scratch prefix and builds the README's C example
 # against it, once through find_package and once through pkg-config, and the
 # README's C++ example through both, without setting the language standard.
 # Nothing sets LD_LIBRARY_PATH: the programs and the installed tool (from a
-# prefix moved elsewhere) must find the library themselves.
+# prefix moved elsewhere) must find the library themselves. A cross build
+# passes the command that runs its programs here (qemu) as EMULATOR.
 set -eu
-cmake=$1 build=$2 scratch=$3 consumer=$4 readme=$5 cc=$6 cflags=$7 pkgconfig=$8 cxx=$9
+cmake=$1 build=$2 scratch=$3 consumer=$4 readme=$5 cc=$6 cflags=$7 pkgconfig=$8 cxx=$9 emulator=${10:-}
 prefix=$scratch/prefix
 
 rm -rf "$scratch"
@@ -21,7 +22,8 @@ libdir=$(dirname "$(find "$prefix" -name 'libornex_rt.so*' | head -n 1)")
 unset LD_LIBRARY_PATH
 
 check_output() {
-  output=$("$1")
+  # shellcheck disable=SC2086
+  output=$($emulator "$1")
   echo "$2: $output"
   case $output in
     "row 1, column 2 (ornex_rt "[0-9]*.[0-9]*.[0-9]*.[0-9]*", built "*" "*" "[0-9][0-9][0-9][0-9]")") ;;
@@ -34,7 +36,8 @@ sed -n '/^```cpp$/,/^```$/p' "$readme" | sed '1d;$d' > "$example_cpp"
 [ -s "$example_cpp" ] || { echo "no C++ example in $readme"; exit 1; }
 
 check_cpp_output() {
-  output=$("$1")
+  # shellcheck disable=SC2086
+  output=$($emulator "$1")
   echo "$2: $output"
   case $output in
     [1-9]*" edge pixels; strongest line ("*", "*") to ("*", "*")") ;;
