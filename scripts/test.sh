@@ -23,8 +23,8 @@ cd "$root"
 jobs=$(nproc 2>/dev/null || echo 2)
 configurations=("$@")
 if [ ${#configurations[@]} -eq 0 ]; then
-  # fuzz runs when named: its warp harness has an open finding, kept as the
-  # seed tests/fuzz/corpus/warp/open-nearest-float-read.
+  # fuzz runs when named: its warp harness has an open finding, whose input
+  # is kept as the seed tests/fuzz/corpus/warp/open-nearest-float-read.
   configurations=(release m32 arm64 sanitize tsan windows windows64 python)
 fi
 "$root/scripts/install-deps.sh" "${configurations[@]}"
