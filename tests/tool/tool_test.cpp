@@ -12,6 +12,7 @@
 
 #include "commands.hpp"
 #include "font.hpp"
+#include "files.hpp"
 #include "image_io.hpp"
 #include "pictures.hpp"
 #include "tool_error.hpp"
@@ -23,7 +24,6 @@ using namespace ornex::tool;
 using namespace std::string_literals;
 
 void put(const std::string &path, const std::string &bytes) { std::ofstream(path, std::ios::binary) << bytes; }
-std::string slurp(const std::string &path) { std::ifstream in(path, std::ios::binary); return {std::istreambuf_iterator<char>(in), {}}; }
 int shell(const std::string &line) { return WEXITSTATUS(std::system(line.c_str())); }
 double maxDifference(const Image<double> &a, const Image<double> &b)
 {
@@ -139,9 +139,9 @@ TEST_F(InFolder, OrientationIsApplied)
 {
     auto store = [](const std::string &path, int rows, int cols, int channels, const std::vector<uint8_t> &samples, int orientation) {
         auto out = OIIO::ImageOutput::create(path);
-        OIIO::ImageSpec spec(cols, rows, channels, OIIO::TypeDesc::UINT8);
-        spec.attribute("Orientation", orientation);
-        ASSERT_TRUE(out && out->open(path, spec) && out->write_image(OIIO::TypeDesc::UINT8, samples.data()) && out->close());
+        OIIO::ImageSpec header(cols, rows, channels, OIIO::TypeDesc::UINT8);
+        header.attribute("Orientation", orientation);
+        ASSERT_TRUE(out && out->open(path, header) && out->write_image(OIIO::TypeDesc::UINT8, samples.data()) && out->close());
     };
     const std::vector<uint8_t> stored{10, 20, 30, 40, 50, 60}; // rows 10 20 30 and 40 50 60
     const auto s = [&](int r, int c) { return stored[size_t(r * 3 + c)] / 255.0; };
@@ -171,9 +171,9 @@ TEST_F(InFolder, OrientationIsApplied)
 TEST_F(InFolder, AssociatedAlphaIsDividedBack)
 {
     auto out = OIIO::ImageOutput::create("tif");
-    const OIIO::ImageSpec spec(2, 1, 4, OIIO::TypeDesc::UINT8); // RGBA, alpha named, associated unless said otherwise
+    const OIIO::ImageSpec header(2, 1, 4, OIIO::TypeDesc::UINT8); // RGBA, alpha named, associated unless said otherwise
     const uint8_t samples[] = {100, 50, 0, 200, 10, 20, 30, 0};
-    ASSERT_TRUE(out && out->open("assoc.tif", spec) && out->write_image(OIIO::TypeDesc::UINT8, samples) && out->close());
+    ASSERT_TRUE(out && out->open("assoc.tif", header) && out->write_image(OIIO::TypeDesc::UINT8, samples) && out->close());
     const LoadedImage image = readPicture("assoc.tif");
     ASSERT_TRUE(image.alpha.has_value());
     EXPECT_EQ(image.pixels.values(), (std::vector{0.5, 10 / 255.0, 0.25, 20 / 255.0, 0.0, 30 / 255.0}));

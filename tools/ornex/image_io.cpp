@@ -192,33 +192,33 @@ LoadedImage decode(const std::string &file, const std::string &label)
     if (!input) {
         readFailure(label, oiioMessage(OIIO::geterror(), "no reader for this format"));
     }
-    OIIO::ImageSpec config, spec;
+    OIIO::ImageSpec config, header;
     config.attribute("oiio:UnassociatedAlpha", 1);
-    if (!input->open(file, spec, config)) {
+    if (!input->open(file, header, config)) {
         readFailure(label, oiioMessage(input->geterror(), "cannot decode the file"));
     }
-    if (spec.deep) {
+    if (header.deep) {
         readFailure(label, "deep images are not supported");
     }
-    if (spec.width <= 0 || spec.height <= 0 || spec.nchannels <= 0) {
+    if (header.width <= 0 || header.height <= 0 || header.nchannels <= 0) {
         readFailure(label, "the image has no pixels");
     }
-    if (uint64_t(spec.width) * uint64_t(spec.height) > kMaxPixels) {
+    if (uint64_t(header.width) * uint64_t(header.height) > kMaxPixels) {
         readFailure(label, "image too large");
     }
 
     // Integer samples of one byte read as such, wider ones as 16 bits, floats
     // as floats: each then becomes a double by one division.
-    const int channels = spec.nchannels;
+    const int channels = header.nchannels;
     OIIO::TypeDesc type = OIIO::TypeDesc::UINT16;
     int bitDepth = 16;
-    if (spec.format.is_floating_point()) {
+    if (header.format.is_floating_point()) {
         type = OIIO::TypeDesc::FLOAT;
-    } else if (spec.format.size() == 1) {
+    } else if (header.format.size() == 1) {
         type = OIIO::TypeDesc::UINT8;
         bitDepth = 8;
     }
-    const size_t sampleCount = size_t(spec.width) * size_t(spec.height) * size_t(channels);
+    const size_t sampleCount = size_t(header.width) * size_t(header.height) * size_t(channels);
     std::vector<uint8_t> narrow(type == OIIO::TypeDesc::UINT8 ? sampleCount : 0);
     std::vector<uint16_t> broad(type == OIIO::TypeDesc::UINT16 ? sampleCount : 0);
     std::vector<float> real(type == OIIO::TypeDesc::FLOAT ? sampleCount : 0);
@@ -228,14 +228,14 @@ LoadedImage decode(const std::string &file, const std::string &label)
     if (!input->read_image(0, 0, 0, channels, type, data)) {
         readFailure(label, oiioMessage(input->geterror(), "truncated or damaged image data"));
     }
-    int orientation = spec.get_int_attribute("Orientation", 1);
+    int orientation = header.get_int_attribute("Orientation", 1);
     orientation = orientation >= 1 && orientation <= 8 ? orientation : 1;
-    const bool unassociated = spec.get_int_attribute("oiio:UnassociatedAlpha", 0) != 0;
+    const bool unassociated = header.get_int_attribute("oiio:UnassociatedAlpha", 0) != 0;
     input->close();
 
     // Channels: grey, grey+alpha, RGB, RGBA; past that the first three colour
     // channels and the alpha that the file names.
-    int alphaChannel = spec.alpha_channel;
+    int alphaChannel = header.alpha_channel;
     const bool namedAlpha = alphaChannel >= 0 && alphaChannel < channels;
     if (!namedAlpha) {
         alphaChannel = channels == 2 || channels == 4 ? channels - 1 : -1;
@@ -254,7 +254,7 @@ LoadedImage decode(const std::string &file, const std::string &label)
     // The EXIF orientation, applied here: OpenImageIO 2.4's reorient swaps
     // 5 (transpose) and 7 (transverse). Pixel (r, c) as shown is stored at
     // (storedRow, storedCol).
-    const int32_t height = spec.height, width = spec.width;
+    const int32_t height = header.height, width = header.width;
     const bool turned = orientation >= 5;
     const int32_t rows = turned ? width : height, cols = turned ? height : width;
     auto sample = [&](int32_t r, int32_t c, int ch) -> double {
@@ -432,7 +432,7 @@ std::string createSibling(const std::string &target)
     }
 }
 
-void encode(const std::string &target, const std::string &file, const Format &format, const OIIO::ImageSpec &spec,
+void encode(const std::string &target, const std::string &file, const Format &format, const OIIO::ImageSpec &header,
             const void *samples)
 {
     // OpenImageIO names the file it writes: the user knows it as the target.
@@ -447,10 +447,10 @@ void encode(const std::string &target, const std::string &file, const Format &fo
     if (!output) {
         failure(OIIO::geterror());
     }
-    if (!output->open(file, spec)) {
+    if (!output->open(file, header)) {
         failure(output->geterror());
     }
-    const bool written = output->write_image(spec.format, samples);
+    const bool written = output->write_image(header.format, samples);
     const bool closed = output->close();
     if (!written || !closed) {
         failure(output->geterror());
@@ -522,15 +522,15 @@ void writePicture(const std::string &path, ImageView<const double> pixels,
     const ImageView<const double> *keptAlpha = alpha && chosen.alpha ? &*alpha : nullptr;
     const bool wide = std::min(bitDepth, chosen.maxBitDepth) == 16;
 
-    OIIO::ImageSpec spec(pixels.cols, pixels.rows, colourChannels + (keptAlpha != nullptr ? 1 : 0),
+    OIIO::ImageSpec header(pixels.cols, pixels.rows, colourChannels + (keptAlpha != nullptr ? 1 : 0),
                          wide ? OIIO::TypeDesc::UINT16 : OIIO::TypeDesc::UINT8);
     if (keptAlpha != nullptr) {
-        spec.alpha_channel = colourChannels;
-        spec.attribute("oiio:UnassociatedAlpha", 1);
+        header.alpha_channel = colourChannels;
+        header.attribute("oiio:UnassociatedAlpha", 1);
     }
     if (&chosen == &kJpeg) {
-        spec.attribute("Compression", "jpeg:95");
-        spec.attribute("jpeg:subsampling", "4:4:4");
+        header.attribute("Compression", "jpeg:95");
+        header.attribute("jpeg:subsampling", "4:4:4");
     }
     try {
         std::vector<uint8_t> narrow;
@@ -547,12 +547,12 @@ void writePicture(const std::string &path, ImageView<const double> pixels,
             int descriptor = -1;
             FileRemover encoded(makeTemporaryFile("ornex-stdout", descriptor));
             ::close(descriptor);
-            encode(path, encoded.path(), chosen, spec, samples);
+            encode(path, encoded.path(), chosen, header, samples);
             copyToStandardOutput(encoded.path());
             return;
         }
         FileRemover temporary(createSibling(path));
-        encode(path, temporary.path(), chosen, spec, samples);
+        encode(path, temporary.path(), chosen, header, samples);
         if (std::rename(temporary.path().c_str(), path.c_str()) != 0) {
             writeFailure(path, systemMessage(errno, "cannot replace the file"));
         }
