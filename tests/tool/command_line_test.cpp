@@ -14,6 +14,7 @@
 
 #include "draw_items.hpp"
 #include "font.hpp"
+#include "files.hpp"
 #include "image_io.hpp"
 #include "ornex_rt.h"
 #include "progress.hpp"
@@ -25,7 +26,6 @@ using namespace ornex;
 using namespace ornex::tool;
 using namespace std::string_literals;
 
-std::string slurp(const fs::path &path) { std::ifstream in(path, std::ios::binary); return {std::istreambuf_iterator<char>(in), {}}; }
 
 struct Outcome { int code; std::string out, err; };
 

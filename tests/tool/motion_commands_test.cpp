@@ -10,6 +10,7 @@
 #include "commands.hpp"
 #include "flow_files.hpp"
 #include "flow_pictures.hpp"
+#include "files.hpp"
 #include "image_io.hpp"
 
 namespace {
@@ -18,7 +19,6 @@ using namespace ornex;
 using namespace ornex::tool;
 using namespace std::string_literals;
 
-std::string slurp(const std::string &path) { std::ifstream in(path, std::ios::binary); return {std::istreambuf_iterator<char>(in), {}}; }
 std::string bytes(const std::string &hex) { std::string out; for (size_t k = 0; k < hex.size(); k += 2) out += char(std::stoi(hex.substr(k, 2), nullptr, 16)); return out; }
 
 // The output of a command, or "error: " and its message.
