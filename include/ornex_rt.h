@@ -608,6 +608,12 @@ ORNEX_API void ORNEX_FillVerticalScanLine_AA_RGB_I16(int16_t *red, int16_t *gree
  * A block is 18 values, two column-order 3x3 matrices on [x y 1] (x the
  * column): p = x m0 + y m1 + m2 (column), q = x m3 + y m4 + m5 (row),
  * w = x m6 + y m7 + m8.
+ * The samplers trust their positions, and one that is not a number reads
+ * outside the source: keep each matrix's w one-signed wherever it is used,
+ * the sampling matrix's over every output pixel a cell can cover (spans
+ * reach half a pixel past the rounded corners). The quadrilateral driver
+ * rounds its division points to whole pixels, so with D > 0 its cell
+ * corners can lie a pixel outside the quadrilateral, a thin one especially.
  *
  * ORNEX_DivideRectXform_*: cells of the image (or, with useRect, of rows
  * rect[0] .. rect[2] - 1 and columns rect[1] .. rect[3] - 1: the third and

@@ -15,7 +15,7 @@
 #              environment as the README says, and its pytest suite
 #   fuzz       the libFuzzer harnesses of tests/fuzz (clang, with the
 #              sanitizers), each run for ORNEX_FUZZ_SECONDS (50) seconds
-# Usage: scripts/test.sh [configuration ...]   (default: all but fuzz)
+# Usage: scripts/test.sh [configuration ...]   (default: all of them)
 set -euo pipefail
 
 root=$(cd "$(dirname "$0")/.." && pwd)
@@ -23,9 +23,7 @@ cd "$root"
 jobs=$(nproc 2>/dev/null || echo 2)
 configurations=("$@")
 if [ ${#configurations[@]} -eq 0 ]; then
-  # fuzz runs when named: its warp harness has an open finding, whose input
-  # is kept as the seed tests/fuzz/corpus/warp/open-nearest-float-read.
-  configurations=(release m32 arm64 sanitize tsan windows windows64 python)
+  configurations=(release m32 arm64 sanitize tsan windows windows64 python fuzz)
 fi
 "$root/scripts/install-deps.sh" "${configurations[@]}"
 

@@ -110,6 +110,43 @@ inline void requireConvexQuad(const Quad &quad, const char *argument)
     }
 }
 
+// Whether the divisor w of the matrix at block[first] keeps one sign, never
+// zero, at every point (row, column).
+template <class T, size_t N>
+bool divisorKeepsSign(const std::array<T, 18> &block, size_t first, const std::array<std::array<double, 2>, N> &points)
+{
+    int side = 0;
+    for (const auto &[row, col] : points) {
+        const double w = col * double(block[first + 6]) + row * double(block[first + 7]) + double(block[first + 8]);
+        const int sign = (w > 0) - (w < 0);
+        if (sign == 0 || (side != 0 && sign != side)) {
+            return false;
+        }
+        side = sign;
+    }
+    return true;
+}
+
+// The four points a pixel diagonally around each point.
+template <size_t N>
+std::array<std::array<double, 2>, 4 * N> pixelAround(const std::array<std::array<double, 2>, N> &points)
+{
+    std::array<std::array<double, 2>, 4 * N> around{};
+    for (size_t k = 0; k < 4 * N; ++k) {
+        around[k] = {points[k / 4][0] + (k % 2 ? 1 : -1), points[k / 4][1] + (k / 2 % 2 ? 1 : -1)};
+    }
+    return around;
+}
+
+inline std::array<std::array<double, 2>, 4> cornerPoints(const Quad &quad)
+{
+    std::array<std::array<double, 2>, 4> points{};
+    for (size_t k = 0; k < 4; ++k) {
+        points[k] = {double(quad[k].row), double(quad[k].col)};
+    }
+    return points;
+}
+
 // The warp fills each cell pixel by pixel, reaching up to half a pixel past
 // the target quadrilateral; the output-to-source divisor w, linear across
 // the output, must keep its sign a pixel around every corner, or a position
@@ -117,21 +154,31 @@ inline void requireConvexQuad(const Quad &quad, const char *argument)
 template <class T>
 void requireRoomBeforeHorizon(const std::array<T, 18> &block, bool fromQuad, const Quad &to)
 {
-    const size_t outputToSource = fromQuad ? 0 : 9;
-    int side = 0;
-    for (const Point &corner : to) {
-        for (const int dRow : {-1, 1}) {
-            for (const int dCol : {-1, 1}) {
-                const double w = (double(corner.col) + dCol) * double(block[outputToSource + 6]) +
-                                 (double(corner.row) + dRow) * double(block[outputToSource + 7]) +
-                                 double(block[outputToSource + 8]);
-                const int sign = (w > 0) - (w < 0);
-                require(sign != 0 && (side == 0 || sign == side), "to",
-                        "comes within a pixel of where the transform divides by zero");
-                side = sign;
-            }
-        }
+    require(divisorKeepsSign(block, fromQuad ? 0 : 9, pixelAround(cornerPoints(to))), "to",
+            "comes within a pixel of where the transform divides by zero");
+}
+
+// With subdivisions the quadrilateral warp rounds its division points to
+// whole pixels, so a cell corner may lie up to a pixel outside the source
+// quadrilateral (a thin one especially). Such a corner must still map to a
+// finite point: the forward divisor keeps its sign a pixel around every
+// source corner. The cells then fill the image of that margin and a pixel
+// more, where the sampling divisor must keep its sign.
+template <class T>
+void requireCellsClearOfHorizon(const std::array<T, 18> &block, const Quad &from)
+{
+    const char *const constraint = "cut the source quadrilateral into cells that reach past where the transform "
+                                   "divides by zero; use none, or a fuller quadrilateral";
+    const auto margin = pixelAround(cornerPoints(from));
+    require(divisorKeepsSign(block, 9, margin), "subdivisions", constraint);
+    std::array<std::array<double, 2>, margin.size()> image{};
+    for (size_t k = 0; k < margin.size(); ++k) {
+        const auto [row, col] = margin[k];
+        const double w = col * double(block[15]) + row * double(block[16]) + double(block[17]);
+        image[k] = {(col * double(block[12]) + row * double(block[13]) + double(block[14])) / w,
+                    (col * double(block[9]) + row * double(block[10]) + double(block[11])) / w};
     }
+    require(divisorKeepsSign(block, 0, pixelAround(image)), "subdivisions", constraint);
 }
 
 template <class T>
@@ -248,6 +295,9 @@ Image<T> warp(const WarpPlanes<T> &source, int32_t outputRows, int32_t outputCol
                                : regionInside(transform.rect, source.rows, source.cols),
             "transform", "its source region must lie inside the source image");
     requireFiniteMatrices(transform.block, "transform", "its matrices must be finite");
+    if (transform.fromQuad && options.subdivisions > 0) {
+        requireCellsClearOfHorizon(transform.block, transform.quad);
+    }
 
     Image<T> output(outputRows, outputCols, source.planes);
     const ImageView<T> out = output.view();

@@ -6,12 +6,16 @@
 // Kept in range, as the header asks: every quadrilateral convex with its
 // corners going round (a projective map of a rectangle is only then finite
 // and one-to-one over it), source regions inside the source image, finite
-// matrices whose denominator w keeps one sign, well away from zero, over the
-// output quadrilateral's bounding box widened by a pixel (cells are rounded
-// to pixels, so spans reach half a pixel past the exact quadrilateral, and a
-// pixel with w = 0 is sampled at a position that is not a number, which the
-// header lets pass the clamps), the output window no larger than the output
-// buffer (its index formula stays inside), lower bounds within the source.
+// matrices whose sampling divisor w keeps one sign, well away from zero,
+// over the bounding box, widened by a pixel, of every output point a cell
+// can cover (cells are rounded to pixels, so spans reach half a pixel past
+// the exact quadrilateral, and a pixel with w = 0 is sampled at a position
+// that is not a number, which the header lets pass the clamps); for the
+// quadrilateral driver the cells' corners can lie a pixel outside the
+// source quadrilateral, so the forward divisor keeps its sign over that
+// margin and its image counts as covered. The output window is no larger
+// than the output buffer (its index formula stays inside), lower bounds lie
+// within the source.
 // Sizes up to 16.
 #include <cmath>
 
@@ -46,20 +50,64 @@ bool convex(const Quad &q)
     return true;
 }
 
-// w of the sampling matrix m over the bounding box of q widened by one.
+// Whether w = column m6 + row m7 + m8 keeps one sign, well away from zero,
+// at the points (row, column); w is linear, so then also between them.
 template <class T>
-bool denominatorKeepsSign(const T *m, const Quad &q)
+bool divisorKeepsSign(const T *m, const std::vector<std::array<double, 2>> &points)
 {
-    const auto [rowLow, rowHigh] = std::minmax({q[0], q[2], q[4], q[6]});
-    const auto [colLow, colHigh] = std::minmax({q[1], q[3], q[5], q[7]});
     double low = INFINITY, high = -INFINITY;
-    for (int32_t r = rowLow - 1; r <= rowHigh + 1; ++r)
-        for (int32_t c = colLow - 1; c <= colHigh + 1; ++c) {
-            const double w = c * double(m[6]) + r * double(m[7]) + double(m[8]);
-            low = std::min(low, w);
-            high = std::max(high, w);
-        }
+    for (const auto &[row, col] : points) {
+        const double w = col * double(m[6]) + row * double(m[7]) + double(m[8]);
+        low = std::min(low, w);
+        high = std::max(high, w);
+    }
     return low > 1e-4 * high || high < 1e-4 * low;
+}
+
+// The corners of the bounding box of the points, widened by a pixel.
+std::vector<std::array<double, 2>> boxAround(const std::vector<std::array<double, 2>> &points)
+{
+    double rowLow = INFINITY, rowHigh = -INFINITY, colLow = INFINITY, colHigh = -INFINITY;
+    for (const auto &[row, col] : points) {
+        rowLow = std::min(rowLow, row - 1), rowHigh = std::max(rowHigh, row + 1);
+        colLow = std::min(colLow, col - 1), colHigh = std::max(colHigh, col + 1);
+    }
+    return {{rowLow, colLow}, {rowLow, colHigh}, {rowHigh, colLow}, {rowHigh, colHigh}};
+}
+
+// The four points a pixel diagonally around each point.
+std::vector<std::array<double, 2>> pixelAround(const std::vector<std::array<double, 2>> &points)
+{
+    std::vector<std::array<double, 2>> around;
+    for (const auto &[row, col] : points)
+        for (const double dRow : {-1, 1})
+            for (const double dCol : {-1, 1})
+                around.push_back({row + dRow, col + dCol});
+    return around;
+}
+
+std::vector<std::array<double, 2>> cornersOf(const Quad &q)
+{
+    return {{double(q[0]), double(q[1])}, {double(q[2]), double(q[3])}, {double(q[4]), double(q[5])},
+            {double(q[6]), double(q[7])}};
+}
+
+// The cells of the quadrilateral driver have their corners rounded to
+// whole pixels, up to a pixel outside the source quadrilateral: the forward
+// divisor must keep its sign over that margin, and the points of the margin
+// are mapped into the output, where the cells are filled.
+template <class T>
+bool cellCornersMapped(const T *forward, const Quad &from, std::vector<std::array<double, 2>> &mapped)
+{
+    const auto margin = pixelAround(cornersOf(from));
+    if (!divisorKeepsSign(forward, margin))
+        return false;
+    for (const auto &[row, col] : margin) {
+        const double w = col * double(forward[6]) + row * double(forward[7]) + double(forward[8]);
+        mapped.push_back({(col * double(forward[3]) + row * double(forward[4]) + double(forward[5])) / w,
+                          (col * double(forward[0]) + row * double(forward[1]) + double(forward[2])) / w});
+    }
+    return true;
 }
 
 template <class T, auto rectMatrix, auto quadMatrix, auto warpRect, auto warpQuad, auto fillBackground>
@@ -96,8 +144,14 @@ void run(FuzzInput &in)
         const int32_t rectangle[4] = {limits[0], limits[1], limits[2] - limits[0], limits[3] - limits[1]};
         rectMatrix(to.data(), rectangle, uint32_t(inRows), uint32_t(inCols), 2, 1, 1, block.data());
     }
-    if (!convex(to) || !std::all_of(block.begin(), block.end(), [](T v) { return std::isfinite(v); }) ||
-        !denominatorKeepsSign(block.data() + (fromQuad ? 0 : 9), to))
+    if (!convex(to) || !std::all_of(block.begin(), block.end(), [](T v) { return std::isfinite(v); }))
+        return;
+    // Where the cells are filled: the target quadrilateral, and for the
+    // quadrilateral driver the image of the cells' margin.
+    std::vector<std::array<double, 2>> filled = cornersOf(to);
+    if (fromQuad && !cellCornersMapped(block.data() + 9, from, filled))
+        return;
+    if (!divisorKeepsSign(block.data() + (fromQuad ? 0 : 9), boxAround(filled)))
         return;
     const int32_t rowLowerBound = in.range(0, inRows - 1), colLowerBound = in.range(0, inCols - 1);
 
