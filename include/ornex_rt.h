@@ -15,6 +15,11 @@
  *   zero or below mean there is nothing to do.
  * - The library keeps no state: any number of threads may call it at once as
  *   long as they do not share output or working buffers.
+ * - Results are the same bits on every build and processor (32- and 64-bit,
+ *   x86 at every SIMD level, ARM, Linux and Windows), with the one freedom
+ *   IEEE 754 leaves each processor: a NaN that an operation makes has the
+ *   processor's own sign and payload (negative on x86, positive on ARM). A
+ *   result that is NaN on one is NaN on all.
  */
 #ifndef ORNEX_RT_H
 #define ORNEX_RT_H

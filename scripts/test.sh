@@ -25,6 +25,12 @@ configurations=("$@")
 if [ ${#configurations[@]} -eq 0 ]; then
   configurations=(release m32 arm64 sanitize tsan windows windows64 python fuzz)
 fi
+for configuration in "${configurations[@]}"; do
+  case $configuration in
+    release | m32 | arm64 | sanitize | tsan | windows | windows64 | python | fuzz) ;;
+    *) echo "unknown configuration: $configuration" >&2; exit 2 ;;
+  esac
+done
 "$root/scripts/install-deps.sh" "${configurations[@]}"
 
 # Only the threads test runs under ThreadSanitizer: it is what exercises
@@ -98,23 +104,34 @@ test_fuzz() {
   fi
 }
 
-for configuration in "${configurations[@]}"; do
-  case $configuration in
+# Builds one configuration with CMake and runs its tests with CTest.
+test_build() {
+  local options
+  case $1 in
     release) options=(-DCMAKE_BUILD_TYPE=Release) ;;
     m32) options=(-DCMAKE_BUILD_TYPE=Release -DCMAKE_TOOLCHAIN_FILE="$root/cmake/toolchain-linux-i686.cmake") ;;
     arm64) options=(-DCMAKE_BUILD_TYPE=Release -DCMAKE_TOOLCHAIN_FILE="$root/cmake/toolchain-linux-aarch64.cmake") ;;
     sanitize) options=(-DCMAKE_BUILD_TYPE=RelWithDebInfo -DORNEX_SANITIZE=ON) ;;
     windows) options=(-DCMAKE_BUILD_TYPE=Release -DCMAKE_TOOLCHAIN_FILE="$root/cmake/toolchain-mingw-i686.cmake") ;;
-    tsan) echo "=== tsan"; test_tsan; continue ;;
     windows64) options=(-DCMAKE_BUILD_TYPE=Release -DCMAKE_TOOLCHAIN_FILE="$root/cmake/toolchain-mingw-x86_64.cmake") ;;
-    python) echo "=== python"; test_python; continue ;;
-    fuzz) echo "=== fuzz"; test_fuzz; continue ;;
-    *) echo "unknown configuration: $configuration" >&2; exit 2 ;;
   esac
-  echo "=== $configuration"
-  build="$root/build/$configuration"
+  local build="$root/build/$1"
   cmake -S "$root" -B "$build" "${options[@]}" >/dev/null
   cmake --build "$build" -j "$jobs"
   ctest --test-dir "$build" --output-on-failure -j "$jobs"
+}
+
+timings=()
+for configuration in "${configurations[@]}"; do
+  echo "=== $configuration"
+  started=$SECONDS
+  case $configuration in
+    tsan) test_tsan ;;
+    python) test_python ;;
+    fuzz) test_fuzz ;;
+    *) test_build "$configuration" ;;
+  esac
+  timings+=("$(printf '%-10s %5d s' "$configuration" $((SECONDS - started)))")
 done
 echo "=== all tests passed: ${configurations[*]}"
+printf '  %s\n' "${timings[@]}"
