@@ -110,14 +110,21 @@ inline void requireConvexQuad(const Quad &quad, const char *argument)
     }
 }
 
-// Whether the divisor w of the matrix at block[first] keeps one sign, never
-// zero, at every point (row, column).
+// The divisor w of the matrix at block[first] at (row, column).
+template <class T>
+double divisorAt(const std::array<T, 18> &block, size_t first, double row, double col)
+{
+    return col * double(block[first + 6]) + row * double(block[first + 7]) + double(block[first + 8]);
+}
+
+// Whether that divisor keeps one sign, never zero, at every point (row,
+// column).
 template <class T, size_t N>
 bool divisorKeepsSign(const std::array<T, 18> &block, size_t first, const std::array<std::array<double, 2>, N> &points)
 {
     int side = 0;
     for (const auto &[row, col] : points) {
-        const double w = col * double(block[first + 6]) + row * double(block[first + 7]) + double(block[first + 8]);
+        const double w = divisorAt(block, first, row, col);
         const int sign = (w > 0) - (w < 0);
         if (sign == 0 || (side != 0 && sign != side)) {
             return false;
@@ -174,7 +181,7 @@ void requireCellsClearOfHorizon(const std::array<T, 18> &block, const Quad &from
     std::array<std::array<double, 2>, margin.size()> image{};
     for (size_t k = 0; k < margin.size(); ++k) {
         const auto [row, col] = margin[k];
-        const double w = col * double(block[15]) + row * double(block[16]) + double(block[17]);
+        const double w = divisorAt(block, 9, row, col);
         image[k] = {(col * double(block[12]) + row * double(block[13]) + double(block[14])) / w,
                     (col * double(block[9]) + row * double(block[10]) + double(block[11])) / w};
     }

@@ -50,14 +50,21 @@ bool convex(const Quad &q)
     return true;
 }
 
-// Whether w = column m6 + row m7 + m8 keeps one sign, well away from zero,
-// at the points (row, column); w is linear, so then also between them.
+// w = column m6 + row m7 + m8 at (row, column).
+template <class T>
+double divisorAt(const T *m, double row, double col)
+{
+    return col * double(m[6]) + row * double(m[7]) + double(m[8]);
+}
+
+// Whether w keeps one sign, well away from zero, at the points; w is
+// linear, so then also between them.
 template <class T>
 bool divisorKeepsSign(const T *m, const std::vector<std::array<double, 2>> &points)
 {
     double low = INFINITY, high = -INFINITY;
     for (const auto &[row, col] : points) {
-        const double w = col * double(m[6]) + row * double(m[7]) + double(m[8]);
+        const double w = divisorAt(m, row, col);
         low = std::min(low, w);
         high = std::max(high, w);
     }
@@ -103,7 +110,7 @@ bool cellCornersMapped(const T *forward, const Quad &from, std::vector<std::arra
     if (!divisorKeepsSign(forward, margin))
         return false;
     for (const auto &[row, col] : margin) {
-        const double w = col * double(forward[6]) + row * double(forward[7]) + double(forward[8]);
+        const double w = divisorAt(forward, row, col);
         mapped.push_back({(col * double(forward[3]) + row * double(forward[4]) + double(forward[5])) / w,
                           (col * double(forward[0]) + row * double(forward[1]) + double(forward[2])) / w});
     }
